@@ -1,0 +1,126 @@
+# Flags for all targets, third-party libraries, and the two functions that the folders use:
+# pm_library (one static library and its unit tests a folder) and pm_test (one test program).
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+add_library(pm_flags INTERFACE)
+target_include_directories(pm_flags INTERFACE ${CMAKE_SOURCE_DIR}/src)
+target_compile_options(pm_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
+  -Woverloaded-virtual -Werror
+  # GCC 12 reports a literal joined with a temporary string as an overlap that can't be.
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+
+if(POSTMARKER_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+if(POSTMARKER_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
+if(WIN32)
+  target_compile_definitions(pm_flags INTERFACE
+    UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX STRICT
+    _WIN32_WINNT=0x0601 WINVER=0x0601 NTDDI_VERSION=0x06010000 _WIN32_IE=0x0800)
+  # No MinGW runtime DLL may be needed at run time. Calls back from 32-bit system code do not always keep
+  # the stack aligned to 16 bytes.
+  add_link_options(-static -static-libgcc -static-libstdc++)
+  if(CMAKE_SYSTEM_PROCESSOR STREQUAL x86)
+    add_compile_options(-mstackrealign)
+  endif()
+  set(PM_WINE ${CMAKE_SOURCE_DIR}/scripts/wine-run)
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${PM_WINE})
+endif()
+
+find_package(Threads REQUIRED)
+
+# GoogleTest and GoogleMock from Debian's sources, so that they carry each target's own flags.
+set(BUILD_GMOCK ON)
+set(INSTALL_GTEST OFF)
+add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+
+# nlohmann-json is header-only; the Debian package's folder is named outright for the cross builds.
+add_library(pm_json INTERFACE)
+file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/third_party)
+file(CREATE_LINK /usr/include/nlohmann ${CMAKE_BINARY_DIR}/third_party/nlohmann SYMBOLIC)
+target_include_directories(pm_json SYSTEM INTERFACE ${CMAKE_BINARY_DIR}/third_party)
+
+# SQLite's amalgamation, made by scripts/setup from Debian's source package.
+set(PM_SQLITE_DIR ${CMAKE_SOURCE_DIR}/build/deps/sqlite)
+add_library(pm_sqlite STATIC EXCLUDE_FROM_ALL ${PM_SQLITE_DIR}/sqlite3.c)
+target_include_directories(pm_sqlite SYSTEM PUBLIC ${PM_SQLITE_DIR})
+target_compile_definitions(pm_sqlite PRIVATE
+  SQLITE_OMIT_LOAD_EXTENSION SQLITE_DQS=3 SQLITE_THREADSAFE=1 SQLITE_DEFAULT_MEMSTATUS=0)
+# SQLite chooses between two arrays by a conditional expression; GCC's object-size check takes the shorter
+# one's size for both and stops the program without cause.
+target_compile_options(pm_sqlite PRIVATE -w -O2 $<$<BOOL:${POSTMARKER_SANITIZE}>:-fno-sanitize=object-size>)
+target_link_libraries(pm_sqlite PUBLIC Threads::Threads)
+
+# pm_test(NAME SOURCES... LINKS...): one GoogleTest program and one CTest entry for it. The JSON report of
+# each goes to <build>/reports, from which scripts/test counts.
+function(pm_test name)
+  cmake_parse_arguments(ARG "GUI" "TIMEOUT" "SOURCES;LINKS;ARGS;LABELS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE pm_flags ${ARG_LINKS} GTest::gmock_main)
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  add_test(NAME ${name} COMMAND ${name}
+    --gtest_brief=1 --gtest_output=json:${CMAKE_BINARY_DIR}/reports/${name}.json ${ARG_ARGS})
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
+endfunction()
+if(NOT TARGET GTest::gmock_main)
+  add_library(GTest::gmock_main ALIAS gmock_main)
+endif()
+file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/reports)
+
+# pm_library(NAME SOURCES... WIN_SOURCES... POSIX_SOURCES... LINKS... WIN_LINKS... TESTS... WIN_TESTS...
+# TEST_LINKS...): the static library pm_NAME of one folder, and NAME_test with the unit tests beside its
+# sources. What a folder may include is what it links.
+function(pm_library name)
+  cmake_parse_arguments(ARG "" ""
+    "SOURCES;WIN_SOURCES;POSIX_SOURCES;LINKS;WIN_LINKS;TESTS;WIN_TESTS;TEST_LINKS" ${ARGN})
+  set(sources ${ARG_SOURCES})
+  set(links ${ARG_LINKS})
+  set(tests ${ARG_TESTS})
+  if(WIN32)
+    list(APPEND sources ${ARG_WIN_SOURCES})
+    list(APPEND links ${ARG_WIN_LINKS})
+    list(APPEND tests ${ARG_WIN_TESTS})
+  else()
+    list(APPEND sources ${ARG_POSIX_SOURCES})
+  endif()
+  if(NOT sources)
+    return()
+  endif()
+  add_library(pm_${name} STATIC ${sources})
+  target_link_libraries(pm_${name} PUBLIC pm_records ${links} PRIVATE pm_flags)
+  if(BUILD_TESTING AND tests AND NOT POSTMARKER_FUZZ AND NOT POSTMARKER_BENCH)
+    pm_test(${name}_test SOURCES ${tests} LINKS pm_${name} pm_test_support ${ARG_TEST_LINKS})
+  endif()
+endfunction()
+
+# Where the suite's tree is laid out to run from.
+set(PM_STAGE ${CMAKE_BINARY_DIR}/stage)
+
+# pm_version_resource(TARGET FILE_NAME DESCRIPTION TYPE): version information and the manifest for the platform's
+# current controls.
+function(pm_version_resource target file_name description type)
+  set(PM_FILE_NAME ${file_name})
+  set(PM_FILE_DESCRIPTION ${description})
+  set(PM_FILE_TYPE ${type})
+  if(type STREQUAL VFT_APP)
+    set(PM_MANIFEST_ID 1)
+  else()
+    set(PM_MANIFEST_ID 2)
+  endif()
+  set(folder ${CMAKE_CURRENT_BINARY_DIR}/${target}-resource)
+  configure_file(${CMAKE_SOURCE_DIR}/cmake/version.rc.in ${folder}/version.rc @ONLY)
+  target_sources(${target} PRIVATE ${folder}/version.rc)
+  set_source_files_properties(${folder}/version.rc PROPERTIES
+    OBJECT_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/controls.manifest)
+endfunction()
