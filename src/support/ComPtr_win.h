@@ -35,7 +35,7 @@ class ComPtr {
   // Releases what is held and takes over `pointer`.
   void Reset(Interface* pointer = nullptr) {
     if (Interface* const old = std::exchange(m_pointer, pointer)) {
-      old->Release();
+      old->Release();  // owner
     }
   }
 

@@ -90,7 +90,9 @@ TEST(Handles, ClosingKeepsTheLastError) {
 }
 
 TEST(Handles, ClosingABrokenHandleKeepsTheLastError) {
-  KernelHandle broken(reinterpret_cast<HANDLE>(static_cast<uintptr_t>(0x7FFFFFF0)));
+  KernelHandle event(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
+  KernelHandle broken(event.Get());
+  event.Reset();
   ::SetLastError(12345);
   broken.Reset();
   EXPECT_EQ(::GetLastError(), 12345U);

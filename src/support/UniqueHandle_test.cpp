@@ -72,8 +72,8 @@ TEST_F(UniqueHandleTest, MovedFromHoldsNoneAndOnlyTheNewOwnerCloses) {
   {
     Counted first(1);
     const Counted second(std::move(first));
-    EXPECT_EQ(first.Get(),
-              -1);  // NOLINT(bugprone-use-after-move): the state after a move is promised
+    // NOLINTNEXTLINE(bugprone-use-after-move): the state after a move is promised
+    EXPECT_EQ(first.Get(), -1);
     EXPECT_EQ(second.Get(), 1);
   }
   EXPECT_EQ(Closed(), Numbers{1});
@@ -86,8 +86,8 @@ TEST_F(UniqueHandleTest, MoveAssignmentClosesWhatWasHeld) {
     second = std::move(first);
     EXPECT_EQ(Closed(), Numbers{2});
     EXPECT_EQ(second.Get(), 1);
-    EXPECT_EQ(first.Get(),
-              -1);  // NOLINT(bugprone-use-after-move): the state after a move is promised
+    // NOLINTNEXTLINE(bugprone-use-after-move): the state after a move is promised
+    EXPECT_EQ(first.Get(), -1);
   }
   EXPECT_EQ(Closed(), (Numbers{2, 1}));
 }

@@ -228,7 +228,7 @@ inline std::vector<std::string> DumpRegistry(HKEY root) {
       lines.push_back(std::move(line));
     }
     for (const std::wstring& name : SubkeyNames(key.Get())) {
-      open.push_back(path + L"\\" + name);
+      open.push_back(std::wstring(path).append(L"\\").append(name));
     }
   }
   std::sort(lines.begin(), lines.end());
