@@ -1,0 +1,61 @@
+// The mail clients that the wizard knows: one row each.
+#pragma once
+
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "clients/MailClientAdapter.h"
+
+namespace postmarker {
+
+// One client. Texts live as long as the program.
+struct ClientRow {
+  // The name shown, and the key of all dispatching; compared without regard to case.
+  std::wstring_view displayName = {};
+
+  // The name of the client's key in the settings.
+  std::wstring_view settingsName = {};
+
+  // The suite's module inside the client, a file name; empty if there is none.
+  std::wstring_view hookModule = {};
+
+  // Folder ids are numbers local to the store: the id "0" stands for the default folder, and the
+  // store's id is written by the adapter and not taken from the chosen folder.
+  bool hasLocalFolderIds = false;
+
+  // The client can be told to move mails, so the wizard's switch for it is of use.
+  bool canMoveEmails = true;
+
+  // The application object of Outlook must be at hand for its operations.
+  bool needsOutlookSession = false;
+
+  const MailClientAdapter* adapter = nullptr;
+};
+
+// The row of a display name, case ignored. A name without a row gets a row of defaults whose
+// settingsName is empty: such a client is set up under its own name. Never null.
+const ClientRow* FindClient(std::wstring_view displayName);
+
+// All rows, in the order in which clients are offered.
+std::span<const ClientRow> AllClients();
+
+// The settings key of a display name: the row's, or the name itself as it stands.
+std::wstring ClientSettingsName(std::wstring_view displayName);
+
+// Replaces the table for the life of the object; for tests, which bring clients of their own. Not
+// for use while a wizard runs in another thread. The rows must outlive the object.
+class ScopedClientTable {
+ public:
+  explicit ScopedClientTable(std::span<const ClientRow> rows);
+  ScopedClientTable(const ScopedClientTable&) = delete;
+  ScopedClientTable& operator=(const ScopedClientTable&) = delete;
+  ~ScopedClientTable();
+
+ private:
+  std::span<const ClientRow> m_previous;
+};
+
+}  // namespace postmarker

@@ -1,0 +1,97 @@
+#include "clients/incredimail/ImSqlCursor.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace postmarker {
+namespace {
+
+// The library's own instructions: how many between two looks at the clock of work, and how many a
+// statement may take on top of some for each byte of the file. A row takes a dozen of them and at
+// least a dozen bytes.
+constexpr int kInstructionsPerLook = 100'000;
+constexpr uint64_t kInstructionsAtLeast = 20'000'000;
+constexpr uint64_t kInstructionsPerByte = 64;
+
+// The library takes 16-bit units, also where wide characters are wider.
+std::u16string ToUtf16(const std::wstring& wide) {
+  return {wide.begin(), wide.end()};
+}
+
+uint64_t LooksFor(const std::u16string& database) {
+  std::error_code failure;
+  const auto size = std::filesystem::file_size(std::filesystem::path(database), failure);
+  const uint64_t instructions =
+      kInstructionsAtLeast + (failure ? 0 : static_cast<uint64_t>(size) * kInstructionsPerByte);
+  return instructions / kInstructionsPerLook;
+}
+
+}  // namespace
+
+ImSqlCursor::ImSqlCursor(const std::wstring& database, const std::wstring& statement) {
+  const std::u16string path = ToUtf16(database);
+  // A failed open still gives a handle that must be closed.
+  if (::sqlite3_open16(path.c_str(), m_database.Put()) != SQLITE_OK) {
+    Close();
+    return;
+  }
+  m_workLeft = LooksFor(path);
+  ::sqlite3_progress_handler(m_database.Get(), kInstructionsPerLook, &CountWork, this);
+  if (::sqlite3_prepare16_v2(m_database.Get(), ToUtf16(statement).c_str(), -1, m_statement.Put(),
+                             nullptr) != SQLITE_OK) {
+    Close();
+    return;
+  }
+  m_status = ::sqlite3_step(m_statement.Get());
+  if (m_status != SQLITE_ROW && m_status != SQLITE_DONE) {
+    Close();
+  }
+}
+
+ImSqlCursor::~ImSqlCursor() = default;
+
+int ImSqlCursor::CountWork(void* cursor) {
+  auto* const self = static_cast<ImSqlCursor*>(cursor);
+  if (self->m_workLeft == 0) {
+    return 1;
+  }
+  --self->m_workLeft;
+  return 0;
+}
+
+void ImSqlCursor::Next() {
+  if (!IsOpen()) {
+    return;
+  }
+  m_status = ::sqlite3_step(m_statement.Get());
+  if (m_status != SQLITE_ROW) {
+    Close();
+  }
+}
+
+void ImSqlCursor::Close() {
+  m_statement.Reset();
+  m_database.Reset();
+  m_status = SQLITE_ERROR;
+}
+
+std::wstring_view ImSqlCursor::Text(int column) {
+  if (!HasRow()) {
+    return {};
+  }
+  const auto* const text =
+      static_cast<const char16_t*>(::sqlite3_column_text16(m_statement.Get(), column));
+  if (text == nullptr) {
+    return {};
+  }
+  const auto length =
+      static_cast<size_t>(::sqlite3_column_bytes16(m_statement.Get(), column)) / sizeof(char16_t);
+  m_text.assign(text, std::find(text, text + length, u'\0'));
+  return m_text;
+}
+
+int32_t ImSqlCursor::Integer(int column) const {
+  return HasRow() ? ::sqlite3_column_int(m_statement.Get(), column) : 0;
+}
+
+}  // namespace postmarker

@@ -1,0 +1,40 @@
+// The client's folder database.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "clients/incredimail/ImContainerMap.h"
+
+namespace postmarker {
+
+// The path of an identity's folder database. `identityDirectory` has no separator at its end.
+std::wstring ContainersDatabasePath(const std::wstring& identityDirectory);
+
+// The rows of a folder database, without paths. A file that can't be opened, read whole or
+// understood gives an empty map. The database may be open in the running client.
+ImContainerMap ReadContainerRows(const std::wstring& database);
+
+// A new folder's row.
+struct ImNewFolder {
+  std::wstring id;  // a GUID in braces
+  std::wstring parentId;
+  uint32_t index = 0;
+  std::wstring label;
+  std::wstring fileName;
+};
+
+// The statement that adds the folder.
+// Deliberate: the texts stand in it as they are, nothing is escaped. A label with a quote makes a
+// statement that fails, and the client's other tools could not name such a folder either.
+std::wstring AddFolderStatement(const ImNewFolder& folder);
+
+// Adds the folder to a database that exists. False if that failed; nothing is changed then.
+bool AddFolder(const std::wstring& database, const ImNewFolder& folder);
+
+// How many folders name this parent, whatever the case of its id.
+uint32_t CountChildren(const ImContainerMap& containers, std::wstring_view parentId);
+
+}  // namespace postmarker

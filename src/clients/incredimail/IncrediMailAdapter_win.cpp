@@ -1,0 +1,164 @@
+#include "clients/incredimail/IncrediMailAdapter_win.h"
+
+#include <objbase.h>
+
+#include <exception>
+#include <vector>
+
+#include "clients/incredimail/ImClientWindows_win.h"
+#include "clients/incredimail/ImFolderNames_win.h"
+#include "clients/incredimail/ImFolderTree.h"
+#include "clients/incredimail/ImIdentity_win.h"
+#include "clients/incredimail/ImStore.h"
+#include "support/MappedFile.h"
+#include "support/Text.h"
+
+namespace postmarker {
+namespace incredimail {
+namespace {
+
+constexpr wchar_t kNamelessIdentity[] = L"IncrediMail";
+constexpr int kGuidRoom = 39;  // braces and terminator included
+
+std::wstring RootLabel(const std::wstring& identityName) {
+  const std::wstring name = ReadIdentityDisplayName(identityName);
+  return L"\\\\" + (name.empty() ? kNamelessIdentity : name);
+}
+
+bool PassesFilter(const std::wstring& name, const std::wstring& filter) {
+  return filter.empty() || EqualNoCase(name, filter);
+}
+
+std::wstring NewGuid() {
+  GUID guid = {};
+  wchar_t text[kGuidRoom] = {};
+  if (FAILED(::CoCreateGuid(&guid)) || ::StringFromGUID2(guid, text, kGuidRoom) == 0) {
+    return {};
+  }
+  return text;
+}
+
+// Deliberate: the name is looked for in the current directory of the process and not among the
+// store's files, which have names of the client's own making.
+std::wstring FreeFileName(const std::wstring& label) {
+  std::wstring name = label.c_str();  // up to the first NUL, where a path ends as well
+  while (CanOpenForReading(name + L".imm")) {
+    name += L'1';
+  }
+  return name;
+}
+
+}  // namespace
+
+ResultCode ReadContainers(ImContainerMap* containers, const std::wstring& identityName,
+                          const std::wstring& identityDirectory, uint32_t language) {
+  const std::wstring rootLabel = RootLabel(identityName);
+  *containers = ReadContainerRows(ContainersDatabasePath(identityDirectory));
+  ResultCode result = kOk;
+  if (language != kEnglish) {
+    std::vector<std::wstring> names;
+    result = ReadLocalisedFolderNames(language, &names);
+    if (Succeeded(result)) {
+      LocaliseLabels(containers, names);
+    }
+  }
+  FillPaths(containers, rootLabel);
+  return result;
+}
+
+ResultCode ListFolders(MailFolderList* folders, const std::wstring& identityFilter) {
+  for (ImIdentityWalker walker; Succeeded(walker.Status()); walker.Next()) {
+    if (PassesFilter(walker.Name(), identityFilter)) {
+      ImContainerMap containers;
+      ReadContainers(&containers, walker.Name(), walker.Path(), walker.Language());
+      AppendFolders(containers, walker.Name(), folders);
+    }
+  }
+  return kOk;
+}
+
+// Deliberate: the answer is the same with and without a database. The walk is what a client that
+// takes new folders would be told apart by.
+ResultCode CanCreateFolder() {
+  for (ImIdentityWalker walker; Succeeded(walker.Status()); walker.Next()) {
+    if (CanOpenForReading(ContainersDatabasePath(walker.Path()))) {
+      return 0;
+    }
+  }
+  return 0;
+}
+
+ResultCode CreateFolder(const MailFolderRef& parent, const std::wstring& label,
+                        MailFolderRef* created) {
+  ImNewFolder folder;
+  folder.label = label;
+  folder.fileName = FreeFileName(label);
+  folder.id = NewGuid();
+  if (folder.id.empty()) {
+    return kFail;
+  }
+  folder.parentId = Widen(parent.firstId);
+  const std::wstring identity = Widen(parent.secondId);
+  for (ImIdentityWalker walker; Succeeded(walker.Status()); walker.Next()) {
+    const std::wstring database = ContainersDatabasePath(walker.Path());
+    if (!EqualNoCase(walker.Name(), identity) || !CanOpenForReading(database)) {
+      continue;
+    }
+    folder.index = CountChildren(ReadContainerRows(database), folder.parentId);
+    if (!AddFolder(database, folder)) {
+      continue;
+    }
+    created->name = parent.name + L"\\" + label;
+    created->firstId = Narrow(folder.id);
+    created->secondId = parent.secondId;
+    created->flag = parent.flag;
+    LocateClientFolderTree();
+    return kOk;
+  }
+  return kFail;
+}
+
+ResultCode FindWellKnownContainer(std::wstring* id, uint32_t index,
+                                  const std::wstring& identityFilter) {
+  id->clear();
+  for (ImIdentityWalker walker; Succeeded(walker.Status()); walker.Next()) {
+    if (!PassesFilter(walker.Name(), identityFilter)) {
+      continue;
+    }
+    ImContainerMap containers;
+    ReadContainers(&containers, walker.Name(), walker.Path(), walker.Language());
+    *id = FindRootChild(containers, index);
+    if (!id->empty()) {
+      break;
+    }
+  }
+  return kOk;
+}
+
+}  // namespace incredimail
+
+// A store larger than memory ends the reading and nothing else.
+void IncrediMailAdapter::ListFolders(MailFolderList* folders,
+                                     const ClientSession& /*session*/) const {
+  try {
+    incredimail::ListFolders(folders, incredimail::GetDefaultIdentityName());
+  } catch (const std::exception&) {
+    return;
+  }
+}
+
+bool IncrediMailAdapter::CanCreateFolder() const {
+  return incredimail::CanCreateFolder() != 0;
+}
+
+ResultCode IncrediMailAdapter::CreateFolder(const std::wstring& name, const MailFolderRef& parent,
+                                            const ClientSession& /*session*/,
+                                            MailFolderRef* created) const {
+  try {
+    return incredimail::CreateFolder(parent, name, created);
+  } catch (const std::exception&) {
+    return kFail;
+  }
+}
+
+}  // namespace postmarker

@@ -1,0 +1,55 @@
+// IncrediMail: the operations on its store, and the adapter that the wizard calls.
+// Each operation reads the registry and the store anew and keeps nothing; all of them may be called
+// from any thread.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "clients/MailClientAdapter.h"
+#include "clients/incredimail/ImContainerMap.h"
+
+namespace postmarker {
+
+namespace incredimail {
+
+// Reads the whole folder tree of one identity, with paths and with the special folders' names in
+// the identity's language. Every path begins with two backslashes and the identity's display name,
+// or the client's if it has none. A store that can't be read gives an empty tree. A failure means
+// that the names could not be had; the tree then stands with the names of the store.
+ResultCode ReadContainers(ImContainerMap* containers, const std::wstring& identityName,
+                          const std::wstring& identityDirectory, uint32_t language);
+
+// Appends the folders of the identity with this name, whatever its case, or of all identities for
+// an empty name. Always 0.
+ResultCode ListFolders(MailFolderList* folders, const std::wstring& identityFilter);
+
+// Always 0: the client does not notice a new folder while it runs, so none is offered.
+ResultCode CanCreateFolder();
+
+// Adds a folder called `label` under `parent`, a folder of ListFolders. On failure nothing is
+// changed, neither in the store nor in *created.
+ResultCode CreateFolder(const MailFolderRef& parent, const std::wstring& label,
+                        MailFolderRef* created);
+
+// The id of the root's child with this IndexInParent, of the first identity of the filter that has
+// one; empty if none has. 0 is the inbox and 3 the deleted items.
+ResultCode FindWellKnownContainer(std::wstring* id, uint32_t index,
+                                  const std::wstring& identityFilter);
+
+}  // namespace incredimail
+
+// The client as the wizard sees it.
+class IncrediMailAdapter : public MailClientAdapter {
+ public:
+  // The folders of the identity that the client starts with; of all if there is none such.
+  void ListFolders(MailFolderList* folders, const ClientSession& session) const override;
+
+  // Always false.
+  [[nodiscard]] bool CanCreateFolder() const override;
+
+  ResultCode CreateFolder(const std::wstring& name, const MailFolderRef& parent,
+                          const ClientSession& session, MailFolderRef* created) const override;
+};
+
+}  // namespace postmarker
