@@ -1,0 +1,189 @@
+// The language modules' texts, pictures and version information.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "LanguageModule_win.h"
+#include "resource.h"
+
+namespace postmarker::test {
+namespace {
+
+constexpr UINT kTexts[] = {
+    IDS_BUTTON_OK,          IDS_BUTTON_CANCEL,      IDS_BUTTON_ABORT,
+    IDS_BUTTON_RETRY,       IDS_BUTTON_IGNORE,      IDS_BUTTON_YES,
+    IDS_BUTTON_NO,          IDS_BUTTON_TRY_AGAIN,   IDS_BUTTON_CONTINUE,
+    IDS_MUST_SELECT_FOLDER, IDS_FOLDER_NOT_CREATED, IDS_SHEET_CAPTION,
+    IDS_READING_FOLDERS,    IDS_RESTART_CLIENT,     IDS_FOLDER_CAN_BE_CREATED};
+
+size_t Count(const std::wstring& text, const std::wstring& part) {
+  size_t count = 0;
+  for (size_t at = text.find(part); at != std::wstring::npos; at = text.find(part, at + 1)) {
+    ++count;
+  }
+  return count;
+}
+
+class ContentTest : public testing::TestWithParam<const wchar_t*> {
+ protected:
+  void SetUp() override { ASSERT_NE(nullptr, m_module.Handle()); }
+
+  // The version resource, empty if the module has none.
+  [[nodiscard]] std::vector<BYTE> VersionInfo() const {
+    DWORD ignored = 0;
+    const DWORD size = ::GetFileVersionInfoSizeW(m_module.Path().c_str(), &ignored);
+    std::vector<BYTE> info(size);
+    if (size == 0 || !::GetFileVersionInfoW(m_module.Path().c_str(), 0, size, info.data())) {
+      return {};
+    }
+    return info;
+  }
+
+  const LanguageModule m_module{GetParam()};
+};
+
+TEST_P(ContentTest, LoadsAsAnOrdinaryLibrary) {
+  const LibraryHandle library(::LoadLibraryW(m_module.Path().c_str()));
+  EXPECT_TRUE(library);
+}
+
+TEST_P(ContentTest, HasEveryText) {
+  for (const UINT id : kTexts) {
+    const std::wstring text = m_module.Text(id);
+    EXPECT_FALSE(text.empty()) << id;
+    EXPECT_EQ(std::wstring::npos, text.find(L'!')) << id;
+  }
+}
+
+TEST_P(ContentTest, RestartNoticeNamesTheClientTwiceAndHoldsNoOtherPlaceholder) {
+  const std::wstring text = m_module.Text(IDS_RESTART_CLIENT);
+  EXPECT_EQ(2u, Count(text, L"%s"));
+  EXPECT_EQ(2u, Count(text, L"%"));
+}
+
+TEST_P(ContentTest, TextsOtherThanTheNoticeHoldNoPlaceholder) {
+  for (const UINT id : kTexts) {
+    if (id != IDS_RESTART_CLIENT) {
+      EXPECT_EQ(std::wstring::npos, m_module.Text(id).find(L'%')) << id;
+    }
+  }
+}
+
+TEST_P(ContentTest, MessageBoxButtonsThatStandTogetherHaveDifferentLetters) {
+  // The sets that the platform's message box knows; OK and Cancel need no letter.
+  const std::vector<std::vector<UINT>> sets = {
+      {IDS_BUTTON_ABORT, IDS_BUTTON_RETRY, IDS_BUTTON_IGNORE},
+      {IDS_BUTTON_YES, IDS_BUTTON_NO},
+      {IDS_BUTTON_TRY_AGAIN, IDS_BUTTON_CONTINUE}};
+  for (const auto& set : sets) {
+    std::set<wchar_t> letters;
+    for (const UINT id : set) {
+      const std::wstring text = m_module.Text(id);
+      const size_t at = text.find(L'&');
+      ASSERT_LT(at + 1, text.size()) << id;
+      EXPECT_TRUE(letters.insert(text[at + 1]).second) << id;
+    }
+  }
+}
+
+TEST_P(ContentTest, IconHasEverySizeWithTransparency) {
+  for (const int pixels : {16, 20, 24, 32, 48}) {
+    SCOPED_TRACE(pixels);
+    const IconHandle icon(static_cast<HICON>(::LoadImageW(
+        m_module.Handle(), MAKEINTRESOURCEW(IDI_POSTMARKER), IMAGE_ICON, pixels, pixels, 0)));
+    EXPECT_TRUE(icon);
+  }
+  // The group's entries: a header of three words, then 14 bytes an image; width, height and depth
+  // are the first two bytes and the fourth word.
+  const std::vector<BYTE> group = m_module.Bytes(IDI_POSTMARKER, RT_GROUP_ICON);
+  ASSERT_LE(6u, group.size());
+  std::set<int> sizes;
+  for (size_t at = 6; at + 14 <= group.size(); at += 14) {
+    EXPECT_EQ(group[at], group[at + 1]);
+    EXPECT_EQ(32, group[at + 6]);
+    sizes.insert(group[at]);
+    const std::vector<BYTE> image = m_module.Bytes(group[at + 12], RT_ICON);
+    const size_t pixels = size_t{group[at]} * group[at + 1];
+    ASSERT_LE(sizeof(BITMAPINFOHEADER) + 4 * pixels, image.size());
+    std::set<BYTE> alphas;
+    for (size_t i = 0; i < pixels; ++i) {
+      alphas.insert(image[sizeof(BITMAPINFOHEADER) + 4 * i + 3]);
+    }
+    EXPECT_EQ(1u, alphas.count(0));
+    EXPECT_EQ(1u, alphas.count(255));
+    EXPECT_LT(2u, alphas.size()) << "edges are smooth";
+  }
+  EXPECT_EQ((std::set<int>{16, 20, 24, 32, 48}), sizes);
+}
+
+TEST_P(ContentTest, BannerIsTwiceTheSizeOfItsControl) {
+  const BitmapHandle banner(static_cast<HBITMAP>(::LoadImageW(
+      m_module.Handle(), MAKEINTRESOURCEW(IDB_BANNER), IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION)));
+  ASSERT_TRUE(banner);
+  BITMAP bitmap = {};
+  ASSERT_NE(0, ::GetObjectW(banner.Get(), sizeof(bitmap), &bitmap));
+  for (const UINT id : {IDD_PAGE_WELCOME, IDD_PAGE_SETTINGS}) {
+    const HiddenDialog page(m_module, id, 96);
+    const Control* control = page.Find(IDC_BANNER);
+    ASSERT_NE(nullptr, control);
+    EXPECT_NEAR(2 * control->Width(), bitmap.bmWidth, 2);
+    EXPECT_NEAR(2 * control->Height(), bitmap.bmHeight, 2);
+  }
+}
+
+TEST_P(ContentTest, VersionInformationNamesMakerProductAndLanguage) {
+  const std::vector<BYTE> info = VersionInfo();
+  ASSERT_FALSE(info.empty());
+  struct Translation {
+    WORD language;
+    WORD codePage;
+  };
+  Translation* translation = nullptr;
+  UINT size = 0;
+  ASSERT_TRUE(::VerQueryValueW(info.data(), L"\\VarFileInfo\\Translation",
+                               reinterpret_cast<void**>(&translation), &size));
+  ASSERT_EQ(sizeof(Translation), size);
+  const bool german = std::wstring(GetParam()) == L"de";
+  EXPECT_EQ(german ? LANG_GERMAN : LANG_ENGLISH, PRIMARYLANGID(translation->language));
+
+  const std::wstring block =
+      german ? L"\\StringFileInfo\\040704B0\\" : L"\\StringFileInfo\\040904B0\\";
+  wchar_t* text = nullptr;
+  ASSERT_TRUE(::VerQueryValueW(info.data(), (block + L"CompanyName").c_str(),
+                               reinterpret_cast<void**>(&text), &size));
+  EXPECT_STREQ(L"Kestrelon Ltd.", text);
+  ASSERT_TRUE(::VerQueryValueW(info.data(), (block + L"ProductName").c_str(),
+                               reinterpret_cast<void**>(&text), &size));
+  EXPECT_STREQ(L"Postmarker", text);
+}
+
+TEST_P(ContentTest, ResourcesAreMarkedWithTheModulesLanguage) {
+  const bool german = std::wstring(GetParam()) == L"de";
+  const WORD language = german ? MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN)
+                               : MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US);
+  for (const UINT id :
+       {IDD_PAGE_WELCOME, IDD_PAGE_SPAM_FOLDER, IDD_PAGE_SETTINGS, IDD_NEW_FOLDER}) {
+    EXPECT_NE(nullptr,
+              ::FindResourceExW(m_module.Handle(), RT_DIALOG, MAKEINTRESOURCEW(id), language))
+        << id;
+  }
+}
+
+std::string LanguageName(const testing::TestParamInfo<const wchar_t*>& info) {
+  const std::wstring language = info.param;
+  return std::string(language.begin(), language.end());
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, ContentTest, testing::ValuesIn(kLanguages), LanguageName);
+
+TEST(TextsOfLanguagesTest, GermanKeepsItsUmlauts) {
+  const LanguageModule german(L"de");
+  EXPECT_NE(std::wstring::npos, german.Text(IDS_MUST_SELECT_FOLDER).find(L"w\u00E4hlen"));
+  EXPECT_NE(std::wstring::npos, german.Text(IDS_FOLDER_CAN_BE_CREATED).find(L"\u201ENeuer"));
+}
+
+}  // namespace
+}  // namespace postmarker::test

@@ -1,0 +1,59 @@
+// The numbers by which the module names its dialogs, controls, texts and pictures. Plain C, as the
+// resource compiler reads it too. Every language module holds all of them. Dialogs, controls and
+// texts are counted apart, so the same number can stand for one of each.
+#ifndef POSTMARKER_RESOURCE_H
+#define POSTMARKER_RESOURCE_H
+
+// Pictures.
+#define IDI_POSTMARKER 10001  // the sheet's small icon: 16, 20, 24, 32 and 48 pixels
+#define IDB_BANNER 10002      // first and last page; twice the control's size at 96 dpi
+
+// Dialogs.
+#define IDD_NEW_FOLDER 10012        // asks for a new folder's name
+#define IDD_PAGE_WELCOME 13000      // first page
+#define IDD_PAGE_SPAM_FOLDER 13001  // page with the tree of folders
+#define IDD_PAGE_SETTINGS 13006     // last page, with the three switches
+
+// Controls that mean the same on every page.
+#define IDC_HEADING 10001  // the page's title; large and red
+#define IDC_BODY 10003     // what the page is for
+#define IDC_BANNER 10011   // the picture at the left edge
+
+// Welcome page.
+#define IDC_WELCOME_CONTINUE 13050  // tells how to go on
+
+// Spam folder page.
+#define IDC_FOLDER_LABEL 13051  // stands before the tree and gives it its name
+#define IDC_FOLDER_TREE 10015   // the client's folders
+#define IDC_NEW_FOLDER 10022    // opens IDD_NEW_FOLDER
+
+// New folder dialog.
+#define IDC_NEW_FOLDER_LABEL 13052  // stands before the edit control and gives it its name
+#define IDC_NEW_FOLDER_NAME 10023   // the name typed
+
+// Settings page.
+#define IDC_SETTINGS_FINISH 13028  // second body text: tells how to end
+#define IDC_MOVE_EMAILS 13029      // move spam to the folder
+#define IDC_ADD_BLOCKED 13030      // add senders of blocked mails to the blocked list
+#define IDC_ADD_UNBLOCKED 13031    // add senders of unblocked mails to the allowed list
+
+// Texts of the message box's buttons, in the order of the results 1 to 7.
+#define IDS_BUTTON_OK 800
+#define IDS_BUTTON_CANCEL 801
+#define IDS_BUTTON_ABORT 802
+#define IDS_BUTTON_RETRY 803
+#define IDS_BUTTON_IGNORE 804
+#define IDS_BUTTON_YES 805
+#define IDS_BUTTON_NO 806
+#define IDS_BUTTON_TRY_AGAIN 807  // result 10
+#define IDS_BUTTON_CONTINUE 808   // result 11
+
+// Texts of the sheet and its pages.
+#define IDS_MUST_SELECT_FOLDER 10009  // tip at Next: no folder, or a mailbox, is selected
+#define IDS_FOLDER_NOT_CREATED 10011  // tip at Next: the client refused the new folder
+#define IDS_SHEET_CAPTION 10015    // the sheet's skinned caption; the pages' captions say the same
+#define IDS_READING_FOLDERS 10016  // the tree's only item until the folders are there
+#define IDS_RESTART_CLIENT 10017   // notice at the end; two %s, both wide, both the client's name
+#define IDS_FOLDER_CAN_BE_CREATED 10029  // sentence that follows the folder page's body text
+
+#endif
