@@ -1,0 +1,149 @@
+#include "ui/CPropertySheet.h"
+
+#include <algorithm>
+
+#include "support/UniqueHandle.h"
+#include "ui/CWinApp.h"
+#include "ui/ThreadState.h"
+
+namespace postmarker {
+namespace {
+
+constexpr INT_PTR kFinishCode = 12325;  // ID_WIZFINISH
+constexpr INT_PTR kFailed = -1;
+
+}  // namespace
+
+const MessageEntry CPropertySheet::kEntries[] = {
+    OnMessage(WM_INITDIALOG, &CPropertySheet::HandleInitDialog),
+};
+const MessageTable CPropertySheet::kMessages = {&CWnd::kMessages, CPropertySheet::kEntries};
+
+void CPropertySheet::AddPage(CPropertyPage* page) {
+  page->m_sheet = this;
+  m_pages.push_back(page);
+}
+
+bool CPropertySheet::TemplatesExist() const {
+  return !m_pages.empty() && std::all_of(m_pages.begin(), m_pages.end(), [](const auto* page) {
+    return HasDialogTemplate(page->TemplateId());
+  });
+}
+
+bool CPropertySheet::CreateSheet() {
+  std::vector<HPROPSHEETPAGE> handles;
+  for (CPropertyPage* page : m_pages) {
+    const PROPSHEETPAGEW description = page->Description();
+    handles.push_back(::CreatePropertySheetPageW(&description));
+  }
+  PROPSHEETHEADERW header = {};
+  header.dwSize = sizeof(header);
+  header.dwFlags = PSH_WIZARD | PSH_MODELESS;
+  header.hwndParent = m_owner;
+  header.hInstance = AfxGetResourceHandle();
+  header.pszCaption = m_caption.c_str();
+  header.nPages = static_cast<UINT>(handles.size());
+  header.nStartPage = m_firstPage;
+  header.phpage = handles.data();
+  const CreationHook hook(this);
+  const INT_PTR made = ::PropertySheetW(&header);
+  return made > 0 && Handle() != nullptr;
+}
+
+INT_PTR CPropertySheet::DoModal() {
+  // Without this look the system shows an empty sheet that can't be told from a real one.
+  if (!TemplatesExist()) {
+    return kFailed;
+  }
+  const bool ownerWasEnabled = m_owner != nullptr && ::IsWindowEnabled(m_owner);
+  const ScopeExit end([this, ownerWasEnabled] {
+    // The owner is enabled before the sheet goes, or another program's window would come to the
+    // front.
+    if (ownerWasEnabled) {
+      ::EnableWindow(m_owner, TRUE);
+    }
+    if (Handle() != nullptr) {
+      ::DestroyWindow(Handle());
+    }
+  });
+  if (!CreateSheet()) {
+    return kFailed;
+  }
+  if (ownerWasEnabled) {
+    ::EnableWindow(m_owner, FALSE);
+  }
+  ::ShowWindow(Handle(), SW_SHOW);
+  return RunModalLoop();
+}
+
+bool CPropertySheet::IsOpen() const {
+  return Handle() != nullptr && Send(PSM_GETCURRENTPAGEHWND) != 0;
+}
+
+INT_PTR CPropertySheet::RunModalLoop() {
+  ThreadState* const state = ThreadState::Current();
+  while (IsOpen()) {
+    MSG message = {};
+    const BOOL got = ::GetMessageW(&message, nullptr, 0, 0);
+    if (got <= 0) {
+      // The host's own loop must see it as well.
+      ::PostQuitMessage(static_cast<int>(message.wParam));
+      return IDCANCEL;
+    }
+    const bool taken = Handle() != nullptr &&
+                       Send(PSM_ISDIALOGMESSAGE, 0, reinterpret_cast<LPARAM>(&message)) != 0;
+    if (!taken) {
+      ::TranslateMessage(&message);
+      ::DispatchMessageW(&message);
+    }
+    state->RethrowException();
+  }
+  const bool finished = Handle() != nullptr && Send(PSM_GETRESULT) > 0;
+  return finished ? kFinishCode : IDCANCEL;
+}
+
+bool CPropertySheet::OnInitDialog() {
+  CenterWindow(Handle(), m_owner);
+  return true;
+}
+
+LRESULT CPropertySheet::HandleInitDialog(const MessageArgs& args) {
+  Default(args);
+  return OnInitDialog() ? TRUE : FALSE;
+}
+
+LRESULT CPropertySheet::WindowProc(const MessageArgs& args) {
+  const LRESULT result = CWnd::WindowProc(args);
+  const bool mayEnd = args.message == WM_COMMAND || args.message == WM_CLOSE ||
+                      args.message == WM_SYSCOMMAND || args.message == PSM_PRESSBUTTON ||
+                      args.message == WM_NCDESTROY;
+  // A message sent by another thread is handled within GetMessage, which then goes on waiting: wake
+  // the loop.
+  if (mayEnd && !IsOpen()) {
+    ::PostThreadMessageW(::GetCurrentThreadId(), WM_NULL, 0, 0);
+  }
+  return result;
+}
+
+void CenterWindow(HWND window, HWND over) {
+  RECT area = {};
+  if (over != nullptr && ::IsWindowVisible(over) && !::IsIconic(over)) {
+    ::GetWindowRect(over, &area);
+  } else {
+    ::SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
+  }
+  RECT work = {};
+  ::SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
+  RECT rect = {};
+  ::GetWindowRect(window, &rect);
+  const LONG width = rect.right - rect.left;
+  const LONG height = rect.bottom - rect.top;
+  const LONG left = area.left + (area.right - area.left - width) / 2;
+  const LONG top = area.top + (area.bottom - area.top - height) / 2;
+  // A window that is larger than the screen keeps its caption reachable.
+  const LONG x = std::max(work.left, std::min(left, work.right - width));
+  const LONG y = std::max(work.top, std::min(top, work.bottom - height));
+  ::SetWindowPos(window, nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+}  // namespace postmarker

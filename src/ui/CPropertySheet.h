@@ -1,0 +1,53 @@
+// A property sheet in wizard mode, run modally.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ui/CPropertyPage.h"
+
+namespace postmarker {
+
+class CPropertySheet : public CWnd {
+ public:
+  // `owner` may be null; a window that dies while the sheet is up cancels it.
+  CPropertySheet(std::wstring caption, HWND owner, UINT firstPage)
+      : m_caption(std::move(caption)), m_owner(owner), m_firstPage(firstPage) {}
+
+  // Adds a page at the end. The page belongs to the caller and must outlive DoModal.
+  void AddPage(CPropertyPage* page);
+
+  // Shows the sheet until it is closed: ID_WIZFINISH after Finish, IDCANCEL otherwise, -1 if a
+  // page's template is missing or the system makes no sheet. Throws what a handler threw. A WM_QUIT
+  // ends the sheet and is posted again. REQUIRES: a ModuleStateGuard on this thread.
+  INT_PTR DoModal();
+
+  [[nodiscard]] const std::wstring& Caption() const { return m_caption; }
+
+ protected:
+  // Runs after the system has set the sheet up.
+  virtual bool OnInitDialog();
+
+  LRESULT WindowProc(const MessageArgs& args) override;
+  [[nodiscard]] const MessageTable* Messages() const override { return &kMessages; }
+  static const MessageTable kMessages;
+  static const MessageEntry kEntries[];
+
+ private:
+  LRESULT HandleInitDialog(const MessageArgs& args);
+  [[nodiscard]] bool TemplatesExist() const;
+  bool CreateSheet();
+  INT_PTR RunModalLoop();
+  [[nodiscard]] bool IsOpen() const;
+
+  std::wstring m_caption;
+  HWND m_owner;
+  UINT m_firstPage;
+  std::vector<CPropertyPage*> m_pages;
+};
+
+// Puts a window into the middle of another one, or of the screen's work area if that is null or
+// hidden.
+void CenterWindow(HWND window, HWND over);
+
+}  // namespace postmarker

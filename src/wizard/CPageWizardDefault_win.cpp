@@ -1,0 +1,104 @@
+#include "wizard/CPageWizardDefault_win.h"
+
+#include "resource.h"
+#include "wizard/CWizardSheet_win.h"
+#include "wizard/Colors_win.h"
+#include "wizard/WindowHook_win.h"
+
+namespace postmarker {
+namespace {
+
+constexpr UINT kToolTipDelayMs = 0;
+constexpr UINT kToolTipDurationMs = 3000;
+constexpr int kNextButton = 12324;  // of every wizard sheet
+constexpr UINT WM_CTLCOLOR = 0x19;  // the message of old controls, which carry no kind
+
+// Headings are half as large again as the text, and bold.
+constexpr int kHeadingNumerator = 3;
+constexpr int kHeadingDenominator = 2;
+
+}  // namespace
+
+const MessageEntry CPageWizardDefault::kEntries[] = {
+    OnMessage(WM_CTLCOLOR, &CPageWizardDefault::HandlePlainColor),
+    OnMessage(WM_CTLCOLORDLG, &CPageWizardDefault::HandleColor),
+    OnMessage(WM_CTLCOLOREDIT, &CPageWizardDefault::HandleColor),
+    OnMessage(WM_CTLCOLORLISTBOX, &CPageWizardDefault::HandleColor),
+    OnMessage(WM_CTLCOLORBTN, &CPageWizardDefault::HandleColor),
+    OnMessage(WM_CTLCOLORSTATIC, &CPageWizardDefault::HandleColor),
+};
+const MessageTable CPageWizardDefault::kMessages = {&CPropertyPage::kMessages,
+                                                    CPageWizardDefault::kEntries};
+
+CWizardSheet* CPageWizardDefault::Wizard() const {
+  return dynamic_cast<CWizardSheet*>(Sheet());
+}
+
+bool CPageWizardDefault::OnInitDialog() {
+  CPropertyPage::OnInitDialog();
+  SetHeadingFont(Item(IDC_HEADING));
+  SetSkinnedHeading(Item(IDC_HEADING));
+  SetSkinnedBody(Item(IDC_BODY));
+  m_tooltip.Create(Handle(), kToolTipDelayMs, kToolTipDurationMs, true);
+  const HWND banner = Item(IDC_BANNER);
+  if (banner != nullptr && Wizard() != nullptr) {
+    RECT rect = {};
+    ::GetClientRect(banner, &rect);
+    const HBITMAP picture = Wizard()->BannerBitmap({rect.right, rect.bottom});
+    ::SendMessageW(banner, STM_SETIMAGE, IMAGE_BITMAP, reinterpret_cast<LPARAM>(picture));
+  }
+  return true;
+}
+
+void CPageWizardDefault::SetHeadingFont(HWND heading) {
+  if (heading == nullptr) {
+    return;
+  }
+  LOGFONTW description = {};
+  const auto font = reinterpret_cast<HFONT>(Send(WM_GETFONT));
+  if (::GetObjectW(font, sizeof(description), &description) == 0) {
+    return;
+  }
+  description.lfHeight = ::MulDiv(description.lfHeight, kHeadingNumerator, kHeadingDenominator);
+  description.lfWidth = 0;
+  description.lfWeight = FW_BOLD;
+  m_headingFont.Reset(::CreateFontIndirectW(&description));
+  ::SendMessageW(heading, WM_SETFONT, reinterpret_cast<WPARAM>(m_headingFont.Get()), TRUE);
+}
+
+bool CPageWizardDefault::OnSetActive() {
+  SetButtonMask(m_buttonMask);
+  return CPropertyPage::OnSetActive();
+}
+
+void CPageWizardDefault::SetButtonMask(uint32_t mask) {
+  m_buttonMask = mask;
+  if (Sheet() != nullptr) {
+    ::PostMessageW(Sheet()->Handle(), PSM_SETWIZBUTTONS, 0, static_cast<LPARAM>(mask));
+  }
+}
+
+RECT CPageWizardDefault::GetButtonRect(int id) const {
+  RECT rect = {};
+  if (Sheet() != nullptr) {
+    ::GetWindowRect(Sheet()->Item(id), &rect);
+  }
+  return rect;
+}
+
+void CPageWizardDefault::ShowAtNext(const std::wstring& text) {
+  m_tooltip.ShowAt(text, GetButtonRect(kNextButton));
+}
+
+LRESULT CPageWizardDefault::HandleColor(const MessageArgs& args) {
+  return ColorForControl(args);
+}
+
+LRESULT CPageWizardDefault::HandlePlainColor(const MessageArgs& args) {
+  const auto dc = reinterpret_cast<HDC>(args.wParam);
+  ::SetTextColor(dc, RGB(0, 0, 0));
+  ::SetBkColor(dc, RGB(255, 255, 255));
+  return Default(args);
+}
+
+}  // namespace postmarker

@@ -1,0 +1,302 @@
+#include "wizard/CWizardSheet_win.h"
+
+#include <mutex>
+#include <utility>
+
+#include "clients/ClientTable.h"
+#include "resource.h"
+#include "ui/CWinApp.h"
+#include "wizard/CPageChooseSpamFolder_win.h"
+#include "wizard/CPageSettings_win.h"
+#include "wizard/CPageWizard_win.h"
+#include "wizard/Colors_win.h"
+#include "wizard/FolderWorker_win.h"
+#include "wizard/WindowHook_win.h"
+#include "wizard/WorkerMap_win.h"
+
+namespace postmarker {
+namespace {
+
+constexpr UINT kHelpLinkMessage = 0x6A9;  // WM_KS_HELP_LINK
+constexpr wchar_t kHelpLinkProperty[] = L"KSHelpLink";
+constexpr int kHelpLinkNumber = 4;
+constexpr wchar_t kHelpTopic[] = L"Configure";
+
+// A copy of a picture in another size.
+BitmapHandle ScaleBitmap(HBITMAP picture, SIZE size) {
+  BITMAP info = {};
+  ::GetObjectW(picture, sizeof(info), &info);
+  const HDC screen = ::GetDC(nullptr);
+  BitmapHandle scaled(::CreateCompatibleBitmap(screen, size.cx, size.cy));
+  const HDC from = ::CreateCompatibleDC(screen);
+  const HDC to = ::CreateCompatibleDC(screen);
+  const HGDIOBJ fromBefore = ::SelectObject(from, picture);
+  const HGDIOBJ toBefore = ::SelectObject(to, scaled.Get());
+  ::SetStretchBltMode(to, HALFTONE);
+  ::SetBrushOrgEx(to, 0, 0, nullptr);
+  ::StretchBlt(to, 0, 0, size.cx, size.cy, from, 0, 0, info.bmWidth, info.bmHeight, SRCCOPY);
+  ::SelectObject(to, toBefore);
+  ::SelectObject(from, fromBefore);
+  ::DeleteDC(to);
+  ::DeleteDC(from);
+  ::ReleaseDC(nullptr, screen);
+  return scaled;
+}
+
+}  // namespace
+
+const MessageEntry CWizardSheet::kEntries[] = {
+    OnMessage(WM_NCCREATE, &CWizardSheet::HandleNcCreate),
+    OnMessage(WM_DESTROY, &CWizardSheet::HandleDestroy),
+    OnMessage(WM_CTLCOLORDLG, &CWizardSheet::HandleColor),
+    OnMessage(WM_CTLCOLORBTN, &CWizardSheet::HandleColor),
+    OnMessage(WM_CTLCOLOREDIT, &CWizardSheet::HandleColor),
+    OnMessage(WM_CTLCOLORLISTBOX, &CWizardSheet::HandleColor),
+    OnMessage(WM_CTLCOLORSTATIC, &CWizardSheet::HandleColor),
+};
+const MessageTable CWizardSheet::kMessages = {&CPropertySheet::kMessages, CWizardSheet::kEntries};
+
+CWizardSheet::CWizardSheet(const std::wstring& caption, WizardRequest* request, HWND owner,
+                           UINT firstPage)
+    : CPropertySheet(caption, owner, firstPage), m_request(request) {
+  WorkerMap.Enter(this);
+  AddPages();
+  m_apartment = std::make_unique<ComApartment>();
+  m_outlook = std::make_unique<OutlookSession>();
+}
+
+CWizardSheet::CWizardSheet(UINT captionId, WizardRequest* request, HWND owner, UINT firstPage)
+    : CWizardSheet(LoadText(captionId), request, owner, firstPage) {}
+
+CWizardSheet::~CWizardSheet() {
+  // From here on a running worker leaves the sheet alone.
+  WorkerMap.Erase(this);
+  m_settingsPage.reset();
+  m_folderPage.reset();
+  m_welcomePage.reset();
+  if (m_hookOwner) {
+    EndWindowHook();
+  }
+  // The worker is not waited for: it holds the module itself and may be busy for long.
+  m_workerThread.Reset();
+  m_outlook->RevokeCookie();
+  m_outlook->LogOff();
+  m_outlook->ReleaseTable();
+  m_defaultFolder.reset();
+  m_outlook.reset();
+  m_apartment.reset();
+}
+
+void CWizardSheet::AddPages() {
+  m_welcomePage = std::make_unique<CPageWizard>();
+  m_folderPage = std::make_unique<CPageChooseSpamFolder>();
+  m_settingsPage = std::make_unique<CPageSettings>();
+  AddPage(m_welcomePage.get());
+  AddPage(m_folderPage.get());
+  AddPage(m_settingsPage.get());
+}
+
+const ClientRow& CWizardSheet::Client() const {
+  return *FindClient(m_request != nullptr ? std::wstring_view(m_request->clientName)
+                                          : std::wstring_view());
+}
+
+std::wstring CWizardSheet::GetClientSettingsName() const {
+  return m_request != nullptr ? ClientSettingsName(m_request->clientName) : std::wstring();
+}
+
+bool CWizardSheet::CanCreateFolder() const {
+  return Client().adapter->CanCreateFolder();
+}
+
+HRESULT CWizardSheet::EnsureOutlookSession() {
+  const HRESULT hr =
+      m_outlook->Ensure(m_request != nullptr ? m_request->outlookApplication : nullptr);
+  if (m_request != nullptr) {
+    m_request->outlookCookie = m_outlook->Cookie();
+  }
+  return hr;
+}
+
+void CWizardSheet::PrepareClient() {
+  if (Client().needsOutlookSession) {
+    (void)EnsureOutlookSession();
+  }
+}
+
+void CWizardSheet::StartFolderWorker() {
+  if (m_workerThread || m_request == nullptr) {
+    return;
+  }
+  PrepareClient();
+  auto start = std::make_unique<FolderWorkerStart>();
+  start->sheet = this;
+  start->clientName = m_request->clientName;
+  start->needsOutlook = Client().needsOutlookSession;
+  start->outlookCookie = m_outlook->Cookie();
+  // Taken here and not by the thread, which might first run when the host has unloaded the module.
+  start->module = ReferToThisModule();
+  m_workerThread = CreateFolderWorker(start.get());
+  if (!m_workerThread) {
+    return;
+  }
+  FolderWorkerStart* const owned = start.release();
+  owned->number = WorkerMap.SetWorker(this, reinterpret_cast<intptr_t>(m_workerThread.Get()));
+  ::ResumeThread(m_workerThread.Get());
+}
+
+void CWizardSheet::TakeFolders(MailFolderList folders,
+                               std::unique_ptr<MailFolderRef> defaultFolder) {
+  m_defaultFolder = std::move(defaultFolder);
+  const std::lock_guard lock(FolderLock);
+  m_request->folders = std::move(folders);
+}
+
+bool CWizardSheet::AreFoldersReady() const {
+  if (m_request == nullptr) {
+    return true;
+  }
+  if (m_workerThread && ::WaitForSingleObject(m_workerThread.Get(), 0) == WAIT_OBJECT_0) {
+    return true;
+  }
+  const std::lock_guard lock(FolderLock);
+  return !m_request->folders.empty();
+}
+
+void CWizardSheet::GetFolders(MailFolderList* list) {
+  if (m_request == nullptr) {
+    return;
+  }
+  if (!AreFoldersReady()) {
+    PrepareClient();
+    ComPtr<IDispatch> outlook;
+    if (Client().needsOutlookSession) {
+      (void)m_outlook->GetOutlookApplication(m_outlook->Cookie(), &outlook);
+    }
+    MailFolderList folders;
+    Client().adapter->ListFolders(&folders, {outlook.Get()});
+    const std::lock_guard lock(FolderLock);
+    m_request->folders = std::move(folders);
+  }
+  const std::lock_guard lock(FolderLock);
+  *list = m_request->folders;
+}
+
+void CWizardSheet::GetDefaultFolder(MailFolderRef* rec) {
+  if (m_request == nullptr) {
+    return;
+  }
+  if (m_defaultFolder) {
+    *rec = *m_defaultFolder;
+    return;
+  }
+  MailFolderList folders;
+  GetFolders(&folders);
+  ComPtr<IDispatch> outlook;
+  if (Client().needsOutlookSession && SUCCEEDED(EnsureOutlookSession())) {
+    (void)m_outlook->GetOutlookApplication(m_outlook->Cookie(), &outlook);
+  }
+  m_defaultFolder = std::make_unique<MailFolderRef>(
+      Client().adapter->FindDefaultFolder(folders, {outlook.Get()}));
+}
+
+ResultCode CWizardSheet::CreateFolder(MailFolderRef* rec, const std::wstring& name,
+                                      const MailFolderRef& parent) {
+  if (m_request == nullptr) {
+    return kFail;
+  }
+  const ClientRow& client = Client();
+  ComPtr<IDispatch> outlook;
+  bool skip = false;
+  if (client.needsOutlookSession) {
+    // Deliberate: without a session the adapter is passed over and an empty record goes on.
+    skip = FAILED(EnsureOutlookSession()) ||
+           FAILED(m_outlook->GetOutlookApplication(m_outlook->Cookie(), &outlook));
+  }
+  if (!skip) {
+    const ResultCode result = client.adapter->CreateFolder(name, parent, {outlook.Get()}, rec);
+    if (Failed(result)) {
+      return result;
+    }
+  }
+  m_request->spamFolder = *rec;
+  const std::lock_guard lock(FolderLock);
+  m_request->folders.push_back(*rec);
+  return kOk;
+}
+
+ResultCode CWizardSheet::CollectSentAddresses(AddressSet* addresses, const WizardRequest& request,
+                                              const ProgressCallbacks* callbacks) const {
+  const ClientRow* const client = FindClient(request.clientName);
+  ComPtr<IDispatch> outlook;
+  if (client->needsOutlookSession) {
+    (void)FetchOutlookApplication(request.outlookCookie, &outlook);
+  }
+  return client->adapter->CollectSentAddresses(addresses, {outlook.Get()}, callbacks);
+}
+
+HBITMAP CWizardSheet::BannerBitmap(SIZE size) {
+  if (!m_bannerBitmap) {
+    const BitmapHandle picture(
+        static_cast<HBITMAP>(::LoadImageW(AfxGetResourceHandle(), MAKEINTRESOURCEW(IDB_BANNER),
+                                          IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION)));
+    if (picture && size.cx > 0 && size.cy > 0) {
+      m_bannerBitmap = ScaleBitmap(picture.Get(), size);
+    }
+  }
+  return m_bannerBitmap.Get();
+}
+
+LRESULT CWizardSheet::HandleNcCreate(const MessageArgs& args) {
+  const LRESULT result = Default(args);
+  if (result == FALSE) {
+    return result;
+  }
+  if (m_request != nullptr) {
+    m_request->sheetWindow = Handle();
+  }
+  if (m_request == nullptr || m_request->useWindowHook != 0) {
+    m_hookOwner = BeginWindowHook(Handle());
+  }
+  return result;
+}
+
+bool CWizardSheet::OnInitDialog() {
+  CPropertySheet::OnInitDialog();
+  for (const WPARAM kind : {ICON_SMALL, ICON_BIG}) {
+    const bool isSmall = kind == ICON_SMALL;
+    const HANDLE icon =
+        ::LoadImageW(AfxGetResourceHandle(), MAKEINTRESOURCEW(IDI_POSTMARKER), IMAGE_ICON,
+                     ::GetSystemMetrics(isSmall ? SM_CXSMICON : SM_CXICON),
+                     ::GetSystemMetrics(isSmall ? SM_CYSMICON : SM_CYICON), LR_SHARED);
+    Send(WM_SETICON, kind, reinterpret_cast<LPARAM>(icon));
+  }
+  SetSkinnedCaption(Handle(), LoadText(IDS_SHEET_CAPTION), false);
+  SetHelpLink(kHelpLinkNumber, kHelpTopic);
+  return true;
+}
+
+void CWizardSheet::SetHelpLink(int number, const wchar_t* topic) {
+  ::SysFreeString(static_cast<BSTR>(::GetPropW(Handle(), kHelpLinkProperty)));
+  LRESULT answer = 0;
+  if (const HWND owner = ::GetAncestor(Handle(), GA_ROOTOWNER)) {
+    // The receiver owns the topic, and the answer is ours.
+    answer = ::SendMessageW(owner, kHelpLinkMessage, static_cast<WPARAM>(number),
+                            reinterpret_cast<LPARAM>(::SysAllocString(topic)));
+  }
+  ::SetPropW(Handle(), kHelpLinkProperty, reinterpret_cast<HANDLE>(answer));
+}
+
+LRESULT CWizardSheet::HandleDestroy(const MessageArgs& args) {
+  ::SysFreeString(static_cast<BSTR>(::RemovePropW(Handle(), kHelpLinkProperty)));
+  if (m_request != nullptr) {
+    m_request->sheetWindow = nullptr;
+  }
+  return Default(args);
+}
+
+LRESULT CWizardSheet::HandleColor(const MessageArgs& args) {
+  return ColorForControl(args);
+}
+
+}  // namespace postmarker

@@ -1,0 +1,16 @@
+// The colours that the sheet, its pages and its dialogs share: black on white, headings red.
+#pragma once
+
+#include <windows.h>
+
+#include "ui/MessageTable.h"
+
+namespace postmarker {
+
+// The white brush of all backgrounds. Never to be deleted.
+HBRUSH BackgroundBrush();
+
+// Answers a WM_CTLCOLORxxx message: sets the device's colours and returns the brush.
+LRESULT ColorForControl(const MessageArgs& args);
+
+}  // namespace postmarker

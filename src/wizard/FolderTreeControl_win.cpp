@@ -1,0 +1,106 @@
+#include "wizard/FolderTreeControl_win.h"
+
+#include <memory>
+#include <vector>
+
+#include "support/Text.h"
+
+namespace postmarker {
+namespace {
+
+LPARAM NewItemData(const MailFolderRef* record) {
+  return record != nullptr ? reinterpret_cast<LPARAM>(new MailFolderRef(*record)) : 0;
+}
+
+// The item that follows in a depth-first walk below `top`; with `descend` off, without what is
+// below `item`.
+HTREEITEM NextInWalk(const CTreeCtrl& tree, HTREEITEM item, HTREEITEM top, bool descend) {
+  if (descend) {
+    if (const HTREEITEM child = tree.FirstChild(item)) {
+      return child;
+    }
+  }
+  while (item != nullptr && item != top) {
+    if (const HTREEITEM sibling = tree.NextSibling(item)) {
+      return sibling;
+    }
+    item = tree.Parent(item);
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+const MailFolderRef* FolderOf(const CTreeCtrl& tree, HTREEITEM item) {
+  return item != nullptr ? reinterpret_cast<const MailFolderRef*>(tree.ItemData(item)) : nullptr;
+}
+
+TreeItem TreeControlTarget::FindChild(TreeItem parent, std::wstring_view text,
+                                      const MailFolderRef* match) {
+  for (HTREEITEM child = m_tree.FirstChild(To(parent)); child != nullptr;
+       child = m_tree.NextSibling(child)) {
+    if (m_tree.ItemText(child) != text) {
+      continue;
+    }
+    const MailFolderRef* data = FolderOf(m_tree, child);
+    if (match == nullptr || data == nullptr ||
+        (data->firstId == match->firstId && data->secondId == match->secondId)) {
+      return From(child);
+    }
+  }
+  return 0;
+}
+
+TreeItem TreeControlTarget::AddChild(TreeItem parent, std::wstring_view text,
+                                     const MailFolderRef* record) {
+  return From(m_tree.InsertItem(std::wstring(text), To(parent), NewItemData(record)));
+}
+
+void FillTreeControl(const CTreeCtrl& tree, const FolderTreeLayout& layout) {
+  const auto& items = layout.Items();
+  std::vector<HTREEITEM> handles;
+  handles.reserve(items.size());
+  tree.SetRedraw(false);
+  for (const FolderTreeLayout::Item& item : items) {
+    const HTREEITEM parent = item.parent == FolderTreeLayout::kRoot
+                                 ? TVI_ROOT
+                                 : handles[item.parent - FolderTreeLayout::kRoot - 1];
+    handles.push_back(
+        tree.InsertItem(item.text, parent, NewItemData(item.record), item.bold ? TVIS_BOLD : 0));
+  }
+  // From the leaves up, so that each opening shows what is open below it already.
+  for (size_t i = items.size(); i-- > 0;) {
+    if (items[i].expanded && tree.FirstChild(handles[i]) != nullptr) {
+      tree.Expand(handles[i]);
+    }
+  }
+  if (!handles.empty()) {
+    tree.EnsureVisible(handles.front());
+  }
+  tree.SetRedraw(true);
+}
+
+void FreeTreeItemData(const CTreeCtrl& tree, HTREEITEM parent) {
+  for (HTREEITEM item = tree.FirstChild(parent); item != nullptr;
+       item = NextInWalk(tree, item, parent, true)) {
+    const std::unique_ptr<const MailFolderRef> data(FolderOf(tree, item));
+    tree.SetItemData(item, 0);
+  }
+}
+
+HTREEITEM SelectFolderItem(const CTreeCtrl& tree, const MailFolderRef& rec, HTREEITEM parent) {
+  HTREEITEM item = tree.FirstChild(parent);
+  while (item != nullptr) {
+    const MailFolderRef* const data = FolderOf(tree, item);
+    if (data != nullptr && EqualNoCase(data->secondId, rec.secondId) &&
+        EqualNoCase(data->firstId, rec.firstId)) {
+      tree.EnsureVisible(item);
+      tree.SelectItem(item);
+      return item;
+    }
+    item = NextInWalk(tree, item, parent, data != nullptr);
+  }
+  return nullptr;
+}
+
+}  // namespace postmarker
