@@ -1,0 +1,241 @@
+// Runs a wizard on a thread of its own and operates it as a person or a host does: by clicks, keys
+// and the standard messages of windows.
+#pragma once
+
+#include <windows.h>
+
+#include <commctrl.h>
+#include <prsht.h>
+
+#include <chrono>
+#include <cstring>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "postmarker/WizardRequest.h"
+#include "support/Text.h"
+
+namespace postmarker::test {
+
+// The sheet's buttons.
+inline constexpr int kBackButton = 12323;
+inline constexpr int kNextButton = 12324;
+inline constexpr int kFinishButton = 12325;
+
+// A control that one page alone has.
+enum class Page { kWelcome = 13050, kFolders = 13051, kSettings = 13029 };
+
+inline constexpr std::chrono::milliseconds kPatience{10000};
+
+// Waits until `condition` holds. False if it does not within kPatience.
+template <class Condition>
+bool WaitUntil(Condition condition, std::chrono::milliseconds patience = kPatience) {
+  const auto end = std::chrono::steady_clock::now() + patience;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) {
+      return false;
+    }
+    ::Sleep(5);
+  }
+  return true;
+}
+
+inline std::wstring TextOf(HWND window) {
+  wchar_t text[1024] = {};
+  ::SendMessageW(window, WM_GETTEXT, std::size(text), reinterpret_cast<LPARAM>(text));
+  return text;
+}
+
+// The visible window of a class that this process shows, or null.
+inline HWND FindVisibleWindow(const wchar_t* windowClass) {
+  for (HWND window = nullptr;
+       (window = ::FindWindowExW(nullptr, window, windowClass, nullptr)) != nullptr;) {
+    DWORD process = 0;
+    ::GetWindowThreadProcessId(window, &process);
+    if (process == ::GetCurrentProcessId() && ::IsWindowVisible(window)) {
+      return window;
+    }
+  }
+  return nullptr;
+}
+
+// The functions that wait throw when their patience ends, which fails the test with what was waited
+// for.
+class WizardSession {
+ public:
+  using Show = std::function<int32_t(WizardRequest* request)>;
+
+  WizardSession(Show show, WizardRequest* request)
+      : m_request(request),
+        m_thread([this, show = std::move(show)] { m_result = show(m_request); }) {}
+  WizardSession(const WizardSession&) = delete;
+  WizardSession& operator=(const WizardSession&) = delete;
+  ~WizardSession() {
+    if (m_thread.joinable()) {
+      if (const HWND sheet = Sheet()) {
+        ::PostMessageW(sheet, WM_CLOSE, 0, 0);
+      }
+      m_thread.join();
+    }
+  }
+
+  // The sheet's window, or null while there is none.
+  [[nodiscard]] HWND Sheet() const { return *static_cast<HWND volatile*>(&m_request->sheetWindow); }
+
+  void WaitForPage(Page page) const {
+    Require([this, page] { return IsOn(page); }, "the page did not come");
+  }
+  [[nodiscard]] bool IsOn(Page page) const {
+    return Sheet() != nullptr && ::IsWindowVisible(Sheet()) && CurrentPage() != nullptr &&
+           ::GetDlgItem(CurrentPage(), static_cast<int>(page)) != nullptr;
+  }
+
+  [[nodiscard]] HWND CurrentPage() const {
+    return reinterpret_cast<HWND>(::SendMessageW(Sheet(), PSM_GETCURRENTPAGEHWND, 0, 0));
+  }
+  [[nodiscard]] HWND Control(int id) const { return ::GetDlgItem(CurrentPage(), id); }
+  [[nodiscard]] HWND Button(int id) const { return ::GetDlgItem(Sheet(), id); }
+  [[nodiscard]] bool IsButtonUsable(int id) const {
+    return ::IsWindowVisible(Button(id)) && ::IsWindowEnabled(Button(id));
+  }
+
+  // Clicks a button of the sheet once it can be clicked.
+  void ClickButton(int id) const {
+    Require([this, id] { return IsButtonUsable(id); }, "the button can't be clicked");
+    ::PostMessageW(Button(id), BM_CLICK, 0, 0);
+  }
+
+  // Clicks a control of the page.
+  void ClickControl(int id) const {
+    Require([this, id] { return ::IsWindowEnabled(Control(id)); }, "the control can't be clicked");
+    ::PostMessageW(Control(id), BM_CLICK, 0, 0);
+  }
+
+  void Close() const { ::PostMessageW(Sheet(), WM_CLOSE, 0, 0); }
+
+  // Waits for the wizard's end and returns its result.
+  int32_t Result() {
+    if (m_thread.joinable()) {
+      m_thread.join();
+    }
+    return m_result;
+  }
+
+  // The tree of the folder page, once it is filled.
+  [[nodiscard]] HWND Tree() const { return Control(10015); }
+  void WaitForTree() const {
+    WaitForPage(Page::kFolders);
+    Require([this] { return ::IsWindowEnabled(Tree()); }, "the tree was not filled");
+  }
+
+  // The tree's items in the order in which they are shown, two blanks a level, "*" behind a bold
+  // one.
+  [[nodiscard]] std::vector<std::string> TreeLines() const {
+    std::vector<std::string> lines;
+    for (HTREEITEM item = TreeItemAt(nullptr, TVGN_ROOT); item != nullptr;
+         item = NextInTree(item)) {
+      std::string line(Depth(item) * 2, ' ');
+      line.append(NarrowUtf8(ItemText(item))).append(IsBold(item) ? "*" : "");
+      lines.push_back(line);
+    }
+    return lines;
+  }
+
+  // The first item with this text, or null.
+  [[nodiscard]] HTREEITEM FindItem(const std::wstring& text) const {
+    HTREEITEM item = TreeItemAt(nullptr, TVGN_ROOT);
+    while (item != nullptr && ItemText(item) != text) {
+      item = NextInTree(item);
+    }
+    return item;
+  }
+  [[nodiscard]] std::wstring SelectedText() const {
+    const HTREEITEM item = TreeItemAt(nullptr, TVGN_CARET);
+    return item != nullptr ? ItemText(item) : std::wstring();
+  }
+
+  // Clicks the label of an item with a mouse button, as the mouse's messages arrive; again if the tree took the
+  // click for the beginning of a drag, which a pointer that is moved on a busy machine can look like.
+  void ClickItem(const std::wstring& text, bool rightButton = false) const {
+    for (int attempt = 0; attempt < 4; ++attempt) {
+      ClickItemOnce(text, rightButton);
+      if (WaitUntil([this, &text] { return SelectedText() == text; }, kPatience / 4)) {
+        return;
+      }
+    }
+    throw std::runtime_error("the click did not select the item");
+  }
+
+  template <class Condition>
+  static void Require(Condition condition, const char* otherwise) {
+    if (!WaitUntil(condition)) {
+      throw std::runtime_error(otherwise);
+    }
+  }
+
+ private:
+  void ClickItemOnce(const std::wstring& text, bool rightButton) const {
+    const HTREEITEM item = FindItem(text);
+    if (item == nullptr) {
+      throw std::runtime_error("no such item: " + NarrowUtf8(text));
+    }
+    ::SendMessageW(Tree(), TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(item));
+    RECT rect = {};
+    // The message takes the item in the place where it writes the rectangle.
+    std::memcpy(&rect, &item, sizeof(item));
+    ::SendMessageW(Tree(), TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&rect));
+    POINT point = {(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
+    const LPARAM place = MAKELPARAM(point.x, point.y);
+    ::ClientToScreen(Tree(), &point);
+    ::SetCursorPos(point.x, point.y);
+    ::PostMessageW(Tree(), rightButton ? WM_RBUTTONDOWN : WM_LBUTTONDOWN,
+                   rightButton ? MK_RBUTTON : MK_LBUTTON, place);
+    ::PostMessageW(Tree(), rightButton ? WM_RBUTTONUP : WM_LBUTTONUP, 0, place);
+  }
+  [[nodiscard]] HTREEITEM TreeItemAt(HTREEITEM item, UINT relation) const {
+    return reinterpret_cast<HTREEITEM>(
+        ::SendMessageW(Tree(), TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(item)));
+  }
+  [[nodiscard]] HTREEITEM NextInTree(HTREEITEM item) const {
+    if (const HTREEITEM child = TreeItemAt(item, TVGN_CHILD)) {
+      return child;
+    }
+    while (item != nullptr) {
+      if (const HTREEITEM sibling = TreeItemAt(item, TVGN_NEXT)) {
+        return sibling;
+      }
+      item = TreeItemAt(item, TVGN_PARENT);
+    }
+    return nullptr;
+  }
+  [[nodiscard]] size_t Depth(HTREEITEM item) const {
+    size_t depth = 0;
+    while ((item = TreeItemAt(item, TVGN_PARENT)) != nullptr) {
+      ++depth;
+    }
+    return depth;
+  }
+  [[nodiscard]] std::wstring ItemText(HTREEITEM item) const {
+    wchar_t text[260] = {};
+    TVITEMW read = {};
+    read.mask = TVIF_TEXT;
+    read.hItem = item;
+    read.pszText = text;
+    read.cchTextMax = 260;
+    ::SendMessageW(Tree(), TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&read));
+    return read.pszText;
+  }
+  [[nodiscard]] bool IsBold(HTREEITEM item) const {
+    return (::SendMessageW(Tree(), TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item), TVIS_BOLD) &
+            TVIS_BOLD) != 0;
+  }
+
+  WizardRequest* m_request;
+  int32_t m_result = 0;
+  std::thread m_thread;
+};
+
+}  // namespace postmarker::test

@@ -1,0 +1,303 @@
+#include <windows.h>
+
+#include <gmock/gmock.h>
+#include <psapi.h>
+
+#include <random>
+
+#include "settings/FilterSettings.h"
+#include "wizard/WindowHook_win.h"
+#include "wizard/WizardFixture_win.h"
+
+namespace postmarker::test {
+namespace {
+
+using testing::IsEmpty;
+
+class SheetTest : public WizardFixture {
+ protected:
+  // A sheet without windows, on this thread.
+  struct Sheet {
+    explicit Sheet(WizardRequest* request) : sheet(L"Kestrelon", request, nullptr, 0) {}
+    ModuleStateGuard guard;
+    CWizardSheet sheet;
+  };
+};
+
+TEST_F(SheetTest, FirstQuestionForTheDefaultFolderLeavesTheRecordAlone) {
+  Sheet s(&m_request);
+  MailFolderRef rec = {L"before", "b", "b", 7};
+  s.sheet.GetDefaultFolder(&rec);
+  EXPECT_EQ(rec, (MailFolderRef{L"before", "b", "b", 7}));
+  s.sheet.GetDefaultFolder(&rec);
+  EXPECT_EQ(rec, SmallStore().back());
+}
+
+TEST_F(SheetTest, UnknownClientGetsNoFoldersNoDefaultAndItsOwnNameAsKey) {
+  m_request.clientName = L"Pigeon Post";
+  Sheet s(&m_request);
+  MailFolderList folders;
+  s.sheet.GetFolders(&folders);
+  EXPECT_THAT(folders, IsEmpty());
+  MailFolderRef rec = {L"before", "b", "b", 7};
+  s.sheet.GetDefaultFolder(&rec);
+  s.sheet.GetDefaultFolder(&rec);
+  EXPECT_EQ(rec, MailFolderRef());
+  EXPECT_EQ(s.sheet.GetClientSettingsName(), L"Pigeon Post");
+  EXPECT_TRUE(s.sheet.CanCreateFolder());
+  EXPECT_EQ(s.sheet.CreateFolder(&rec, L"x", {}), kFail);
+}
+
+TEST_F(SheetTest, ClientNamesAreComparedWithoutRegardToCase) {
+  m_request.clientName = L"wINDOWS mAIL";
+  Sheet s(&m_request);
+  EXPECT_EQ(s.sheet.GetClientSettingsName(), L"Outlook Express");
+}
+
+TEST_F(SheetTest, WithoutARequestEveryOperationKeepsStill) {
+  Sheet s(nullptr);
+  MailFolderList folders;
+  s.sheet.GetFolders(&folders);
+  EXPECT_THAT(folders, IsEmpty());
+  MailFolderRef rec = {L"before", "b", "b", 7};
+  s.sheet.GetDefaultFolder(&rec);
+  EXPECT_EQ(rec.name, L"before");
+  EXPECT_TRUE(s.sheet.AreFoldersReady());
+  EXPECT_EQ(s.sheet.GetClientSettingsName(), L"");
+  EXPECT_EQ(s.sheet.LoadConfiguredSpamFolder(&rec), kFail);
+  EXPECT_EQ(s.sheet.SetSpamFolder(rec), kFail);
+  EXPECT_EQ(s.sheet.CreateFolder(&rec, L"x", rec), kFail);
+  EXPECT_EQ(s.sheet.ApplySettings(), kOk);
+  s.sheet.StartFolderWorker();
+}
+
+TEST_F(SheetTest, FoldersAreReadOnThisThreadIfNoWorkerDid) {
+  Sheet s(&m_request);
+  EXPECT_FALSE(s.sheet.AreFoldersReady());
+  MailFolderList folders;
+  s.sheet.GetFolders(&folders);
+  EXPECT_EQ(folders, SmallStore());
+  EXPECT_TRUE(s.sheet.AreFoldersReady());
+}
+
+TEST_F(SheetTest, WorkerThatFoundNothingCountsAsReadyWhenItEnds) {
+  m_clients.client.folders.clear();
+  Sheet s(&m_request);
+  EXPECT_FALSE(s.sheet.AreFoldersReady());
+  s.sheet.StartFolderWorker();
+  EXPECT_TRUE(WaitUntil([&] { return s.sheet.AreFoldersReady(); }));
+}
+
+TEST_F(SheetTest, OneSheetHasOneWorker) {
+  Sheet s(&m_request);
+  s.sheet.StartFolderWorker();
+  s.sheet.StartFolderWorker();
+  EXPECT_TRUE(WaitUntil([&] { return s.sheet.AreFoldersReady(); }));
+  ::Sleep(50);
+  EXPECT_EQ(m_clients.client.listings, 1);
+}
+
+TEST_F(SheetTest, CreatedFolderBecomesTheSpamFolderAndTheLastOfTheList) {
+  Sheet s(&m_request);
+  MailFolderList folders;
+  s.sheet.GetFolders(&folders);
+  MailFolderRef rec;
+  EXPECT_EQ(s.sheet.CreateFolder(&rec, L"New", folders[1]), kOk);
+  EXPECT_EQ(m_request.spamFolder, rec);
+  EXPECT_EQ(m_request.folders.back(), rec);
+}
+
+TEST_F(SheetTest, StoreIdOfTheClientsListWinsOverTheSavedOne) {
+  m_request.clientName = L"Local";
+  {
+    FilterSettings settings(L"Local");
+    settings.SetSpamFolderId("2");
+    settings.SetMessageStoreId("old", 3);
+  }
+  Sheet s(&m_request);
+  MailFolderRef rec;
+  EXPECT_EQ(s.sheet.LoadConfiguredSpamFolder(&rec), kOk);
+  EXPECT_EQ(rec.secondId, "store");
+}
+
+TEST_F(SheetTest, SavedStoreIdEndsAtItsFirstZeroByte) {
+  {
+    FilterSettings settings(L"Plain");
+    settings.SetSpamFolderId("2");
+    settings.SetMessageStoreId("ab\0cd", 5);
+  }
+  Sheet s(&m_request);
+  MailFolderRef rec;
+  EXPECT_EQ(s.sheet.LoadConfiguredSpamFolder(&rec), kOk);
+  EXPECT_EQ(rec.secondId, "ab");
+  EXPECT_EQ(rec.flag, 1U);
+}
+
+TEST_F(SheetTest, ClientWithoutLocalIdsKeepsTheChosenFoldersOwnId) {
+  Sheet s(&m_request);
+  const MailFolderRef trash = SmallStore().back();
+  EXPECT_EQ(s.sheet.SetSpamFolder(trash), kOk);
+  EXPECT_EQ(m_request.spamFolder, trash);
+}
+
+// What the process holds, for the test of leaks.
+struct Resources {
+  DWORD handles = 0;
+  DWORD gdi = 0;
+  DWORD user = 0;
+  SIZE_T memory = 0;
+
+  static Resources Now() {
+    Resources now;
+    ::GetProcessHandleCount(::GetCurrentProcess(), &now.handles);
+    now.gdi = ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS);
+    now.user = ::GetGuiResources(::GetCurrentProcess(), GR_USEROBJECTS);
+    PROCESS_MEMORY_COUNTERS_EX counters = {};
+    ::GetProcessMemoryInfo(::GetCurrentProcess(),
+                           reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters), sizeof(counters));
+    now.memory = counters.PrivateUsage;
+    return now;
+  }
+};
+
+TEST_F(SheetTest, SheetsDestroyedWhileTheirWorkersReadLeaveNothingBehind) {
+  std::mt19937 random(20);
+  std::atomic<int> running = 0;
+  std::atomic<int> delay = 0;
+  m_clients.client.beforeListing = [&] {
+    ++running;
+    ::Sleep(static_cast<DWORD>(delay));
+    --running;
+  };
+  const auto runOnce = [&] {
+    delay = static_cast<int>(random() % 20);
+    WizardRequest request;
+    request.clientName = L"Plain";
+    Sheet s(&request);
+    s.sheet.StartFolderWorker();
+    ::Sleep(random() % 20);
+  };
+  const auto settle = [&] {
+    WaitUntil([&] { return running == 0; });
+    ::Sleep(100);
+  };
+  for (int i = 0; i < 20; ++i) {
+    runOnce();
+  }
+  settle();
+  const Resources before = Resources::Now();
+  for (int i = 0; i < 200; ++i) {
+    runOnce();
+  }
+  settle();
+  const Resources after = Resources::Now();
+  EXPECT_LE(after.handles, before.handles + 2);
+  EXPECT_LE(after.gdi, before.gdi + 2);
+  EXPECT_LE(after.user, before.user + 2);
+  EXPECT_LE(after.memory, before.memory + 1024 * 1024);
+}
+
+// A host's way to do the same, with windows.
+TEST_F(SheetTest, WizardsCancelledWhileReadingLeaveNothingBehind) {
+  std::mt19937 random(6);
+  std::atomic<int> running = 0;
+  m_clients.client.beforeListing = [&] {
+    ++running;
+    ::Sleep(5);
+    --running;
+  };
+  const auto runOnce = [&] {
+    WizardRequest request;
+    request.clientName = L"Plain";
+    WizardSession session(&WizardFixture::RunSheet, &request);
+    session.WaitForPage(Page::kWelcome);
+    session.ClickButton(kNextButton);
+    session.WaitForPage(Page::kFolders);
+    ::Sleep(random() % 20);
+    session.Close();
+    EXPECT_EQ(session.Result(), IDCANCEL);
+    EXPECT_EQ(request.sheetWindow, nullptr);
+  };
+  for (int i = 0; i < 5; ++i) {
+    runOnce();
+  }
+  WaitUntil([&] { return running == 0; });
+  const Resources before = Resources::Now();
+  for (int i = 0; i < 30; ++i) {
+    runOnce();
+  }
+  WaitUntil([&] { return running == 0; });
+  ::Sleep(100);
+  const Resources after = Resources::Now();
+  EXPECT_LE(after.handles, before.handles + 4);
+  EXPECT_LE(after.gdi, before.gdi + 4);
+  EXPECT_LE(after.user, before.user + 4);
+  EXPECT_LE(after.memory, before.memory + 2 * 1024 * 1024);
+}
+
+// The window hook module, stood in for by functions.
+int g_initHooks = 0;
+int g_hookedWindows = 0;
+int g_uninitHooks = 0;
+void __stdcall InitHook(HWND /*window*/) {
+  ++g_initHooks;
+}
+void __stdcall AddHookableWindow(HWND /*window*/) {
+  ++g_hookedWindows;
+}
+void __stdcall UninitHook() {
+  ++g_uninitHooks;
+}
+
+class WindowHookTest : public SheetTest {
+ protected:
+  WindowHookTest() {
+    g_initHooks = g_hookedWindows = g_uninitHooks = 0;
+    HookActive = 0;
+    WindowHook().InitHook = &InitHook;
+    WindowHook().AddHookableWindow = &AddHookableWindow;
+    WindowHook().UninitHook = &UninitHook;
+  }
+  ~WindowHookTest() override {
+    WindowHook().Clear();
+    HookActive = 0;
+  }
+  void RunAndCancel() {
+    WizardSession session(&WizardFixture::RunSheet, &m_request);
+    session.WaitForPage(Page::kWelcome);
+    session.ClickButton(IDCANCEL);
+    EXPECT_EQ(session.Result(), IDCANCEL);
+  }
+};
+
+TEST_F(WindowHookTest, RequestThatAsksForItHooksTheSheetOnceAndEndsIt) {
+  m_request.useWindowHook = 1;
+  RunAndCancel();
+  EXPECT_EQ(g_initHooks, 1);
+  EXPECT_EQ(g_hookedWindows, 1);
+  EXPECT_EQ(g_uninitHooks, 1);
+  EXPECT_EQ(HookActive, 0U);
+}
+
+TEST_F(WindowHookTest, RequestThatDoesNotAskLeavesTheHookAlone) {
+  RunAndCancel();
+  EXPECT_EQ(g_initHooks + g_hookedWindows + g_uninitHooks, 0);
+}
+
+TEST_F(WindowHookTest, HookOfAnotherWindowIsLeftToIt) {
+  m_request.useWindowHook = 1;
+  HookActive = 1;
+  RunAndCancel();
+  EXPECT_EQ(g_initHooks + g_uninitHooks, 0);
+  EXPECT_EQ(HookActive, 1U);
+}
+
+TEST_F(WindowHookTest, MissingEntryPointMeansNoHook) {
+  m_request.useWindowHook = 1;
+  WindowHook().AddHookableWindow = nullptr;
+  RunAndCancel();
+  EXPECT_EQ(g_initHooks + g_uninitHooks, 0);
+}
+
+}  // namespace
+}  // namespace postmarker::test
