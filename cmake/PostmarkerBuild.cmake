@@ -61,7 +61,8 @@ target_compile_options(pm_sqlite PRIVATE -w -O2 $<$<BOOL:${POSTMARKER_SANITIZE}>
 target_link_libraries(pm_sqlite PUBLIC Threads::Threads)
 
 # pm_test(NAME SOURCES... LINKS...): one GoogleTest program and one CTest entry for it. The JSON report of
-# each goes to <build>/reports, from which scripts/test counts.
+# each goes to <build>/reports, from which scripts/test counts. GUI: its windows need the foreground, so
+# nothing else runs meanwhile.
 function(pm_test name)
   cmake_parse_arguments(ARG "GUI" "TIMEOUT" "SOURCES;LINKS;ARGS;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
@@ -77,6 +78,9 @@ function(pm_test name)
   add_test(NAME ${name} COMMAND ${name}
     --gtest_brief=1 --gtest_output=json:${report} ${ARG_ARGS})
   set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
+  if(ARG_GUI)
+    set_tests_properties(${name} PROPERTIES RUN_SERIAL TRUE)
+  endif()
 endfunction()
 if(NOT TARGET GTest::gmock_main)
   add_library(GTest::gmock_main ALIAS gmock_main)

@@ -9,7 +9,7 @@
 
 #include "postmarker/MailFolderRef.h"
 
-struct HWND__;
+struct HWND__;  // NOLINT(bugprone-reserved-identifier): the platform's own name for a window
 struct IUnknown;
 
 namespace postmarker {

@@ -12,6 +12,33 @@ namespace {
 constexpr INT_PTR kFinishCode = 12325;  // ID_WIZFINISH
 constexpr INT_PTR kFailed = -1;
 
+constexpr int kBackButton = 12323;
+constexpr int kNextButton = 12324;
+constexpr int kFinishButton = 12325;
+
+constexpr UINT kOwnerWatchMs = 250;
+
+// The owner's end sends no message to a sheet of another thread. A timer wakes the modal loop,
+// which looks.
+class OwnerWatch {
+ public:
+  explicit OwnerWatch(HWND owner) {
+    if (owner != nullptr && ::GetWindowThreadProcessId(owner, nullptr) != ::GetCurrentThreadId()) {
+      m_timer = ::SetTimer(nullptr, 0, kOwnerWatchMs, nullptr);
+    }
+  }
+  OwnerWatch(const OwnerWatch&) = delete;
+  OwnerWatch& operator=(const OwnerWatch&) = delete;
+  ~OwnerWatch() {
+    if (m_timer != 0) {
+      ::KillTimer(nullptr, m_timer);
+    }
+  }
+
+ private:
+  UINT_PTR m_timer = 0;
+};
+
 }  // namespace
 
 const MessageEntry CPropertySheet::kEntries[] = {
@@ -82,7 +109,11 @@ bool CPropertySheet::IsOpen() const {
 
 INT_PTR CPropertySheet::RunModalLoop() {
   ThreadState* const state = ThreadState::Current();
+  const OwnerWatch watch(m_owner);
   while (IsOpen()) {
+    if (m_owner != nullptr && !::IsWindow(m_owner)) {
+      return IDCANCEL;
+    }
     MSG message = {};
     const BOOL got = ::GetMessageW(&message, nullptr, 0, 0);
     if (got <= 0) {
@@ -112,8 +143,30 @@ LRESULT CPropertySheet::HandleInitDialog(const MessageArgs& args) {
   return OnInitDialog() ? TRUE : FALSE;
 }
 
+// The button that had the focus may have been disabled or hidden by a change of the buttons.
+// Without a focus no key reaches the sheet.
+void CPropertySheet::EnsureFocus() const {
+  const HWND focus = ::GetFocus();
+  if (::GetActiveWindow() != Handle() || (focus != nullptr && focus != Handle() &&
+                                          ::IsWindowVisible(focus) && ::IsWindowEnabled(focus))) {
+    return;
+  }
+  const auto page = reinterpret_cast<HWND>(Send(PSM_GETCURRENTPAGEHWND));
+  HWND target = page != nullptr ? ::GetNextDlgTabItem(page, nullptr, FALSE) : nullptr;
+  for (const int id : {kFinishButton, kNextButton, kBackButton, IDCANCEL}) {
+    if (target != nullptr && ::IsWindowVisible(target) && ::IsWindowEnabled(target)) {
+      break;
+    }
+    target = Item(id);
+  }
+  Send(WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(target), TRUE);
+}
+
 LRESULT CPropertySheet::WindowProc(const MessageArgs& args) {
   const LRESULT result = CWnd::WindowProc(args);
+  if (args.message == PSM_SETWIZBUTTONS) {
+    EnsureFocus();
+  }
   const bool mayEnd = args.message == WM_COMMAND || args.message == WM_CLOSE ||
                       args.message == WM_SYSCOMMAND || args.message == PSM_PRESSBUTTON ||
                       args.message == WM_NCDESTROY;

@@ -39,6 +39,7 @@ class CPropertySheet : public CWnd {
   bool CreateSheet();
   INT_PTR RunModalLoop();
   [[nodiscard]] bool IsOpen() const;
+  void EnsureFocus() const;
 
   std::wstring m_caption;
   HWND m_owner;

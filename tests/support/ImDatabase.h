@@ -83,9 +83,10 @@ class ImDatabase {
   sqlite3* m_database = nullptr;
 };
 
-// Makes a folder database with these rows.
+// Makes a folder database with these rows; its texts are in UTF-8.
 inline void MakeContainersDatabase(const std::wstring& path, const std::vector<ImRow>& rows) {
   ImDatabase database(path);
+  database.Run("PRAGMA encoding='UTF-8'");
   database.AddContainersTable();
   database.AddRows(rows);
 }

@@ -7,6 +7,7 @@
 #include <commctrl.h>
 #include <prsht.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstring>
 #include <functional>
@@ -62,6 +63,25 @@ inline HWND FindVisibleWindow(const wchar_t* windowClass) {
   return nullptr;
 }
 
+// The visible top-level window of a thread that has a control of this id, or null.
+inline HWND FindDialogWithControl(DWORD thread, int control) {
+  struct Search {
+    int control;
+    HWND found;
+  } search = {control, nullptr};
+  ::EnumThreadWindows(
+      thread,
+      [](HWND window, LPARAM argument) -> BOOL {
+        auto* const wanted = reinterpret_cast<Search*>(argument);
+        if (::IsWindowVisible(window) && ::GetDlgItem(window, wanted->control) != nullptr) {
+          wanted->found = window;
+        }
+        return wanted->found == nullptr ? TRUE : FALSE;
+      },
+      reinterpret_cast<LPARAM>(&search));
+  return search.found;
+}
+
 // The functions that wait throw when their patience ends, which fails the test with what was waited
 // for.
 class WizardSession {
@@ -69,15 +89,21 @@ class WizardSession {
   using Show = std::function<int32_t(WizardRequest* request)>;
 
   WizardSession(Show show, WizardRequest* request)
-      : m_request(request),
-        m_thread([this, show = std::move(show)] { m_result = show(m_request); }) {}
+      : m_request(request), m_thread([this, show = std::move(show)] {
+          m_result = show(m_request);
+          m_ended = true;
+        }) {}
   WizardSession(const WizardSession&) = delete;
   WizardSession& operator=(const WizardSession&) = delete;
   ~WizardSession() {
-    if (m_thread.joinable()) {
+    // A test that failed may have left a dialog open over the sheet.
+    while (m_thread.joinable() && !m_ended) {
       if (const HWND sheet = Sheet()) {
-        ::PostMessageW(sheet, WM_CLOSE, 0, 0);
+        ::PostMessageW(::GetLastActivePopup(sheet), WM_CLOSE, 0, 0);
       }
+      ::Sleep(20);
+    }
+    if (m_thread.joinable()) {
       m_thread.join();
     }
   }
@@ -91,6 +117,15 @@ class WizardSession {
   [[nodiscard]] bool IsOn(Page page) const {
     return Sheet() != nullptr && ::IsWindowVisible(Sheet()) && CurrentPage() != nullptr &&
            ::GetDlgItem(CurrentPage(), static_cast<int>(page)) != nullptr;
+  }
+
+  // The dialog over the sheet that has this control, once it is there.
+  [[nodiscard]] HWND WaitForDialog(int control) const {
+    const DWORD thread = ::GetWindowThreadProcessId(Sheet(), nullptr);
+    HWND dialog = nullptr;
+    Require([&] { return (dialog = FindDialogWithControl(thread, control)) != nullptr; },
+            "the dialog did not open");
+    return dialog;
   }
 
   [[nodiscard]] HWND CurrentPage() const {
@@ -157,8 +192,9 @@ class WizardSession {
     return item != nullptr ? ItemText(item) : std::wstring();
   }
 
-  // Clicks the label of an item with a mouse button, as the mouse's messages arrive; again if the tree took the
-  // click for the beginning of a drag, which a pointer that is moved on a busy machine can look like.
+  // Clicks the label of an item with a mouse button, as the mouse's messages arrive; again if the
+  // tree took the click for the beginning of a drag, which a pointer that is moved on a busy
+  // machine can look like.
   void ClickItem(const std::wstring& text, bool rightButton = false) const {
     for (int attempt = 0; attempt < 4; ++attempt) {
       ClickItemOnce(text, rightButton);
@@ -235,6 +271,7 @@ class WizardSession {
 
   WizardRequest* m_request;
   int32_t m_result = 0;
+  std::atomic<bool> m_ended = false;
   std::thread m_thread;
 };
 

@@ -15,9 +15,9 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr wchar_t kMessageBoxText[] =
-    L"You have changed the folder for spam or whether spam is moved there.\n\nIf Local is open, "
-    L"please "
-    L"close it and open it again. Only then does Local use the new settings.";
+    L"You have changed the folder for spam, or the setting to move spam to it.\n\nIf Local is "
+    L"open, "
+    L"please close it and open it again. Only then does Local use the new settings.";
 
 class FinishRunTest : public WizardFixture {
  protected:
@@ -190,7 +190,9 @@ TEST_F(FinishRunTest, ChangeOfAnotherClientShowsNoNoticeButTellsTheClient) {
 }
 
 TEST_F(FinishRunTest, RefusingRegistryStillGivesTheFinishCode) {
-  DenyWrites(m_registry.User(), L"Software\\Kestrelon Ltd.\\Kestrelon");
+  for (const wchar_t* key : {L"Main", L"Spamfilter", L"Spamfilter\\Plain"}) {
+    DenyWrites(m_registry.User(), std::wstring(L"Software\\Kestrelon Ltd.\\Kestrelon\\") + key);
+  }
   const auto before = DumpRegistry(m_registry.User());
   EXPECT_EQ(Finish(L"Friends"), kFinishButton);
   EXPECT_EQ(DumpRegistry(m_registry.User()), before);

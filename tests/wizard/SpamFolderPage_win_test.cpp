@@ -19,13 +19,7 @@ class SpamFolderPageTest : public WizardFixture {
   // Opens the new-folder dialog over the selected item, types a name and presses OK.
   static void CreateFolder(const WizardSession& session, const std::wstring& name) {
     session.ClickControl(kNewFolderButton);
-    HWND dialog = nullptr;
-    WizardSession::Require(
-        [&] {
-          dialog = ::GetWindow(session.Sheet(), GW_ENABLEDPOPUP);
-          return dialog != nullptr && ::GetDlgItem(dialog, kNewFolderName) != nullptr;
-        },
-        "the dialog did not open");
+    const HWND dialog = session.WaitForDialog(kNewFolderName);
     for (const wchar_t c : name) {
       ::PostMessageW(::GetDlgItem(dialog, kNewFolderName), WM_CHAR, c, 1);
     }
@@ -123,7 +117,8 @@ TEST_F(SpamFolderPageTest, ArrivingSetsTheSpamFolderFromTheSettings) {
   EXPECT_EQ(m_request.spamFolder, (MailFolderRef{L"\\\\Post\\Inbox\\Friends\\", "2", "store", 1}));
 }
 
-// The tree itself may mark its first item when it gets the focus; that is a store and can't be taken.
+// The tree itself may mark its first item when it gets the focus; that is a store and can't be
+// taken.
 TEST_F(SpamFolderPageTest, SavedFolderThatIsGoneSelectsNoFolderAndStaysInTheRequest) {
   {
     FilterSettings settings(L"Plain");
@@ -223,8 +218,10 @@ TEST_F(SpamFolderPageTest, NoFoldersLeaveAnEmptyTreeAndThePageCanOnlyBeCancelled
 }
 
 TEST_F(SpamFolderPageTest, CancelWhileTheWorkerReadsClosesAtOnce) {
+  std::atomic<bool> reading = false;
   std::atomic<bool> go = false;
-  m_clients.client.beforeListing = [&go] {
+  m_clients.client.beforeListing = [&] {
+    reading = true;
     while (!go) {
       ::Sleep(1);
     }
@@ -233,6 +230,7 @@ TEST_F(SpamFolderPageTest, CancelWhileTheWorkerReadsClosesAtOnce) {
   session.WaitForPage(Page::kWelcome);
   session.ClickButton(kNextButton);
   session.WaitForPage(Page::kFolders);
+  WizardSession::Require([&] { return reading.load(); }, "the worker did not start");
   session.ClickButton(IDCANCEL);
   EXPECT_EQ(session.Result(), IDCANCEL);
   EXPECT_EQ(m_clients.client.listings, 0);

@@ -1,7 +1,6 @@
 #include "wizard/WizardFixture_win.h"
 
-#include <algorithm>
-
+#include "support/Stage_win.h"
 #include "wizard/CPostmarkerApp_win.h"
 
 namespace postmarker::test {
@@ -10,12 +9,6 @@ namespace {
 CPostmarkerApp g_app;
 
 }  // namespace
-
-std::wstring StageFolder() {
-  std::wstring path = L"Z:" + WidenUtf8(POSTMARKER_STAGE);
-  std::replace(path.begin(), path.end(), L'/', L'\\');
-  return path;
-}
 
 LibraryHandle LoadLanguage(const std::wstring& language) {
   const std::wstring path = StageFolder() + L"\\res\\" + language + L"\\PostmarkerRes.dll";

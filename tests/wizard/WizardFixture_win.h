@@ -13,9 +13,6 @@
 
 namespace postmarker::test {
 
-// The suite root that the build stages, as a Windows path without a backslash at its end.
-std::wstring StageFolder();
-
 // The texts and dialogs of a language, as the module would load them.
 LibraryHandle LoadLanguage(const std::wstring& language);
 
