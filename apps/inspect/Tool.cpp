@@ -1,0 +1,162 @@
+#include "Tool.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <cstdio>
+#include <optional>
+
+#include "Commands.h"
+
+namespace postmarker::inspect {
+namespace {
+
+constexpr int kWrongUsage = 2;
+
+struct Invocation {
+  const Command* command = nullptr;
+  Arguments arguments;
+  uint32_t repeat = 1;
+  bool quiet = false;
+};
+
+std::string UsageLine(const Command* command) {
+  std::string line = "usage: postmarker-inspect ";
+  if (command != nullptr) {
+    line.append(command->name).append(" ").append(command->usage);
+  } else {
+    const char* separator = "";
+    for (const Command& known : AllCommands()) {
+      line.append(separator).append(known.name);
+      separator = "|";
+    }
+    line.append(" ARGUMENTS");
+  }
+  return line + " [--repeat N] [--quiet]\n";
+}
+
+bool IsOption(std::string_view text) {
+  return text.size() > 2 && text.starts_with("--");
+}
+
+bool ReadNumber(const std::string& text, uint32_t* number) {
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, *number);
+  return error == std::errc() && stop == end && *number > 0;
+}
+
+// The value that stands behind the option at arguments[*i]; nothing at the end.
+std::optional<std::string> NextValue(const std::vector<std::string>& arguments, size_t* i) {
+  return *i + 1 < arguments.size() ? std::optional(arguments[++*i]) : std::nullopt;
+}
+
+bool ReadOption(const std::vector<std::string>& arguments, size_t* i, Invocation* invocation) {
+  const std::string& name = arguments[*i];
+  if (name == "--quiet") {
+    invocation->quiet = true;
+    return true;
+  }
+  if (name == "--repeat") {
+    const std::optional<std::string> value = NextValue(arguments, i);
+    return value && ReadNumber(*value, &invocation->repeat);
+  }
+  // A command's own options are checked once it is known.
+  const auto takesValue = [&](const Command& command) {
+    return std::any_of(command.options.begin(), command.options.end(), [&](const Option& option) {
+      return option.name == name && option.takesValue;
+    });
+  };
+  const auto commands = AllCommands();
+  std::optional<std::string> value = std::string();
+  if (std::any_of(commands.begin(), commands.end(), takesValue)) {
+    value = NextValue(arguments, i);
+  }
+  if (value) {
+    invocation->arguments.options.emplace_back(name, *value);
+  }
+  return value.has_value();
+}
+
+bool OptionsBelong(const Invocation& invocation) {
+  const std::span<const Option> known = invocation.command->options;
+  return std::all_of(invocation.arguments.options.begin(), invocation.arguments.options.end(),
+                     [&](const auto& given) {
+                       return std::any_of(known.begin(), known.end(), [&](const Option& option) {
+                         return option.name == given.first;
+                       });
+                     });
+}
+
+bool ReadArguments(const std::vector<std::string>& arguments, Invocation* invocation) {
+  std::vector<std::string>& texts = invocation->arguments.texts;
+  bool valid = true;
+  for (size_t i = 0; i < arguments.size(); ++i) {
+    if (IsOption(arguments[i])) {
+      valid = ReadOption(arguments, &i, invocation) && valid;
+    } else {
+      texts.push_back(arguments[i]);
+    }
+  }
+  if (texts.empty()) {
+    return false;
+  }
+  const auto commands = AllCommands();
+  const auto command = std::find_if(commands.begin(), commands.end(), [&](const Command& known) {
+    return known.name == texts.front();
+  });
+  if (command == commands.end()) {
+    return false;
+  }
+  invocation->command = &*command;
+  texts.erase(texts.begin());
+  return valid && texts.size() >= command->fewest && texts.size() <= command->most &&
+         OptionsBelong(*invocation);
+}
+
+// Does the work as often as asked for, and prints the last document.
+bool RunOnce(const Invocation& invocation, const Arguments& arguments, const Print& print) {
+  JsonWriter json;
+  for (uint32_t i = 0; i < invocation.repeat; ++i) {
+    const bool last = !invocation.quiet && i + 1 == invocation.repeat;
+    if (!invocation.command->run(arguments, last ? &json : nullptr)) {
+      return false;
+    }
+  }
+  if (!invocation.quiet) {
+    print(json.Take() + "\n");
+  }
+  return true;
+}
+
+bool RunCommand(const Invocation& invocation, const Print& print) {
+  if (!invocation.command->eachFile) {
+    return RunOnce(invocation, invocation.arguments, print);
+  }
+  const std::vector<std::string>& files = invocation.arguments.texts;
+  return std::all_of(files.begin(), files.end(), [&](const std::string& file) {
+    return RunOnce(invocation, {{file}, invocation.arguments.options}, print);
+  });
+}
+
+void WriteTo(std::FILE* stream, std::string_view text) {
+  std::fwrite(text.data(), 1, text.size(), stream);
+}
+
+}  // namespace
+
+int RunTool(const std::vector<std::string>& arguments, const Print& print, const Print& complain) {
+  Invocation invocation;
+  if (ReadArguments(arguments, &invocation) && RunCommand(invocation, print)) {
+    return 0;
+  }
+  complain(UsageLine(invocation.command));
+  return kWrongUsage;
+}
+
+int RunTool(const std::vector<std::string>& arguments) {
+  return RunTool(
+      arguments, [](std::string_view text) { WriteTo(stdout, text); },
+      [](std::string_view text) { WriteTo(stderr, text); });
+}
+
+}  // namespace postmarker::inspect

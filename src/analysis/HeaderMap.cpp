@@ -1,0 +1,200 @@
+#include "analysis/HeaderMap.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "analysis/PackedLength.h"
+#include "analysis/TextHash.h"
+
+namespace postmarker {
+namespace {
+
+constexpr uint32_t kFewRecords = 12;  // up to so many are found by walking them
+constexpr size_t kFirstSlots = 64;
+constexpr uint32_t kSpareDead =
+    64;  // replaced records that are carried before the map is made anew
+
+size_t SlotOf(std::string_view key, size_t slotCount) {
+  return static_cast<size_t>((uint64_t{TextHash(key).Bits()} * slotCount) >> 32);
+}
+
+}  // namespace
+
+HeaderMap::Record HeaderMap::Storage::At(uint32_t offset) const {
+  const char* const start = pool.At(offset);
+  size_t keyLength = 0;
+  size_t valueLength = 0;
+  const char* in = TakePackedLength(start, &keyLength);
+  const bool isDead = (keyLength & 1) != 0;
+  keyLength >>= 1;
+  in = TakePackedLength(in, &valueLength);
+  return {{in, keyLength},
+          {in + keyLength, valueLength},
+          static_cast<size_t>(in - start) + keyLength + valueLength,
+          isDead};
+}
+
+std::optional<uint32_t> HeaderMap::Storage::Find(std::string_view key) const {
+  if (slots.empty()) {
+    for (uint32_t offset = 0, end = pool.End(); offset < end;) {
+      const Record record = At(offset);
+      if (!record.dead && record.key == key) {
+        return offset;
+      }
+      offset = pool.After(offset, record.size);
+    }
+    return std::nullopt;
+  }
+  for (size_t slot = SlotOf(key, slots.size()); slots[slot] != 0;
+       slot = slot + 1 == slots.size() ? 0 : slot + 1) {
+    const Record record = At(slots[slot] - 1);
+    if (!record.dead && record.key == key) {
+      return slots[slot] - 1;
+    }
+  }
+  return std::nullopt;
+}
+
+void HeaderMap::Storage::Add(std::string_view key, std::string_view value) {
+  const size_t records = size_t{live} + dead + 1;
+  if (slots.empty() ? records > kFewRecords : records * 4 > slots.size() * 3) {
+    Reindex(std::max(kFirstSlots, slots.size() * 3 / 2));
+  }
+  const size_t size = PackedLengthSize(key.size() << 1) + PackedLengthSize(value.size()) +
+                      key.size() + value.size();
+  const uint32_t offset = pool.Allocate(size);
+  char* out = PutPackedLength(PutPackedLength(pool.At(offset), key.size() << 1), value.size());
+  out = std::copy(key.begin(), key.end(), out);
+  std::copy(value.begin(), value.end(), out);
+  ++live;
+  if (!slots.empty()) {
+    Index(offset, key);
+  }
+}
+
+void HeaderMap::Storage::Index(uint32_t offset, std::string_view key) {
+  size_t slot = SlotOf(key, slots.size());
+  while (slots[slot] != 0) {
+    slot = slot + 1 == slots.size() ? 0 : slot + 1;
+  }
+  slots[slot] = offset + 1;
+}
+
+void HeaderMap::Storage::Reindex(size_t slotCount) {
+  slots = std::vector<uint32_t>();  // the old index goes before the new one comes
+  slots.resize(slotCount);
+  for (uint32_t offset = 0, end = pool.End(); offset < end;) {
+    const Record record = At(offset);
+    if (!record.dead) {
+      Index(offset, record.key);
+    }
+    offset = pool.After(offset, record.size);
+  }
+}
+
+void HeaderMap::Storage::Kill(uint32_t offset) {
+  *pool.At(offset) = static_cast<char>(*pool.At(offset) | 1);
+  --live;
+  ++dead;
+}
+
+std::optional<uint32_t> HeaderMap::FindVisible(std::string_view key) const {
+  if (m_count == 0) {
+    return std::nullopt;
+  }
+  const std::optional<uint32_t> offset = m_storage->Find(key);
+  return offset && *offset < m_end ? offset : std::nullopt;
+}
+
+std::string_view HeaderMap::Get(std::string_view key) const {
+  return Find(key).value_or(std::string_view());
+}
+
+std::optional<std::string_view> HeaderMap::Find(std::string_view key) const {
+  const std::optional<uint32_t> offset = FindVisible(key);
+  return offset ? std::optional(m_storage->At(*offset).value) : std::nullopt;
+}
+
+void HeaderMap::Detach(std::string_view without, bool hasWithout) {
+  auto storage = std::make_shared<Storage>();
+  ForEach([&](std::string_view key, std::string_view value) {
+    if (!hasWithout || key != without) {
+      storage->Add(key, value);
+    }
+  });
+  m_storage = std::move(storage);
+  m_end = m_storage->pool.End();
+  m_count = m_storage->live;
+}
+
+// Adding is possible in shared storage too, as long as no other copy has added anything.
+void HeaderMap::MakeWritable() {
+  if (m_storage == nullptr) {
+    m_storage = std::make_shared<Storage>();
+  } else if (m_end != m_storage->pool.End()) {
+    Detach({}, false);
+  }
+}
+
+void HeaderMap::Set(std::string_view key, std::string_view value) {
+  const std::optional<uint32_t> old = FindVisible(key);
+  if (old && m_storage->At(*old).value == value) {
+    return;
+  }
+  if (old) {
+    const bool alone = m_storage.use_count() == 1 && m_end == m_storage->pool.End();
+    if (alone && m_storage->dead < m_storage->live + kSpareDead) {
+      m_storage->Kill(*old);
+    } else {
+      Detach(key, true);
+    }
+  } else {
+    MakeWritable();
+  }
+  m_storage->Add(key, value);
+  m_end = m_storage->pool.End();
+  m_count = m_storage->live;
+}
+
+std::string_view HeaderMap::Touch(std::string_view key) {
+  if (const std::optional<std::string_view> value = Find(key)) {
+    return *value;
+  }
+  Set(key, {});
+  return {};
+}
+
+bool HeaderMap::Erase(std::string_view key) {
+  if (!Contains(key)) {
+    return false;
+  }
+  Detach(key, true);
+  return true;
+}
+
+void HeaderMap::Clear() {
+  m_storage.reset();
+  m_end = 0;
+  m_count = 0;
+}
+
+std::vector<HeaderMap::Item> HeaderMap::Sorted() const {
+  std::vector<Item> items;
+  items.reserve(m_count);
+  ForEach([&](std::string_view key, std::string_view value) { items.emplace_back(key, value); });
+  std::sort(items.begin(), items.end(),
+            [](const Item& a, const Item& b) { return a.first < b.first; });
+  return items;
+}
+
+void HeaderMap::Shrink() {
+  if (m_storage != nullptr && m_storage.use_count() == 1) {
+    m_storage->pool.Shrink();
+  }
+}
+
+bool operator==(const HeaderMap& a, const HeaderMap& b) {
+  return a.m_count == b.m_count && a.Sorted() == b.Sorted();
+}
+
+}  // namespace postmarker

@@ -1,0 +1,69 @@
+// Storage for many short texts that are addressed by 32-bit numbers.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace postmarker {
+
+// Texts are only added, in blocks of memory that are never copied once they are full-sized, so the
+// pool never holds its content twice. Addresses of texts may change with the next Allocate; their
+// offsets don't. Offsets grow with each text. One thread at a time.
+class TextPool {
+ public:
+  TextPool() = default;
+  TextPool(const TextPool& other);
+  TextPool& operator=(const TextPool&) = delete;
+  TextPool(TextPool&&) noexcept = default;
+  TextPool& operator=(TextPool&&) noexcept = default;
+  ~TextPool() = default;
+
+  // Room for `size` bytes in one piece, to be filled at At(). Throws std::bad_alloc, also when the
+  // offsets run out at 4 GiB.
+  uint32_t Allocate(size_t size);
+
+  // Adds a text and gives its offset.
+  uint32_t Add(std::string_view text);
+
+  // REQUIRES: `offset` lies within a text of the pool.
+  [[nodiscard]] char* At(uint32_t offset) {
+    return m_blocks[offset >> kBlockBits].bytes.get() + (offset & kBlockMask);
+  }
+  [[nodiscard]] const char* At(uint32_t offset) const {
+    return m_blocks[offset >> kBlockBits].bytes.get() + (offset & kBlockMask);
+  }
+
+  // The offset that no text so far has reached.
+  [[nodiscard]] uint32_t End() const;
+
+  // The offset of the text that was added behind the one of `size` bytes at `offset`; End() or more
+  // behind the last. REQUIRES: all texts were added with Allocate or Add and none was empty.
+  [[nodiscard]] uint32_t After(uint32_t offset, size_t size) const;
+
+  // Empties the pool. One block is kept for what comes next.
+  void Clear();
+
+  // Gives back what the first block has to spare. The other blocks are left as they are.
+  void Shrink();
+
+ private:
+  static constexpr uint32_t kBlockBits = 16;
+  static constexpr uint32_t kBlockSize = 1U << kBlockBits;
+  static constexpr uint32_t kBlockMask = kBlockSize - 1;
+  static constexpr uint32_t kFirstSize = 64;
+
+  struct Block {
+    std::unique_ptr<char[]> bytes;
+    size_t used = 0;
+    size_t capacity = 0;
+  };
+
+  bool GrowFirst(size_t needed);
+  static void Resize(Block* block, size_t capacity);
+
+  std::vector<Block> m_blocks;
+};
+
+}  // namespace postmarker
