@@ -17,17 +17,18 @@ class ShowWizardTest : public ModuleFixture {
 
   static int CountVisibleWindows() {
     int count = 0;
-    ::EnumWindows(
-        [](HWND window, LPARAM argument) -> BOOL {
-          DWORD process = 0;
-          ::GetWindowThreadProcessId(window, &process);
-          if (process == ::GetCurrentProcessId() && ::IsWindowVisible(window)) {
-            ++*reinterpret_cast<int*>(argument);
-          }
-          return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&count));
+    ::EnumWindows(&CountIfOurs, reinterpret_cast<LPARAM>(&count));
     return count;
+  }
+
+ private:
+  static BOOL CALLBACK CountIfOurs(HWND window, LPARAM argument) {
+    DWORD process = 0;
+    ::GetWindowThreadProcessId(window, &process);
+    if (process == ::GetCurrentProcessId() && ::IsWindowVisible(window)) {
+      ++*reinterpret_cast<int*>(argument);
+    }
+    return TRUE;
   }
 };
 

@@ -63,22 +63,24 @@ inline HWND FindVisibleWindow(const wchar_t* windowClass) {
   return nullptr;
 }
 
+// A search for a window with a control, and what it found.
+struct ControlSearch {
+  int control;
+  HWND found;
+};
+
+inline BOOL CALLBACK TakeWindowWithControl(HWND window, LPARAM argument) {
+  auto* const search = reinterpret_cast<ControlSearch*>(argument);
+  if (::IsWindowVisible(window) && ::GetDlgItem(window, search->control) != nullptr) {
+    search->found = window;
+  }
+  return search->found == nullptr ? TRUE : FALSE;
+}
+
 // The visible top-level window of a thread that has a control of this id, or null.
 inline HWND FindDialogWithControl(DWORD thread, int control) {
-  struct Search {
-    int control;
-    HWND found;
-  } search = {control, nullptr};
-  ::EnumThreadWindows(
-      thread,
-      [](HWND window, LPARAM argument) -> BOOL {
-        auto* const wanted = reinterpret_cast<Search*>(argument);
-        if (::IsWindowVisible(window) && ::GetDlgItem(window, wanted->control) != nullptr) {
-          wanted->found = window;
-        }
-        return wanted->found == nullptr ? TRUE : FALSE;
-      },
-      reinterpret_cast<LPARAM>(&search));
+  ControlSearch search = {control, nullptr};
+  ::EnumThreadWindows(thread, &TakeWindowWithControl, reinterpret_cast<LPARAM>(&search));
   return search.found;
 }
 
