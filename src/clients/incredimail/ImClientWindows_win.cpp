@@ -31,16 +31,16 @@ std::wstring ProgramPath(HWND window) {
   if (!process) {
     return {};
   }
-  HMODULE module = nullptr;
+  HMODULE modules[1] = {};
   DWORD needed = 0;
-  if (!::EnumProcessModules(process.Get(), &module, sizeof(module), &needed)) {
+  if (!::EnumProcessModules(process.Get(), modules, sizeof(modules), &needed)) {
     // Deliberate: the handle stays open. A process without modules is about to start or to end,
     // and while its handle is open no other process gets its id in the middle of the walk.
     static_cast<void>(process.Release());
     return {};
   }
   wchar_t path[MAX_PATH] = {};
-  const DWORD length = ::GetModuleFileNameExW(process.Get(), module, path, MAX_PATH);
+  const DWORD length = ::GetModuleFileNameExW(process.Get(), modules[0], path, MAX_PATH);
   return {path, length};
 }
 

@@ -7,7 +7,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace postmarker {
@@ -46,9 +45,13 @@ class ImContainerRows {
 };
 
 // Folders by ContainerID, in ordinal order of the ids. The set of folders and their parents never
-// change; labels and paths do. From one thread at a time.
+// change; labels and paths do. A folder is named by its position in that order.
+// From one thread at a time.
 class ImContainerMap {
  public:
+  // The position of no folder.
+  static constexpr uint32_t kNone = 0xFFFFFFFF;
+
   // No folders.
   ImContainerMap() = default;
 
@@ -65,9 +68,18 @@ class ImContainerMap {
   // The folder with this id, or null.
   [[nodiscard]] const ImContainer* Find(std::wstring_view id) const;
 
-  // The positions in Containers() of the folders that name this parent, sorted by IndexInParent
-  // and where that is equal in the map's order. The parent need not be in the map.
-  [[nodiscard]] std::span<const uint32_t> Children(std::wstring_view parentId) const;
+  // The folder that is the parent of another; kNone if it is not in the map.
+  [[nodiscard]] uint32_t Parent(uint32_t position) const { return m_parents[position]; }
+
+  // A folder's children, and the folders whose parent's id is empty: sorted by IndexInParent and
+  // where that is equal in the map's order. Each folder is in one of these lists at most. The
+  // folder without an id has no children: they are at the top.
+  [[nodiscard]] std::span<const uint32_t> Children(uint32_t position) const {
+    return ChildrenInGroup(position);
+  }
+  [[nodiscard]] std::span<const uint32_t> TopLevel() const {
+    return ChildrenInGroup(static_cast<uint32_t>(Size()));
+  }
 
   // As ImContainerRows: texts for Label and Path.
   [[nodiscard]] std::wstring_view Keep(std::wstring_view text) { return m_rows.Keep(text); }
@@ -76,17 +88,20 @@ class ImContainerMap {
   }
 
  private:
-  struct Range {
-    uint32_t begin = 0;
-    uint32_t count = 0;
-  };
-
-  void SortById();
+  // Gives the position of each row.
+  std::vector<uint32_t> SortById(std::span<const ImContainer> rows);
+  void FindParents(std::span<const ImContainer> rows, std::span<const uint32_t> positionOfRow);
   void GroupByParent();
+  [[nodiscard]] uint32_t PositionOf(std::wstring_view id) const;
+  [[nodiscard]] uint32_t GroupOf(uint32_t position) const;
+  [[nodiscard]] std::span<const uint32_t> ChildrenInGroup(uint32_t group) const;
 
   ImContainerRows m_rows;
-  std::vector<uint32_t> m_children;  // positions, one parent's children next to each other
-  std::unordered_map<std::wstring_view, Range> m_childrenOf;
+  std::vector<uint64_t> m_idPrefixes;  // of each folder; most comparisons end with them
+  std::vector<uint32_t> m_parents;     // of each folder
+  std::vector<uint32_t> m_children;    // positions, one group next to the other
+  std::vector<uint32_t>
+      m_groupBegins;  // in m_children: a group for each folder, then the top level
 };
 
 }  // namespace postmarker

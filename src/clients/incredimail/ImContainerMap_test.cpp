@@ -5,6 +5,8 @@
 namespace postmarker {
 namespace {
 
+using Names = std::vector<std::wstring>;
+
 ImContainerMap MapOf(const std::vector<ImContainer>& containers) {
   ImContainerRows rows;
   for (const ImContainer& container : containers) {
@@ -13,8 +15,8 @@ ImContainerMap MapOf(const std::vector<ImContainer>& containers) {
   return ImContainerMap(std::move(rows));
 }
 
-std::vector<std::wstring> Ids(const ImContainerMap& map) {
-  std::vector<std::wstring> ids;
+Names Ids(const ImContainerMap& map) {
+  Names ids;
   for (const ImContainer& container : map.Containers()) {
     ids.emplace_back(container.ContainerID);
   }
@@ -25,7 +27,7 @@ TEST(ImContainerMap, EmptyMap) {
   const ImContainerMap map;
   EXPECT_TRUE(map.IsEmpty());
   EXPECT_EQ(map.Find(L""), nullptr);
-  EXPECT_TRUE(map.Children(L"").empty());
+  EXPECT_TRUE(map.TopLevel().empty());
 }
 
 TEST(ImContainerMap, IsInOrdinalOrderOfTheIds) {
@@ -34,7 +36,7 @@ TEST(ImContainerMap, IsInOrdinalOrderOfTheIds) {
                                     {.ContainerID = L"B"},
                                     {.ContainerID = L"{"},
                                     {.ContainerID = L""}});
-  EXPECT_EQ(Ids(map), (std::vector<std::wstring>{L"", L"B", L"b", L"{", L"\u00E9"}));
+  EXPECT_EQ(Ids(map), (Names{L"", L"B", L"b", L"{", L"\u00E9"}));
 }
 
 TEST(ImContainerMap, OfSeveralRowsWithOneIdTheLastStays) {
@@ -55,20 +57,59 @@ TEST(ImContainerMap, FindsIdsExactly) {
   EXPECT_EQ(map.Find(L"{ZZ}"), nullptr);
 }
 
+TEST(ImContainerMap, FindsAmongIdsThatBeginAlike) {
+  const ImContainerMap map = MapOf({{.ContainerID = L"{0000-2}"},
+                                    {.ContainerID = L"{0000-1}"},
+                                    {.ContainerID = L"{0000-3}"},
+                                    {.ContainerID = L"{000"}});
+  for (const ImContainer& container : map.Containers()) {
+    EXPECT_EQ(map.Find(container.ContainerID), &container);
+  }
+  EXPECT_EQ(map.Find(L"{0000-4}"), nullptr);
+  EXPECT_EQ(map.Find(L"{0000"), nullptr);
+  EXPECT_EQ(map.Find(L"{00"), nullptr);
+}
+
+Names IdsAt(const ImContainerMap& map, std::span<const uint32_t> positions) {
+  Names ids;
+  for (const uint32_t position : positions) {
+    ids.emplace_back(map.Containers()[position].ContainerID);
+  }
+  return ids;
+}
+
+uint32_t PositionOf(const ImContainerMap& map, std::wstring_view id) {
+  return static_cast<uint32_t>(map.Find(id) - map.Containers().data());
+}
+
 TEST(ImContainerMap, ChildrenAreSortedByIndexThenInTheMapsOrder) {
   const ImContainerMap map =
       MapOf({{.ContainerID = L"d", .ParentContainerID = L"p", .IndexInParent = 1},
              {.ContainerID = L"c", .ParentContainerID = L"p", .IndexInParent = 7},
              {.ContainerID = L"b", .ParentContainerID = L"p", .IndexInParent = 1},
              {.ContainerID = L"a", .ParentContainerID = L"p", .IndexInParent = 0xFFFFFFFF},
-             {.ContainerID = L"e", .ParentContainerID = L"other"}});
-  std::vector<std::wstring> ids;
-  for (const uint32_t position : map.Children(L"p")) {
-    ids.emplace_back(map.Containers()[position].ContainerID);
-  }
-  EXPECT_EQ(ids, (std::vector<std::wstring>{L"b", L"d", L"c", L"a"}));
-  EXPECT_EQ(map.Children(L"other").size(), 1U);
-  EXPECT_TRUE(map.Children(L"a").empty());
+             {.ContainerID = L"e", .ParentContainerID = L"gone"},
+             {.ContainerID = L"p"}});
+  EXPECT_EQ(IdsAt(map, map.Children(PositionOf(map, L"p"))), (Names{L"b", L"d", L"c", L"a"}));
+  EXPECT_TRUE(map.Children(PositionOf(map, L"a")).empty());
+  EXPECT_EQ(IdsAt(map, map.TopLevel()), (Names{L"p"}));
+}
+
+TEST(ImContainerMap, TopLevelHasTheFoldersWithoutAParentsId) {
+  const ImContainerMap map = MapOf({{.ContainerID = L"b", .IndexInParent = 1},
+                                    {.ContainerID = L"a", .IndexInParent = 2},
+                                    {.ContainerID = L"", .IndexInParent = 3}});
+  EXPECT_EQ(IdsAt(map, map.TopLevel()), (Names{L"b", L"a", L""}));
+  EXPECT_TRUE(map.Children(PositionOf(map, L"")).empty());
+}
+
+TEST(ImContainerMap, ParentIsFoundOrNone) {
+  const ImContainerMap map = MapOf({{.ContainerID = L"a", .ParentContainerID = L"b"},
+                                    {.ContainerID = L"b"},
+                                    {.ContainerID = L"c", .ParentContainerID = L"gone"}});
+  EXPECT_EQ(map.Parent(PositionOf(map, L"a")), PositionOf(map, L"b"));
+  EXPECT_EQ(map.Parent(PositionOf(map, L"b")), ImContainerMap::kNone);
+  EXPECT_EQ(map.Parent(PositionOf(map, L"c")), ImContainerMap::kNone);
 }
 
 TEST(ImContainerMap, KeptTextsStayWhenTheMapMoves) {

@@ -24,13 +24,13 @@ std::wstring_view StartingPath(const ImContainer& container, std::wstring_view r
 }  // namespace
 
 void LocaliseLabels(ImContainerMap* containers, std::span<const std::wstring> names) {
-  for (ImContainer& container : containers->Containers()) {
-    if (container.IndexInParent >= names.size()) {
-      continue;
-    }
-    const ImContainer* const parent = containers->Find(container.ParentContainerID);
-    if (parent != nullptr && containers->Find(parent->ParentContainerID) == nullptr) {
-      container.Label = containers->Keep(names[container.IndexInParent]);
+  const auto all = containers->Containers();
+  for (uint32_t position = 0; position < all.size(); ++position) {
+    const uint32_t index = all[position].IndexInParent;
+    const uint32_t parent = containers->Parent(position);
+    if (index < names.size() && parent != ImContainerMap::kNone &&
+        containers->Parent(parent) == ImContainerMap::kNone) {
+      all[position].Label = containers->Keep(names[index]);
     }
   }
 }
@@ -38,30 +38,31 @@ void LocaliseLabels(ImContainerMap* containers, std::span<const std::wstring> na
 void FillPaths(ImContainerMap* containers, std::wstring_view rootLabel) {
   const std::span<ImContainer> all = containers->Containers();
   const std::wstring_view root = containers->Keep(rootLabel);
-  std::vector<const ImContainer*> ready;  // folders with a path, level by level
+  std::vector<uint32_t> ready;  // folders with a path, level by level
   ready.reserve(all.size());
-  for (ImContainer& container : all) {
+  for (uint32_t position = 0; position < all.size(); ++position) {
+    ImContainer& container = all[position];
     container.Path = {};
     if (StartsPath(container)) {
       container.Path = StartingPath(container, root, containers);
-      ready.push_back(&container);
+      ready.push_back(position);
     }
   }
   size_t unitsLeft = kPathUnitsPerTree + kPathUnitsPerFolder * all.size();
   for (size_t next = 0; next < ready.size(); ++next) {
-    const ImContainer& parent = *ready[next];
-    for (const uint32_t position : containers->Children(parent.ContainerID)) {
+    const std::wstring_view parentPath = all[ready[next]].Path;
+    for (const uint32_t position : containers->Children(ready[next])) {
       ImContainer& child = all[position];
       if (StartsPath(child)) {
         continue;
       }
-      const size_t length = parent.Path.size() + 1 + child.Label.size();
+      const size_t length = parentPath.size() + 1 + child.Label.size();
       if (length > unitsLeft) {
         return;
       }
       unitsLeft -= length;
-      child.Path = containers->KeepPath(parent.Path, child.Label);
-      ready.push_back(&child);
+      child.Path = containers->KeepPath(parentPath, child.Label);
+      ready.push_back(position);
     }
   }
 }
@@ -71,19 +72,15 @@ std::vector<const ImContainer*> OrderContainers(const ImContainerMap& containers
   std::vector<const ImContainer*> ordered;
   ordered.reserve(all.size());
   std::vector<uint32_t> pending;  // the next folder is the last element
-  const auto addChildren = [&](std::wstring_view id) {
-    const auto children = containers.Children(id);
+  const auto add = [&pending](std::span<const uint32_t> children) {
     pending.insert(pending.end(), children.rbegin(), children.rend());
   };
-  addChildren(L"");
+  add(containers.TopLevel());
   while (!pending.empty()) {
-    const ImContainer& container = all[pending.back()];
+    const uint32_t position = pending.back();
     pending.pop_back();
-    ordered.push_back(&container);
-    // The children of the empty id are in already; each other folder has one parent and comes once.
-    if (!container.ContainerID.empty()) {
-      addChildren(container.ContainerID);
-    }
+    ordered.push_back(&all[position]);
+    add(containers.Children(position));
   }
   return ordered;
 }
@@ -106,13 +103,12 @@ void AppendFolders(const ImContainerMap& containers, std::wstring_view identityN
 }
 
 std::wstring FindRootChild(const ImContainerMap& containers, uint32_t index) {
-  for (const ImContainer& container : containers.Containers()) {
-    if (container.IndexInParent != index || container.ParentContainerID.empty()) {
-      continue;
-    }
-    const ImContainer* const parent = containers.Find(container.ParentContainerID);
-    if (parent != nullptr && parent->ParentContainerID.empty()) {
-      return std::wstring(container.ContainerID);
+  const auto all = containers.Containers();
+  for (uint32_t position = 0; position < all.size(); ++position) {
+    const uint32_t parent = containers.Parent(position);
+    if (all[position].IndexInParent == index && !all[position].ParentContainerID.empty() &&
+        parent != ImContainerMap::kNone && all[parent].ParentContainerID.empty()) {
+      return std::wstring(all[position].ContainerID);
     }
   }
   return {};

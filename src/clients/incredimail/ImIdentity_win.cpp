@@ -82,7 +82,7 @@ bool ReadClientString(const RegistryKey& key, const wchar_t* name, DWORD roomInB
       text[length - 1] != L'\0') {
     return false;
   }
-  *value = text.c_str();
+  *value = text.substr(0, text.find(L'\0'));
   return true;
 }
 

@@ -57,12 +57,16 @@ class ImSqlCursor {
   };
 
   [[nodiscard]] bool IsOpen() const { return m_database && m_statement; }
+  [[nodiscard]] bool HasUtf8Texts() const;
   void Close();
+  template <class Units>
+  std::wstring_view Widened(const Units& units);
   static int CountWork(void* cursor);
 
   UniqueHandle<DatabaseTraits> m_database;
   UniqueHandle<StatementTraits> m_statement;  // closed first
   int m_status = SQLITE_ERROR;
+  bool m_isUtf8 = false;
   uint64_t m_workLeft = 0;  // in calls of CountWork
   std::wstring m_text;
 };

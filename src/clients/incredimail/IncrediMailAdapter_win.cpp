@@ -41,7 +41,7 @@ std::wstring NewGuid() {
 // Deliberate: the name is looked for in the current directory of the process and not among the
 // store's files, which have names of the client's own making.
 std::wstring FreeFileName(const std::wstring& label) {
-  std::wstring name = label.c_str();  // up to the first NUL, where a path ends as well
+  std::wstring name = label.substr(0, label.find(L'\0'));  // a path ends there as well
   while (CanOpenForReading(name + L".imm")) {
     name += L'1';
   }
