@@ -22,15 +22,16 @@ extern "C" {
 //
 // Thread: any that can pump messages and that is in a single-threaded COM apartment or in none. The
 // owner window, if there is one, is disabled meanwhile. Several calls may follow each other; two at
-// a time on two threads have a record of their own each. Returns
-//   12325  the person pressed Finish and the settings were written (failures of single writes are
-//   passed
-//          over in silence);
-//   2      the person cancelled, `request` is null, `parentWindow` is not a window, the owner was
-//   destroyed,
-//          or the sheet could not be set up; no setting was written except what the wizard's
-//          description names as written before Finish;
-//   -1     the dialog templates are missing, because PostmarkerRes.dll could not be loaded.
+// a time on two threads have a record of their own each.
+//
+// Results:
+// - kWizardFinished, 12325: the person pressed Finish and the settings were written. Failures of
+//   single writes are passed over in silence.
+// - kWizardCancelled, 2: the person cancelled, `request` is null, `parentWindow` is not a window,
+//   the owner was destroyed meanwhile, or memory ran out. No answer was written.
+// - kWizardNoResources, -1: the system made no sheet, as a rule because the dialog templates are
+//   missing: PostmarkerRes.dll could not be loaded.
+//
 // No exception leaves the function.
 int32_t POSTMARKER_CALL ShowWizard(postmarker::WizardRequest* request);
 

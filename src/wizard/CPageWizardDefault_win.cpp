@@ -13,7 +13,7 @@ constexpr UINT kToolTipDurationMs = 3000;
 constexpr int kNextButton = 12324;  // of every wizard sheet
 constexpr UINT WM_CTLCOLOR = 0x19;  // the message of old controls, which carry no kind
 
-// Headings are half as large again as the text, and bold.
+// Headings are half as large again as the text.
 constexpr int kHeadingNumerator = 3;
 constexpr int kHeadingDenominator = 2;
 
@@ -61,7 +61,6 @@ void CPageWizardDefault::SetHeadingFont(HWND heading) {
   }
   description.lfHeight = ::MulDiv(description.lfHeight, kHeadingNumerator, kHeadingDenominator);
   description.lfWidth = 0;
-  description.lfWeight = FW_BOLD;
   m_headingFont.Reset(::CreateFontIndirectW(&description));
   ::SendMessageW(heading, WM_SETFONT, reinterpret_cast<WPARAM>(m_headingFont.Get()), TRUE);
 }
