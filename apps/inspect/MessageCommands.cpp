@@ -170,7 +170,8 @@ bool RunHeaders(const Arguments& arguments, JsonWriter* json) {
 }
 
 bool RunMessage(const Arguments& arguments, JsonWriter* json) {
-  KsMailTokenizer tokenizer;
+  // One object for all messages, as in a program that reads many.
+  static KsMailTokenizer tokenizer;
   const ResultCode result =
       ParseInput(&tokenizer, arguments.texts.front(), static_cast<HtmlToText>(nullptr),
                  static_cast<PdfHelper*>(nullptr));

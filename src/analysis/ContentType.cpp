@@ -63,7 +63,10 @@ void JudgeKind(std::string_view contentType, const HeaderMap& headers, ContentTy
 
 HeaderParameter ReadParameter(std::string_view piece) {
   HeaderParameter parameter = {piece, piece};
-  if (const size_t mark = piece.find_first_of("=/"); mark != std::string_view::npos) {
+  const auto splits = [](char c) { return c == '=' || c == '/'; };
+  const auto* const place = std::find_if(piece.begin(), piece.end(), splits);
+  if (place != piece.end()) {
+    const auto mark = static_cast<size_t>(place - piece.begin());
     parameter.key = piece.substr(0, mark);
     parameter.value = piece.substr(mark + 1);
   }

@@ -26,7 +26,7 @@ template <class Visit>
 void ForEachParameter(std::string_view text, Visit visit) {
   while (!text.empty()) {
     const size_t end = text.find(';');
-    if (end == std::string_view::npos || end > 0) {
+    if (end > 0) {
       visit(ReadParameter(text.substr(0, end)));
     }
     if (end == std::string_view::npos) {

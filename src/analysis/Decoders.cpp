@@ -1,6 +1,5 @@
 #include "analysis/Decoders.h"
 
-#include <array>
 #include <cstring>
 #include <optional>
 
@@ -9,21 +8,6 @@
 namespace postmarker {
 namespace {
 
-constexpr std::string_view kAlphabet =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-
-constexpr std::array<int8_t, 256> MakeBase64Bits() {
-  std::array<int8_t, 256> table = {};
-  for (int8_t& bits : table) {
-    bits = -1;
-  }
-  for (size_t i = 0; i < kAlphabet.size(); ++i) {
-    table[static_cast<unsigned char>(kAlphabet[i])] = static_cast<int8_t>(i);
-  }
-  return table;
-}
-
-constexpr std::array<int8_t, 256> kBase64Bits = MakeBase64Bits();
 constexpr size_t kColumns = 75;       // after which DecodeQuotedPrintable breaks a line
 constexpr size_t kEncodedGroup = 57;  // input bytes of a line of 76 columns
 
@@ -114,10 +98,6 @@ size_t DecodeWord(const EncodedWord& word, char* out) {
 
 }  // namespace
 
-int Base64Bits(char c) {
-  return kBase64Bits[static_cast<unsigned char>(c)];
-}
-
 bool HexPairToByte(char high, char low, uint8_t* out) {
   const int upper = HexDigit(high);
   const int lower = HexDigit(low);
@@ -200,7 +180,7 @@ size_t EncodeBase64(std::string_view in, char* out, size_t capacity, bool wrap) 
       group = group << 8 | (k < left ? static_cast<unsigned char>(in[i + k]) : 0U);
     }
     for (unsigned k = 0; k < 4; ++k) {
-      output.Put(k <= left ? kAlphabet[group >> (18 - 6 * k) & 0x3F] : '=');
+      output.Put(k <= left ? kBase64Alphabet[group >> (18 - 6 * k) & 0x3F] : '=');
     }
   }
   if (wrap) {

@@ -3,6 +3,7 @@
 // one byte more for the closing NUL.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -13,8 +14,25 @@ namespace postmarker {
 // stays.
 bool HexPairToByte(char high, char low, uint8_t* out);
 
+inline constexpr std::string_view kBase64Alphabet =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+namespace detail {
+constexpr std::array<int8_t, 256> MakeBase64Bits() {
+  std::array<int8_t, 256> table = {};
+  table.fill(-1);
+  for (size_t i = 0; i < kBase64Alphabet.size(); ++i) {
+    table[static_cast<unsigned char>(kBase64Alphabet[i])] = static_cast<int8_t>(i);
+  }
+  return table;
+}
+inline constexpr std::array<int8_t, 256> kBase64Bits = MakeBase64Bits();
+}  // namespace detail
+
 // The 6 bits of a byte of the base64 alphabet, or -1.
-int Base64Bits(char c);
+constexpr int Base64Bits(char c) {
+  return detail::kBase64Bits[static_cast<unsigned char>(c)];
+}
 
 // Decodes quoted-printable text, as far as a NUL or the capacity, puts a NUL behind it, and returns
 // the count of bytes without it. Hexadecimal digits of either case are taken; an "=" without two of

@@ -1,5 +1,6 @@
 #include "analysis/HeaderBlock.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <map>
@@ -12,6 +13,17 @@ namespace postmarker {
 namespace {
 
 constexpr uint32_t kFewRepeats = 16;
+
+constexpr std::array<bool, 256> MakePlainBytes() {
+  std::array<bool, 256> table = {};
+  table.fill(true);
+  for (const char c : std::string_view("\r\n ()\":")) {
+    table[static_cast<unsigned char>(c)] = false;
+  }
+  return table;
+}
+
+constexpr std::array<bool, 256> kPlainBytes = MakePlainBytes();
 
 // Puts headers into the map and finds a free key for each.
 class HeaderStore {
@@ -91,6 +103,11 @@ class LineText {
     }
   }
   void Clear() { m_length = 0; }
+  void Put(std::string_view text) {
+    const size_t fitting = std::min(text.size(), kLongestHeaderText - m_length);
+    std::memcpy(m_bytes.data() + m_length, text.data(), fitting);
+    m_length += fitting;
+  }
   [[nodiscard]] std::string_view View() const { return {m_bytes.data(), m_length}; }
 
  private:
@@ -105,6 +122,10 @@ class BlockReader {
   size_t Read(std::string_view bytes) {
     for (size_t i = 0; i < bytes.size(); ++i) {
       const char c = bytes[i];
+      if (IsPlain(c) && !m_atLineStart && m_commentDepth < 1) {
+        i = TakePlain(bytes, i);
+        continue;
+      }
       if (m_atLineStart && c != ' ' && c != '\t') {
         Commit();
       }
@@ -129,6 +150,21 @@ class BlockReader {
   }
 
  private:
+  // Bytes that mean nothing but themselves, wherever they stand within a line.
+  static bool IsPlain(char c) { return kPlainBytes[static_cast<unsigned char>(c)]; }
+
+  // Takes a run of plain bytes and gives the place of its last one.
+  size_t TakePlain(std::string_view bytes, size_t start) {
+    size_t end = start + 1;
+    while (end < bytes.size() && IsPlain(bytes[end])) {
+      ++end;
+    }
+    (m_inValue ? m_value : m_name).Put(bytes.substr(start, end - start));
+    m_lastWasCr = false;
+    m_previous = bytes[end - 1];
+    return end - 1;
+  }
+
   void Take(char c) {
     if (!m_inQuotes && !m_verbatim) {
       if (c == '(') {

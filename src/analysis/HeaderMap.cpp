@@ -35,7 +35,7 @@ HeaderMap::Record HeaderMap::Storage::At(uint32_t offset) const {
 }
 
 std::optional<uint32_t> HeaderMap::Storage::Find(std::string_view key) const {
-  if (slots.empty()) {
+  if (index == nullptr) {
     for (uint32_t offset = 0, end = pool.End(); offset < end;) {
       const Record record = At(offset);
       if (!record.dead && record.key == key) {
@@ -45,6 +45,7 @@ std::optional<uint32_t> HeaderMap::Storage::Find(std::string_view key) const {
     }
     return std::nullopt;
   }
+  const std::vector<uint32_t>& slots = *index;
   for (size_t slot = SlotOf(key, slots.size()); slots[slot] != 0;
        slot = slot + 1 == slots.size() ? 0 : slot + 1) {
     const Record record = At(slots[slot] - 1);
@@ -57,8 +58,9 @@ std::optional<uint32_t> HeaderMap::Storage::Find(std::string_view key) const {
 
 void HeaderMap::Storage::Add(std::string_view key, std::string_view value) {
   const size_t records = size_t{live} + dead + 1;
-  if (slots.empty() ? records > kFewRecords : records * 4 > slots.size() * 3) {
-    Reindex(std::max(kFirstSlots, slots.size() * 3 / 2));
+  const size_t slotCount = index == nullptr ? 0 : index->size();
+  if (slotCount == 0 ? records > kFewRecords : records * 4 > slotCount * 3) {
+    Reindex(std::max(kFirstSlots, slotCount * 3 / 2));
   }
   const size_t size = PackedLengthSize(key.size() << 1) + PackedLengthSize(value.size()) +
                       key.size() + value.size();
@@ -67,12 +69,13 @@ void HeaderMap::Storage::Add(std::string_view key, std::string_view value) {
   out = std::copy(key.begin(), key.end(), out);
   std::copy(value.begin(), value.end(), out);
   ++live;
-  if (!slots.empty()) {
+  if (index != nullptr) {
     Index(offset, key);
   }
 }
 
 void HeaderMap::Storage::Index(uint32_t offset, std::string_view key) {
+  std::vector<uint32_t>& slots = *index;
   size_t slot = SlotOf(key, slots.size());
   while (slots[slot] != 0) {
     slot = slot + 1 == slots.size() ? 0 : slot + 1;
@@ -81,8 +84,8 @@ void HeaderMap::Storage::Index(uint32_t offset, std::string_view key) {
 }
 
 void HeaderMap::Storage::Reindex(size_t slotCount) {
-  slots = std::vector<uint32_t>();  // the old index goes before the new one comes
-  slots.resize(slotCount);
+  index.reset();  // the old one goes before the new one comes
+  index = std::make_unique<std::vector<uint32_t>>(slotCount);
   for (uint32_t offset = 0, end = pool.End(); offset < end;) {
     const Record record = At(offset);
     if (!record.dead) {

@@ -98,7 +98,7 @@ class HeaderMap {
 
   struct Storage {
     TextPool pool;
-    std::vector<uint32_t> slots;  // offsets of records plus 1; empty while there are few
+    std::unique_ptr<std::vector<uint32_t>> index;  // offsets of records plus 1; none for few
     uint32_t live = 0;
     uint32_t dead = 0;
 

@@ -113,8 +113,11 @@ class HtmlScanner {
 
   void Run() {
     for (size_t open = m_text.find('<'); open != kNone;) {
-      const size_t mark = m_text.find_first_of("<>", open + 1);
-      if (mark == kNone) {
+      size_t mark = open + 1;
+      while (mark < m_text.size() && m_text[mark] != '<' && m_text[mark] != '>') {
+        ++mark;
+      }
+      if (mark == m_text.size()) {
         break;
       }
       if (m_text[mark] == '<') {

@@ -63,7 +63,7 @@ namespace {
 
 constexpr size_t kMiB = size_t{1} << 20;
 constexpr size_t kFixed = 2 * kMiB;
-constexpr double kFactor = 6;
+constexpr size_t kFactor = 6;
 
 // The peak of memory that `work` takes beyond what is held already.
 template <class Work>
@@ -84,7 +84,7 @@ TEST_P(PeakMemoryTest, StaysInProportionToTheMessage) {
     KsMailTokenizer tokenizer;
     const auto length = static_cast<uint32_t>(message.size());
     const size_t parse = PeakOf([&] { tokenizer.Parse(message.data(), length, nullptr, nullptr); });
-    EXPECT_LE(parse, message.size() * kFactor + kFixed);
+    EXPECT_LE(parse, kFactor * message.size() + kFixed);
     const size_t features = PeakOf([&] {
       tokenizer.GetHops();
       tokenizer.Tokens();

@@ -2,19 +2,25 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <new>
 #include <utility>
 
 namespace postmarker {
 
 TextPool::TextPool(const TextPool& other) {
-  m_blocks.resize(other.m_blocks.size());
-  for (size_t i = 0; i < m_blocks.size(); ++i) {
-    const Block& source = other.m_blocks[i];
-    Resize(&m_blocks[i], source.used);
-    m_blocks[i].used = source.used;
-    if (source.used != 0) {
-      std::memcpy(m_blocks[i].bytes.get(), source.bytes.get(), source.used);
+  const auto copy = [](const Block& from, Block* to) {
+    Resize(to, from.used);
+    to->used = from.used;
+    if (from.used != 0) {
+      std::memcpy(to->bytes.get(), from.bytes.get(), from.used);
+    }
+  };
+  copy(other.m_first, &m_first);
+  if (other.m_more != nullptr) {
+    m_more = std::make_unique<std::vector<Block>>(other.m_more->size());
+    for (size_t i = 0; i < m_more->size(); ++i) {
+      copy((*other.m_more)[i], &(*m_more)[i]);
     }
   }
 }
@@ -25,36 +31,39 @@ void TextPool::Resize(Block* block, size_t capacity) {
     std::memcpy(bytes.get(), block->bytes.get(), block->used);
   }
   block->bytes = std::move(bytes);
-  block->capacity = capacity;
+  block->capacity = static_cast<uint32_t>(capacity);
 }
 
+// Makes room in the first block, as long as it is the only one.
 bool TextPool::GrowFirst(size_t needed) {
-  if (m_blocks.size() != 1 || needed > kBlockSize) {
+  if (BlockCount() != 1 || (needed > kBlockSize && m_first.used != 0)) {
     return false;
   }
-  Block& first = m_blocks.front();
-  Resize(&first, std::min<size_t>(kBlockSize, std::max(needed, 2 * first.capacity)));
+  const size_t doubled = std::min<size_t>(kBlockSize, size_t{2} * m_first.capacity);
+  Resize(&m_first, std::max({needed, doubled, size_t{kFirstSize}}));
   return true;
 }
 
 uint32_t TextPool::Allocate(size_t size) {
-  if (m_blocks.empty()) {
-    m_blocks.emplace_back();
-    Resize(&m_blocks.back(), std::max<size_t>(size, kFirstSize));
+  if (size > std::numeric_limits<uint32_t>::max() / 2) {
+    throw std::bad_alloc();
   }
-  const size_t needed = m_blocks.back().used + size;
-  const bool fits =
-      needed <= m_blocks.back().capacity && (needed <= kBlockSize || m_blocks.back().used == 0);
+  const size_t needed = Last()->used + size;
+  const bool fits = needed <= Last()->capacity && (needed <= kBlockSize || Last()->used == 0);
   if (!fits && !GrowFirst(needed)) {
-    if (m_blocks.size() > kBlockMask) {
+    if (BlockCount() > kBlockMask) {
       throw std::bad_alloc();
     }
-    m_blocks.emplace_back();
-    Resize(&m_blocks.back(), std::max<size_t>(size, kBlockSize));
+    if (m_more == nullptr) {
+      m_more = std::make_unique<std::vector<Block>>();
+    }
+    Block block;
+    Resize(&block, std::max<size_t>(size, kBlockSize));
+    m_more->push_back(std::move(block));
   }
-  Block& block = m_blocks.back();
-  const auto offset = static_cast<uint32_t>(((m_blocks.size() - 1) << kBlockBits) + block.used);
-  block.used += size;
+  Block* const block = Last();
+  const auto offset = static_cast<uint32_t>(((BlockCount() - 1) << kBlockBits) + block->used);
+  block->used += static_cast<uint32_t>(size);
   return offset;
 }
 
@@ -67,32 +76,25 @@ uint32_t TextPool::Add(std::string_view text) {
 }
 
 uint32_t TextPool::End() const {
-  if (m_blocks.empty()) {
-    return 0;
-  }
-  const size_t used = std::min<size_t>(m_blocks.back().used, kBlockSize);
-  return static_cast<uint32_t>(((m_blocks.size() - 1) << kBlockBits) + used);
+  const size_t last = BlockCount() - 1;
+  return static_cast<uint32_t>((last << kBlockBits) + std::min(BlockAt(last).used, kBlockSize));
 }
 
 uint32_t TextPool::After(uint32_t offset, size_t size) const {
   const uint32_t block = offset >> kBlockBits;
   const size_t position = (offset & kBlockMask) + size;
-  return position < m_blocks[block].used ? offset + static_cast<uint32_t>(size)
-                                         : (block + 1) << kBlockBits;
+  return position < BlockAt(block).used ? offset + static_cast<uint32_t>(size)
+                                        : (block + 1) << kBlockBits;
 }
 
 void TextPool::Clear() {
-  if (m_blocks.size() > 1) {
-    m_blocks.resize(1);
-  }
-  if (!m_blocks.empty()) {
-    m_blocks.front().used = 0;
-  }
+  m_more.reset();
+  m_first.used = 0;
 }
 
 void TextPool::Shrink() {
-  if (!m_blocks.empty() && m_blocks.front().used < m_blocks.front().capacity) {
-    Resize(&m_blocks.front(), m_blocks.front().used);
+  if (m_first.used < m_first.capacity) {
+    Resize(&m_first, m_first.used);
   }
 }
 

@@ -29,10 +29,10 @@ class TextPool {
 
   // REQUIRES: `offset` lies within a text of the pool.
   [[nodiscard]] char* At(uint32_t offset) {
-    return m_blocks[offset >> kBlockBits].bytes.get() + (offset & kBlockMask);
+    return const_cast<char*>(static_cast<const TextPool*>(this)->At(offset));
   }
   [[nodiscard]] const char* At(uint32_t offset) const {
-    return m_blocks[offset >> kBlockBits].bytes.get() + (offset & kBlockMask);
+    return BlockAt(offset >> kBlockBits).bytes.get() + (offset & kBlockMask);
   }
 
   // The offset that no text so far has reached.
@@ -56,14 +56,21 @@ class TextPool {
 
   struct Block {
     std::unique_ptr<char[]> bytes;
-    size_t used = 0;
-    size_t capacity = 0;
+    uint32_t used = 0;
+    uint32_t capacity = 0;
   };
 
+  [[nodiscard]] const Block& BlockAt(size_t index) const {
+    return index == 0 ? m_first : (*m_more)[index - 1];
+  }
+  [[nodiscard]] size_t BlockCount() const { return 1 + (m_more == nullptr ? 0 : m_more->size()); }
+  Block* Last() { return m_more == nullptr || m_more->empty() ? &m_first : &m_more->back(); }
   bool GrowFirst(size_t needed);
   static void Resize(Block* block, size_t capacity);
 
-  std::vector<Block> m_blocks;
+  // The first block stands apart, so that a pool of a few texts is small.
+  Block m_first;
+  std::unique_ptr<std::vector<Block>> m_more;
 };
 
 }  // namespace postmarker

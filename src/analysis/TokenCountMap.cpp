@@ -9,7 +9,10 @@ namespace {
 
 constexpr int32_t kPairWeight = 4;
 constexpr int32_t kTripleWeight = 16;
-constexpr size_t kFirstSlots = 32;
+constexpr size_t kFirstSlots = 64;
+constexpr size_t kMostKeptSlots =
+    4096;  // beyond it the index grows slower, and Clear gives it back
+constexpr size_t kMostReserved = 16384;  // words for which room is made beforehand
 
 uint32_t GappedShape(uint32_t gapped, size_t head, size_t gap, size_t tail) {
   return gapped | static_cast<uint32_t>(head << 16 | gap << 8 | tail);
@@ -33,54 +36,45 @@ struct TokenCountMap::SequenceWord {
   TextHash hash;
 };
 
-// A piece of the pool that takes words one behind the other.
+// Copies the words of a list to the pool, many at a time. The two words before the one that was
+// asked for stand in front of it.
 class TokenCountMap::SequenceBlock {
  public:
-  SequenceBlock(TextPool* pool, size_t textSize) : m_pool(pool), m_left(textSize) {}
+  SequenceBlock(TextPool* pool, const WordList& words) : m_pool(pool), m_left(words.TextSize()) {}
 
-  // Copies a word behind the two before it. Where there is no room, a new piece begins with these
-  // two.
-  SequenceWord Append(std::string_view word, SequenceWord* first, SequenceWord* second) {
-    if (m_used + word.size() > m_capacity) {
-      Begin(first, second);
+  // The next word of the list. Where a new piece begins, the two before it move there.
+  SequenceWord Take(std::string_view word, SequenceWord* first, SequenceWord* second) {
+    if (word.size() > m_ready) {
+      Begin(word.data(), first, second);
     }
+    SequenceWord taken;
+    taken.offset = m_next;
+    taken.length = static_cast<uint32_t>(word.size());
+    taken.hash = TextHash(word);
+    m_next += taken.length;
+    m_ready -= word.size();
     m_left -= word.size();
-    return Put(word);
+    return taken;
   }
 
  private:
   static constexpr size_t kSize = 16384;
 
-  void Begin(SequenceWord* first, SequenceWord* second) {
+  // `text` is the list's text from the next word on, which follows the two words before it.
+  void Begin(const char* text, SequenceWord* first, SequenceWord* second) {
     const size_t kept = first->length + second->length;
-    m_capacity = std::min(kSize, kept + m_left);
-    std::string texts;
-    if (kept > 0) {
-      texts.append(m_pool->At(first->offset), first->length);
-      texts.append(m_pool->At(second->offset), second->length);
-    }
-    m_offset = m_pool->Allocate(m_capacity);
-    m_used = 0;
-    const std::string_view both = texts;
-    first->offset = Put(both.substr(0, first->length)).offset;
-    second->offset = Put(both.substr(first->length)).offset;
-  }
-
-  SequenceWord Put(std::string_view word) {
-    SequenceWord put;
-    put.offset = m_offset + static_cast<uint32_t>(m_used);
-    put.length = static_cast<uint32_t>(word.size());
-    put.hash = TextHash(word);
-    std::memcpy(m_pool->At(m_offset) + m_used, word.data(), word.size());
-    m_used += word.size();
-    return put;
+    m_ready = std::min(kSize, m_left);
+    const uint32_t offset = m_pool->Allocate(kept + m_ready);
+    std::memcpy(m_pool->At(offset), text - kept, kept + m_ready);
+    first->offset = offset;
+    second->offset = offset + first->length;
+    m_next = offset + static_cast<uint32_t>(kept);
   }
 
   TextPool* m_pool;
-  size_t m_left;
-  uint32_t m_offset = 0;
-  size_t m_used = 0;
-  size_t m_capacity = 0;
+  size_t m_left;       // bytes of words that were not taken
+  size_t m_ready = 0;  // those of them that stand in the pool
+  uint32_t m_next = 0;
 };
 
 TokenCountMap::Item TokenCountMap::Iterator::operator*() {
@@ -104,79 +98,122 @@ std::string_view TokenCountMap::KeyOf(const Entry& entry, char* buffer) const {
   return {buffer, head + tail};
 }
 
-bool TokenCountMap::Matches(const Entry& entry, std::string_view key) const {
-  const char* const text = m_pool.At(entry.offset);
-  if ((entry.shape & kGapped) == 0) {
-    return entry.shape == key.size() && std::memcmp(text, key.data(), key.size()) == 0;
+bool TokenCountMap::Matches(const Entry& entry, const Wanted& wanted) const {
+  const std::string_view head = wanted.head;
+  if ((entry.shape & kGapped) == 0 && wanted.tail.empty()) {
+    return entry.shape == head.size() &&
+           std::memcmp(m_pool.At(entry.offset), head.data(), head.size()) == 0;
   }
-  const size_t head = entry.shape >> 16 & 0xFF;
-  const size_t gap = entry.shape >> 8 & 0xFF;
-  const size_t tail = entry.shape & 0xFF;
-  return head + tail == key.size() && std::memcmp(text, key.data(), head) == 0 &&
-         std::memcmp(text + head + gap, key.data() + head, tail) == 0;
+  char buffer[kLongestGapped];
+  const std::string_view key = KeyOf(entry, buffer);
+  return key.size() == head.size() + wanted.tail.size() && key.starts_with(head) &&
+         key.ends_with(wanted.tail);
 }
 
-const TokenCountMap::Entry* TokenCountMap::Find(std::string_view key, uint32_t hash) const {
+// The entry of a key. Where it is missing, null, and *freeSlot is where it belongs in the index.
+TokenCountMap::Entry* TokenCountMap::FindEntry(const Wanted& wanted, size_t* freeSlot) {
+  *freeSlot = 0;
   if (m_slots.empty()) {
-    for (const Entry& entry : m_entries) {
-      if (entry.hash == hash && Matches(entry, key)) {
-        return &entry;
+    for (size_t i = 0; i < m_entries.Size(); ++i) {
+      if (Matches(m_entries[i], wanted)) {
+        return &m_entries[i];
       }
     }
     return nullptr;
   }
   const size_t mask = m_slots.size() - 1;
-  for (size_t slot = hash & mask; m_slots[slot] != 0; slot = (slot + 1) & mask) {
-    const Entry& entry = m_entries[m_slots[slot] - 1];
-    if (entry.hash == hash && Matches(entry, key)) {
-      return &entry;
+  size_t slot = wanted.hash & mask;
+  for (; m_slots[slot].number != 0; slot = (slot + 1) & mask) {
+    if (m_slots[slot].hash == wanted.hash) {
+      Entry& entry = m_entries[m_slots[slot].number - 1];
+      if (Matches(entry, wanted)) {
+        return &entry;
+      }
     }
   }
+  *freeSlot = slot;
   return nullptr;
 }
 
+const TokenCountMap::Entry* TokenCountMap::Find(std::string_view key) const {
+  size_t freeSlot = 0;
+  return const_cast<TokenCountMap*>(this)->FindEntry({key, {}, TextHash(key).Bits()}, &freeSlot);
+}
+
+// Few entries have no index, so the first one is made from their keys.
 void TokenCountMap::Rehash(size_t slotCount) {
-  if (m_slots.capacity() < slotCount) {
-    m_slots = std::vector<uint32_t>();  // the old index goes before the new one comes
-  }
-  m_slots.assign(slotCount, 0);
+  std::vector<Slot> slots(slotCount);
   const size_t mask = slotCount - 1;
-  for (size_t i = 0; i < m_entries.size(); ++i) {
-    size_t slot = m_entries[i].hash & mask;
-    while (m_slots[slot] != 0) {
+  const auto put = [&](const Slot& old) {
+    size_t slot = old.hash & mask;
+    while (slots[slot].number != 0) {
       slot = (slot + 1) & mask;
     }
-    m_slots[slot] = static_cast<uint32_t>(i + 1);
+    slots[slot] = old;
+  };
+  if (m_slots.empty()) {
+    char buffer[kLongestGapped];
+    for (size_t i = 0; i < m_entries.Size(); ++i) {
+      const uint32_t hash = TextHash(KeyOf(m_entries[i], buffer)).Bits();
+      put({static_cast<uint32_t>(i + 1), hash});
+    }
+  }
+  for (const Slot& old : m_slots) {
+    if (old.number != 0) {
+      put(old);
+    }
+  }
+  m_slots = std::move(slots);
+}
+
+// Makes the index large enough for so many entries.
+void TokenCountMap::Reserve(size_t entries) {
+  size_t slots = std::max(kFirstSlots, m_slots.size());
+  while (entries * 4 > slots * 3) {
+    slots *= slots < kMostKeptSlots ? 4 : 2;
+  }
+  if (entries > kFewEntries && slots != m_slots.size()) {
+    Rehash(slots);
   }
 }
 
-void TokenCountMap::Insert(uint32_t offset, uint32_t hash, uint32_t shape, int32_t count) {
-  const size_t entries = m_entries.size() + 1;
-  if (m_slots.empty() ? entries > kFewEntries : entries * 4 > m_slots.size() * 3) {
-    Rehash(std::max(kFirstSlots, m_slots.size() * 2));
+void TokenCountMap::Insert(const Entry& entry, uint32_t hash, size_t freeSlot) {
+  const size_t entries = m_entries.Size() + 1;
+  m_entries.Append(entry);
+  if (entries * 4 <= m_slots.size() * 3) {
+    m_slots[freeSlot] = {static_cast<uint32_t>(entries), hash};
+  } else if (entries > kFewEntries) {
+    InsertAndGrow(hash);
   }
-  m_entries.push_back({offset, hash, shape, count});
-  if (m_slots.empty()) {
+}
+
+// The index is full: it is made anew, with the last entry in it.
+void TokenCountMap::InsertAndGrow(uint32_t hash) {
+  const auto number = static_cast<uint32_t>(m_entries.Size());
+  const bool fromKeys = m_slots.empty();
+  Reserve(number);
+  if (fromKeys) {
     return;
   }
   const size_t mask = m_slots.size() - 1;
   size_t slot = hash & mask;
-  while (m_slots[slot] != 0) {
+  while (m_slots[slot].number != 0) {
     slot = (slot + 1) & mask;
   }
-  m_slots[slot] = static_cast<uint32_t>(entries);
+  m_slots[slot] = {number, hash};
 }
 
 void TokenCountMap::Add(std::string_view key, TextHash hash, int32_t count) {
-  const uint32_t bits = hash.Bits();
-  if (Entry* const entry = Find(key, bits)) {
+  const Wanted wanted = {key, {}, hash.Bits()};
+  size_t freeSlot = 0;
+  if (Entry* const entry = FindEntry(wanted, &freeSlot)) {
     entry->count += count;
     return;
   }
   if (key.size() >= kGapped) {
     throw std::bad_alloc();
   }
-  Insert(m_pool.Add(key), bits, static_cast<uint32_t>(key.size()), count);
+  Insert({m_pool.Add(key), static_cast<uint32_t>(key.size()), count}, wanted.hash, freeSlot);
 }
 
 void TokenCountMap::Add(std::string_view prefix, std::string_view key, int32_t count) {
@@ -195,36 +232,36 @@ void TokenCountMap::Insert(const TokenCountMap& other) {
 }
 
 // Counts a key that already stands in the pool.
-void TokenCountMap::AddPooled(std::string_view key, uint32_t hash, uint32_t offset, uint32_t shape,
-                              int32_t count) {
-  if (Entry* const entry = Find(key, hash)) {
-    entry->count += count;
+void TokenCountMap::AddPooled(const Wanted& wanted, const Entry& entry) {
+  size_t freeSlot = 0;
+  if (Entry* const found = FindEntry(wanted, &freeSlot)) {
+    found->count += entry.count;
   } else {
-    Insert(offset, hash, shape, count);
+    Insert(entry, wanted.hash, freeSlot);
   }
 }
 
 void TokenCountMap::AddPlainSequences(const WordList& words) {
-  SequenceBlock block(&m_pool, words.TextSize());
+  // Most sequences are new.
+  Reserve(m_entries.Size() + 3 * std::min(words.Size(), kMostReserved));
+  SequenceBlock block(&m_pool, words);
   SequenceWord a;
   SequenceWord b;
-  char joined[kLongestGapped];
   for (const std::string_view word : words) {
-    const SequenceWord c = block.Append(word, &a, &b);
+    const SequenceWord c = block.Take(word, &a, &b);
     const char* const texts = m_pool.At(a.length != 0 ? a.offset : b.offset);
     const TextHash pair = b.hash.Joined(c.hash, c.length);
     if (b.length != 0) {
-      const std::string_view key(texts + a.length, b.length + c.length);
-      AddPooled(key, pair.Bits(), b.offset, b.length + c.length, kPairWeight);
+      const uint32_t length = b.length + c.length;
+      AddPooled({{texts + a.length, length}, {}, pair.Bits()}, {b.offset, length, kPairWeight});
     }
     if (a.length != 0) {
-      std::memcpy(joined, texts, a.length);
-      std::memcpy(joined + a.length, word.data(), c.length);
-      AddPooled({joined, a.length + c.length}, a.hash.Joined(c.hash, c.length).Bits(), a.offset,
-                GappedShape(kGapped, a.length, b.length, c.length), kPairWeight);
+      const uint32_t outer = a.hash.Joined(c.hash, c.length).Bits();
+      AddPooled({{texts, a.length}, word, outer},
+                {a.offset, GappedShape(kGapped, a.length, b.length, c.length), kPairWeight});
       const uint32_t length = a.length + b.length + c.length;
-      AddPooled({texts, length}, a.hash.Joined(b.hash, b.length).Joined(c.hash, c.length).Bits(),
-                a.offset, length, kTripleWeight);
+      const uint32_t triple = a.hash.Joined(pair, b.length + c.length).Bits();
+      AddPooled({{texts, length}, {}, triple}, {a.offset, length, kTripleWeight});
     }
     a = b;
     b = c;
@@ -264,35 +301,38 @@ void TokenCountMap::AddWordSequences(const WordList& words, std::string_view pre
 }
 
 void TokenCountMap::CapCounts() {
-  for (Entry& entry : m_entries) {
-    entry.count = std::min(entry.count, 1);
+  for (size_t i = 0; i < m_entries.Size(); ++i) {
+    m_entries[i].count = std::min(m_entries[i].count, 1);
   }
 }
 
 int32_t TokenCountMap::Count(std::string_view key) const {
-  const Entry* const entry = Find(key, TextHash(key).Bits());
+  const Entry* const entry = Find(key);
   return entry == nullptr ? 0 : entry->count;
 }
 
 bool TokenCountMap::Contains(std::string_view key) const {
-  return Find(key, TextHash(key).Bits()) != nullptr;
+  return Find(key) != nullptr;
 }
 
 void TokenCountMap::Clear() {
-  if (m_entries.empty()) {
+  if (m_entries.Size() == 0) {
     return;
   }
-  m_entries.clear();
-  m_slots.clear();
+  m_entries.Clear();
+  if (m_slots.size() > kMostKeptSlots) {
+    m_slots.clear();
+  }
+  std::fill(m_slots.begin(), m_slots.end(), Slot{0, 0});
   m_pool.Clear();
 }
 
 std::vector<uint32_t> TokenCountMap::SortedOrder() const {
   std::vector<std::pair<uint64_t, uint32_t>> prefixes;
-  prefixes.reserve(m_entries.size());
+  prefixes.reserve(m_entries.Size());
   char left[kLongestGapped];
   char right[kLongestGapped];
-  for (size_t i = 0; i < m_entries.size(); ++i) {
+  for (size_t i = 0; i < m_entries.Size(); ++i) {
     prefixes.emplace_back(SortPrefix(KeyOf(m_entries[i], left)), static_cast<uint32_t>(i));
   }
   std::sort(prefixes.begin(), prefixes.end(), [&](const auto& a, const auto& b) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -74,8 +75,8 @@ class TokenCountMap {
   // The count of a key, 0 where it is missing.
   [[nodiscard]] int32_t Count(std::string_view key) const;
   [[nodiscard]] bool Contains(std::string_view key) const;
-  [[nodiscard]] size_t Size() const { return m_entries.size(); }
-  [[nodiscard]] bool Empty() const { return m_entries.empty(); }
+  [[nodiscard]] size_t Size() const { return m_entries.Size(); }
+  [[nodiscard]] bool Empty() const { return m_entries.Size() == 0; }
   void Clear();
 
   [[nodiscard]] Iterator begin() const { return {this, SortedOrder()}; }
@@ -85,8 +86,8 @@ class TokenCountMap {
   template <class Visit>
   void ForEach(Visit visit) const {
     char buffer[kLongestGapped];
-    for (const Entry& entry : m_entries) {
-      visit(KeyOf(entry, buffer), entry.count);
+    for (size_t i = 0; i < m_entries.Size(); ++i) {
+      visit(KeyOf(m_entries[i], buffer), m_entries[i].count);
     }
   }
 
@@ -95,9 +96,42 @@ class TokenCountMap {
   // them.
   struct Entry {
     uint32_t offset;
-    uint32_t hash;
     uint32_t shape;  // a length, or kGapped and the lengths of head, gap and tail
     int32_t count;
+  };
+
+  // Entries in blocks that stay where they are: a map that grows is never copied.
+  class EntryList {
+   public:
+    [[nodiscard]] size_t Size() const { return m_size; }
+    Entry& operator[](size_t index) { return m_blocks[index / kBlock][index % kBlock]; }
+    const Entry& operator[](size_t index) const { return m_blocks[index / kBlock][index % kBlock]; }
+    void Append(const Entry& entry) {
+      if (m_size == m_blocks.size() * kBlock) {
+        m_blocks.emplace_back(new Entry[kBlock]);
+      }
+      (*this)[m_size++] = entry;
+    }
+    void Clear() { m_size = 0; }
+
+   private:
+    static constexpr size_t kBlock = 512;
+
+    std::vector<std::unique_ptr<Entry[]>> m_blocks;
+    size_t m_size = 0;
+  };
+
+  // A place of the index. Keys of another hash are passed over without a look at their entries.
+  struct Slot {
+    uint32_t number;  // of the entry, plus 1; 0 where the place is free
+    uint32_t hash;
+  };
+
+  // A key to look for: two pieces, the second of which may be empty.
+  struct Wanted {
+    std::string_view head;
+    std::string_view tail;
+    uint32_t hash;
   };
 
   static constexpr uint32_t kGapped = 0x80000000U;
@@ -109,22 +143,20 @@ class TokenCountMap {
   class SequenceBlock;
 
   [[nodiscard]] std::string_view KeyOf(const Entry& entry, char* buffer) const;
-  [[nodiscard]] bool Matches(const Entry& entry, std::string_view key) const;
-  [[nodiscard]] const Entry* Find(std::string_view key, uint32_t hash) const;
-  [[nodiscard]] Entry* Find(std::string_view key, uint32_t hash) {
-    return const_cast<Entry*>(static_cast<const TokenCountMap*>(this)->Find(key, hash));
-  }
-  void Insert(uint32_t offset, uint32_t hash, uint32_t shape, int32_t count);
+  [[nodiscard]] bool Matches(const Entry& entry, const Wanted& wanted) const;
+  [[nodiscard]] const Entry* Find(std::string_view key) const;
+  [[nodiscard]] Entry* FindEntry(const Wanted& wanted, size_t* freeSlot);
+  void Insert(const Entry& entry, uint32_t hash, size_t freeSlot);
+  void InsertAndGrow(uint32_t hash);
+  void Reserve(size_t entries);
   void Rehash(size_t slotCount);
-  void AddPooled(std::string_view key, uint32_t hash, uint32_t offset, uint32_t shape,
-                 int32_t count);
+  void AddPooled(const Wanted& wanted, const Entry& entry);
   void AddPlainSequences(const WordList& words);
   void AddPrefixedSequences(const WordList& words, std::string_view prefix);
   [[nodiscard]] std::vector<uint32_t> SortedOrder() const;
 
-  std::vector<Entry> m_entries;
-  std::vector<uint32_t>
-      m_slots;  // numbers of entries plus 1; a power of two, empty while there are few
+  EntryList m_entries;
+  std::vector<Slot> m_slots;  // a power of two, empty while there are few entries
   TextPool m_pool;
 };
 

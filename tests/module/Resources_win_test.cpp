@@ -24,7 +24,7 @@ class ResourcesTest : public ModuleFixture {
     Load();
     WizardSession session(Show(), &m_request);
     session.WaitForPage(Page::kWelcome);
-    const std::wstring heading = TextOf(session.Control(kHeading));
+    std::wstring heading = TextOf(session.Control(kHeading));
     session.ClickButton(IDCANCEL);
     session.Result();
     return heading;

@@ -223,7 +223,8 @@ class WizardSession {
     ::SendMessageW(Tree(), TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(item));
     RECT rect = {};
     // The message takes the item in the place where it writes the rectangle.
-    std::memcpy(&rect, &item, sizeof(item));
+    const auto number = reinterpret_cast<uintptr_t>(item);
+    std::memcpy(&rect, &number, sizeof(number));
     ::SendMessageW(Tree(), TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&rect));
     POINT point = {(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
     const LPARAM place = MAKELPARAM(point.x, point.y);
