@@ -1,0 +1,210 @@
+#include <windows.h>
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <functional>
+
+#include "support/Registry_win.h"
+#include "wizard/WizardFixture_win.h"
+
+namespace postmarker::test {
+namespace {
+
+constexpr DISPID kSession = 0xF00B;
+constexpr DISPID kLogon = 0x2105;
+constexpr DISPID kLogoff = 0x2106;
+
+// COM interfaces have no virtual destructor, by their nature.
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
+// An automation object whose members are a function. Lives in the test and counts its references.
+class FakeObject final : public IDispatch {
+ public:
+  using Member = std::function<HRESULT(DISPID id, DISPPARAMS* arguments, VARIANT* result)>;
+  explicit FakeObject(Member member) : m_member(std::move(member)) {}
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+    if (iid != IID_IUnknown && iid != IID_IDispatch) {
+      *out = nullptr;
+      return E_NOINTERFACE;
+    }
+    *out = static_cast<IDispatch*>(this);
+    AddRef();
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(++m_references); }
+  ULONG STDMETHODCALLTYPE Release() override { return static_cast<ULONG>(--m_references); }
+  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
+    *count = 0;
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* arguments,
+                                   VARIANT* result, EXCEPINFO*, UINT*) override {
+    return m_member(id, arguments, result);
+  }
+  [[nodiscard]] int References() const { return m_references; }
+
+ private:
+  Member m_member;
+  std::atomic<int> m_references = 1;
+};
+
+// Outlook's application object with one namespace.
+struct FakeOutlook {
+  std::wstring profile;
+  UINT logonArguments = 0;
+  int logons = 0;
+  int logoffs = 0;
+  HRESULT logonResult = S_OK;
+  FakeObject nameSpace{[this](DISPID id, DISPPARAMS* arguments, VARIANT*) {
+    if (id == kLogon) {
+      ++logons;
+      logonArguments = arguments->cArgs;
+      profile = arguments->rgvarg[arguments->cArgs - 1].bstrVal;
+      return logonResult;
+    }
+    logoffs += id == kLogoff ? 1 : 0;
+    return id == kLogoff ? S_OK : DISP_E_MEMBERNOTFOUND;
+  }};
+  FakeObject application{[this](DISPID id, DISPPARAMS*, VARIANT* result) {
+    if (id != kSession) {
+      return DISP_E_MEMBERNOTFOUND;
+    }
+    result->vt = VT_DISPATCH;
+    result->pdispVal = &nameSpace;
+    nameSpace.AddRef();
+    return S_OK;
+  }};
+};
+
+// Notes whether it was given Outlook's application.
+class OutlookLikeClient : public MailClientAdapter {
+ public:
+  mutable std::atomic<int> listingsWithOutlook = 0;
+  mutable std::atomic<int> creations = 0;
+  void ListFolders(MailFolderList* folders, const ClientSession& session) const override {
+    listingsWithOutlook += session.outlookApplication != nullptr ? 1 : 0;
+    *folders = SmallStore();
+  }
+  ResultCode CreateFolder(const std::wstring&, const MailFolderRef&, const ClientSession&,
+                          MailFolderRef*) const override {
+    ++creations;
+    return kFail;
+  }
+};
+
+class OutlookSessionTest : public WizardFixture {
+ protected:
+  OutlookSessionTest() {
+    m_row.displayName = L"Microsoft Outlook";
+    m_row.settingsName = L"Microsoft Outlook";
+    m_row.needsOutlookSession = true;
+    m_row.adapter = &m_client;
+    m_table = std::make_unique<ScopedClientTable>(std::span<const ClientRow>(&m_row, 1));
+    m_request.clientName = L"Microsoft Outlook";
+    m_request.outlookApplication = &m_outlook.application;
+  }
+
+  static void Pump() {
+    MSG message = {};
+    while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+      ::DispatchMessageW(&message);
+    }
+  }
+
+  OutlookLikeClient m_client;
+  FakeOutlook m_outlook;
+
+ private:
+  ClientRow m_row;
+  std::unique_ptr<ScopedClientTable> m_table;
+};
+
+TEST_F(OutlookSessionTest, HostsApplicationIsLoggedOnWithTheDefaultProfileAndLoggedOffAtTheEnd) {
+  RegistryKey::Create(HKEY_CURRENT_USER,
+                      L"Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging "
+                      L"Subsystem\\Profiles",
+                      KEY_ALL_ACCESS)
+      .WriteString(L"DefaultProfile", L"Anna");
+  {
+    const ModuleStateGuard guard;
+    CWizardSheet sheet(L"Kestrelon", &m_request, nullptr, 0);
+    MailFolderList folders;
+    sheet.GetFolders(&folders);
+    EXPECT_EQ(folders.size(), 4U);
+    EXPECT_NE(m_request.outlookCookie, 0U);
+    EXPECT_EQ(m_outlook.logons, 1);
+    EXPECT_EQ(m_outlook.logonArguments, 4U);
+    EXPECT_EQ(m_outlook.profile, L"Anna");
+    EXPECT_EQ(m_client.listingsWithOutlook, 1);
+    EXPECT_EQ(m_outlook.logoffs, 0);
+  }
+  EXPECT_EQ(m_outlook.logoffs, 1);
+  EXPECT_EQ(m_outlook.application.References(), 1);
+  EXPECT_EQ(m_outlook.nameSpace.References(), 1);
+}
+
+TEST_F(OutlookSessionTest, MissingProfileLogsOnWithAnEmptyName) {
+  const ModuleStateGuard guard;
+  CWizardSheet sheet(L"Kestrelon", &m_request, nullptr, 0);
+  MailFolderList folders;
+  sheet.GetFolders(&folders);
+  EXPECT_EQ(m_outlook.logons, 1);
+  EXPECT_EQ(m_outlook.profile, L"");
+}
+
+TEST_F(OutlookSessionTest, SessionIsOpenedOnce) {
+  const ModuleStateGuard guard;
+  CWizardSheet sheet(L"Kestrelon", &m_request, nullptr, 0);
+  MailFolderList folders;
+  MailFolderRef rec;
+  sheet.GetFolders(&folders);
+  sheet.GetDefaultFolder(&rec);
+  (void)sheet.CreateFolder(&rec, L"x", folders[0]);
+  EXPECT_EQ(m_outlook.logons, 1);
+  EXPECT_EQ(m_client.creations, 1);
+}
+
+TEST_F(OutlookSessionTest, WorkerGetsTheApplicationThroughTheTable) {
+  const ModuleStateGuard guard;
+  CWizardSheet sheet(L"Kestrelon", &m_request, nullptr, 0);
+  sheet.StartFolderWorker();
+  EXPECT_TRUE(WaitUntil([&] {
+    Pump();
+    return sheet.AreFoldersReady();
+  }));
+  EXPECT_EQ(m_client.listingsWithOutlook, 1);
+}
+
+TEST_F(OutlookSessionTest, FailedLogonMeansNoSessionAndNoCookie) {
+  m_outlook.logonResult = E_FAIL;
+  {
+    const ModuleStateGuard guard;
+    CWizardSheet sheet(L"Kestrelon", &m_request, nullptr, 0);
+    MailFolderList folders;
+    sheet.GetFolders(&folders);
+    EXPECT_EQ(m_client.listingsWithOutlook, 0);
+    EXPECT_EQ(m_request.outlookCookie, 0U);
+  }
+  EXPECT_EQ(m_outlook.logoffs, 0);
+  EXPECT_EQ(m_outlook.application.References(), 1);
+}
+
+TEST_F(OutlookSessionTest, WithoutASessionANewFolderIsAnEmptyRecordAndTheClientIsNotAsked) {
+  m_outlook.logonResult = E_FAIL;
+  const ModuleStateGuard guard;
+  CWizardSheet sheet(L"Kestrelon", &m_request, nullptr, 0);
+  MailFolderRef rec;
+  EXPECT_EQ(sheet.CreateFolder(&rec, L"x", {}), kOk);
+  EXPECT_EQ(m_client.creations, 0);
+  EXPECT_EQ(rec, MailFolderRef());
+  EXPECT_EQ(m_request.folders.size(), 1U);
+}
+
+}  // namespace
+}  // namespace postmarker::test
