@@ -1,0 +1,126 @@
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "clients/HookModule_win.h"
+#include "module/ModuleFixture_win.h"
+#include "wizard/WindowHook_win.h"
+
+namespace postmarker::test {
+namespace {
+
+// The folder from which the suite's modules are taken in this program, without a backslash at its
+// end.
+std::wstring SuiteFolder() {
+  return std::filesystem::path(TestProgramFolder()).parent_path().wstring();
+}
+
+class RuleTest : public ModuleFixture {
+ protected:
+  static RegistryKey Notes() {
+    return RegistryKey::Open(HKEY_CURRENT_USER, L"Software\\PostmarkerPeers", KEY_READ);
+  }
+};
+
+TEST_F(RuleTest, FinishHandsTheRuleToTheModuleInsideTheClient) {
+  Load();
+  EXPECT_EQ(Finish(L"Junk"), kWizardFinished);
+  EXPECT_EQ(Notes().ReadString(L"Rule", 64), L"[KSSpam]");
+  EXPECT_EQ(Notes().ReadDword(L"Rules"), 1U);
+}
+
+TEST_F(RuleTest, SameFolderAndSwitchAddTheRuleAgain) {
+  Load();
+  EXPECT_EQ(Finish(L"Junk"), kWizardFinished);
+  m_request = {};
+  m_request.clientName = L"IncrediMail";
+  EXPECT_EQ(Finish(L"Junk"), kWizardFinished);
+  EXPECT_EQ(Notes().ReadDword(L"Rules"), 2U);
+}
+
+TEST_F(RuleTest, CancelAddsNoRule) {
+  Load();
+  const auto session = StartAtFolders();
+  session->ClickButton(IDCANCEL);
+  session->Result();
+  EXPECT_FALSE(Notes());
+}
+
+TEST_F(RuleTest, RootIsTwoLevelsAboveTheHostsProgram) {
+  EXPECT_EQ(GetSuiteRootFolder(), SuiteFolder());
+}
+
+TEST_F(RuleTest, ModuleThatLacksAnEntryPointIsUnloadedAgain) {
+  HookModule module;
+  module.Load(SuiteFolder() + L"\\Spamfilter\\ShimWithoutProc.dll");
+  EXPECT_FALSE(module.IsLoaded());
+  EXPECT_EQ(::GetModuleHandleW(L"ShimWithoutProc.dll"), nullptr);
+  AddSpamRule(L"ShimWithoutProc.dll", L"[KSSpam]");
+  EXPECT_FALSE(Notes());
+}
+
+TEST_F(RuleTest, MissingModuleAndNoModuleDoNothing) {
+  AddSpamRule(L"NoSuchShim.dll", L"[KSSpam]");
+  AddSpamRule(L"", L"[KSSpam]");
+  EXPECT_FALSE(Notes());
+}
+
+TEST_F(RuleTest, LoadedModuleIsNotReplacedAndUnloadClearsIt) {
+  HookModule module;
+  module.Load(SuiteFolder() + L"\\Spamfilter\\IncrediMailShim.dll");
+  ASSERT_TRUE(module.IsLoaded());
+  module.Load(SuiteFolder() + L"\\Spamfilter\\NoSuchShim.dll");
+  EXPECT_TRUE(module.IsLoaded());
+  module.Unload();
+  EXPECT_FALSE(module.IsLoaded());
+  EXPECT_EQ(::GetModuleHandleW(L"IncrediMailShim.dll"), nullptr);
+}
+
+TEST(WindowHookFile, EntryPointsAreTakenByNameAndAMissingOneStaysNull) {
+  WindowHookModule hook;
+  hook.Load(SuiteFolder() + L"\\peers\\suite\\WndShim.dll");
+  ASSERT_TRUE(hook.module);
+  EXPECT_NE(hook.InitHook, nullptr);
+  EXPECT_NE(hook.UninitHook, nullptr);
+  EXPECT_NE(hook.AddHookableWindow, nullptr);
+  EXPECT_NE(hook.AddHookableThread, nullptr);
+  EXPECT_EQ(hook.ReleaseHookableThread, nullptr);
+  hook.Load(L"C:\\no such folder\\WndShim.dll");
+  EXPECT_FALSE(hook.module);
+  EXPECT_EQ(hook.InitHook, nullptr);
+}
+
+// A suite in a folder of the test's own, with the module, its texts and the window hook module.
+TEST_F(RuleTest, ModuleHooksTheSheetThroughTheSuitesWindowHookModule) {
+  const TempFolder root;
+  const auto copy = [&root](const std::wstring& from, const char* folder, const char* name) {
+    std::filesystem::create_directories(root.Path() / folder);
+    std::filesystem::copy_file(from, root.Path() / folder / name);
+  };
+  copy(StageFolder() + L"\\Spamfilter\\Postmarker.dll", "Spamfilter", "Postmarker.dll");
+  copy(StageFolder() + L"\\res\\en\\PostmarkerRes.dll", "res/en", "PostmarkerRes.dll");
+  copy(SuiteFolder() + L"\\peers\\suite\\WndShim.dll", ".", "WndShim.dll");
+  m_module = std::make_unique<Module>(TempFolder::Wide(root.Path()));
+  ASSERT_TRUE(m_module->IsLoaded());
+  m_request.useWindowHook = 1;
+  {
+    WizardSession session(Show(), &m_request);
+    session.WaitForPage(Page::kWelcome);
+    session.ClickButton(IDCANCEL);
+    EXPECT_EQ(session.Result(), IDCANCEL);
+  }
+  using CallsOf = int(__stdcall*)(int function);
+  const auto calls = reinterpret_cast<CallsOf>(
+      reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"WndShim.dll"), "CallsOf")));
+  ASSERT_NE(calls, nullptr);
+  EXPECT_EQ(calls(0), 1);
+  EXPECT_EQ(calls(1), 1);
+  EXPECT_EQ(calls(2), 1);
+  Unload();
+  EXPECT_EQ(::GetModuleHandleW(L"WndShim.dll"), nullptr);
+}
+
+}  // namespace
+}  // namespace postmarker::test
