@@ -81,7 +81,7 @@ target_precompile_headers(pm_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h
 function(pm_test name)
   cmake_parse_arguments(ARG "GUI" "TIMEOUT" "SOURCES;LINKS;ARGS;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
-  target_link_libraries(${name} PRIVATE pm_flags ${ARG_LINKS} GTest::gmock_main)
+  target_link_libraries(${name} PRIVATE pm_flags ${ARG_LINKS} pm_test_support GTest::gmock_main)
   # Test programs wait for what they test and not for themselves: they are compiled for a quick build.
   target_compile_options(${name} PRIVATE -O0)
   target_precompile_headers(${name} REUSE_FROM pm_test_headers)
