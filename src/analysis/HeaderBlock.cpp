@@ -51,10 +51,10 @@ class HeaderStore {
     std::string key(name);
     uint32_t number = 0;
     while (!m_headers->Get(key).empty()) {
-      if (++number == kFewRepeats) {
-        if (const auto next = m_nextNumber.find(name); next != m_nextNumber.end()) {
-          number = next->second;
-        }
+      ++number;
+      if (number == 1 && !m_nextNumber.empty()) {
+        const auto next = m_nextNumber.find(name);
+        number = next == m_nextNumber.end() ? number : next->second;
       }
       key.resize(name.size());
       key.append("-").append(std::to_string(number));

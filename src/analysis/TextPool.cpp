@@ -8,23 +8,6 @@
 
 namespace postmarker {
 
-TextPool::TextPool(const TextPool& other) {
-  const auto copy = [](const Block& from, Block* to) {
-    Resize(to, from.used);
-    to->used = from.used;
-    if (from.used != 0) {
-      std::memcpy(to->bytes.get(), from.bytes.get(), from.used);
-    }
-  };
-  copy(other.m_first, &m_first);
-  if (other.m_more != nullptr) {
-    m_more = std::make_unique<std::vector<Block>>(other.m_more->size());
-    for (size_t i = 0; i < m_more->size(); ++i) {
-      copy((*other.m_more)[i], &(*m_more)[i]);
-    }
-  }
-}
-
 void TextPool::Resize(Block* block, size_t capacity) {
   std::unique_ptr<char[]> bytes(new char[capacity]);
   if (block->used != 0) {

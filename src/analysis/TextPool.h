@@ -14,7 +14,7 @@ namespace postmarker {
 class TextPool {
  public:
   TextPool() = default;
-  TextPool(const TextPool& other);
+  TextPool(const TextPool&) = delete;
   TextPool& operator=(const TextPool&) = delete;
   TextPool(TextPool&&) noexcept = default;
   TextPool& operator=(TextPool&&) noexcept = default;

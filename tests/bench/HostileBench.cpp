@@ -1,0 +1,85 @@
+// Messages that are made to cost time, at sizes 1, 2, 4 and 8, with a fit of the processor time to
+// the size. Everything is read: headers, hops and all features.
+#include <benchmark/benchmark.h>
+
+#include "analysis/AddressList.h"
+#include "analysis/KsMailTokenizer.h"
+#include "support/HostileMail.h"
+
+namespace postmarker::bench {
+namespace {
+
+// Text parts are read up to 128 KiB, so their shapes grow up to that; the others to a megabyte.
+constexpr int64_t kTextUnit = 16384;
+constexpr int64_t kUnit = 131072;
+
+template <class Work>
+void Measure(benchmark::State& state, Work work) {
+  for ([[maybe_unused]] const auto round : state) {
+    work();
+  }
+  state.SetComplexityN(state.range(0));
+}
+
+void ReadWhole(benchmark::State& state, const test::HostileShape& shape) {
+  const std::string message = shape.make(static_cast<size_t>(state.range(0)));
+  Measure(state, [&] {
+    KsMailTokenizer tokenizer;
+    tokenizer.Parse(message.data(), static_cast<uint32_t>(message.size()), nullptr, nullptr);
+    benchmark::DoNotOptimize(tokenizer.GetHops().size() + tokenizer.Tokens().Size());
+  });
+}
+
+void ReadAddresses(benchmark::State& state) {
+  const std::string text = test::Repeated("<,>", static_cast<size_t>(state.range(0)));
+  Measure(state, [&] {
+    AddressMap addresses;
+    ParseAddressList(text, &addresses);
+    benchmark::DoNotOptimize(addresses.size());
+  });
+}
+
+void ReadCommas(benchmark::State& state) {
+  const std::string text = test::Repeated("a,", static_cast<size_t>(state.range(0))) + "<";
+  Measure(state, [&] {
+    AddressMap addresses;
+    ParseAddressList(text, &addresses);
+    benchmark::DoNotOptimize(addresses.size());
+  });
+}
+
+void Sizes(benchmark::internal::Benchmark* benchmark, int64_t unit) {
+  for (const int64_t size : {1, 2, 4, 8}) {
+    benchmark->Arg(size * unit);
+  }
+  benchmark->Unit(benchmark::kMillisecond)->MinTime(0.1)->Complexity();
+}
+
+void Register(const std::vector<test::HostileShape>& shapes, int64_t unit) {
+  for (const test::HostileShape& shape : shapes) {
+    std::string name = shape.name;
+    std::replace(name.begin(), name.end(), ' ', '_');
+    Sizes(benchmark::RegisterBenchmark(
+              name.c_str(), [shape](benchmark::State& state) { ReadWhole(state, shape); }),
+          unit);
+  }
+}
+
+void RegisterAll() {
+  Register(test::HeaderShapes(), kUnit);
+  Register(test::EntityShapes(), kUnit);
+  Register(test::TextShapes(), kTextUnit);
+  Sizes(benchmark::RegisterBenchmark("address_list", ReadAddresses), kUnit);
+  Sizes(benchmark::RegisterBenchmark("address_list_of_commas", ReadCommas), kUnit);
+}
+
+}  // namespace
+}  // namespace postmarker::bench
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  postmarker::bench::RegisterAll();
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}
