@@ -93,11 +93,12 @@ INT_PTR CPropertySheet::DoModal() {
       ::DestroyWindow(Handle());
     }
   });
-  if (!CreateSheet()) {
-    return kFailed;
-  }
+  // Before the sheet shows: there is no moment in which both take input.
   if (ownerWasEnabled) {
     ::EnableWindow(m_owner, FALSE);
+  }
+  if (!CreateSheet()) {
+    return kFailed;
   }
   ::ShowWindow(Handle(), SW_SHOW);
   return RunModalLoop();
@@ -116,7 +117,10 @@ INT_PTR CPropertySheet::RunModalLoop() {
     }
     MSG message = {};
     const BOOL got = ::GetMessageW(&message, nullptr, 0, 0);
-    if (got <= 0) {
+    if (got < 0) {
+      return kFailed;
+    }
+    if (got == 0) {
       // The host's own loop must see it as well.
       ::PostQuitMessage(static_cast<int>(message.wParam));
       return IDCANCEL;

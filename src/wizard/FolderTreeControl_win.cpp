@@ -8,8 +8,15 @@
 namespace postmarker {
 namespace {
 
-LPARAM NewItemData(const MailFolderRef* record) {
-  return record != nullptr ? reinterpret_cast<LPARAM>(new MailFolderRef(*record)) : 0;
+// The item owns a copy of the record, unless the control has no room for the item: then null.
+HTREEITEM InsertOwning(const CTreeCtrl& tree, const std::wstring& text, HTREEITEM parent,
+                       const MailFolderRef* record, UINT state) {
+  auto data = record != nullptr ? std::make_unique<MailFolderRef>(*record) : nullptr;
+  const HTREEITEM item = tree.InsertItem(text, parent, reinterpret_cast<LPARAM>(data.get()), state);
+  if (item != nullptr) {
+    static_cast<void>(data.release());
+  }
+  return item;
 }
 
 // The item that follows in a depth-first walk below `top`; with `descend` off, without what is
@@ -53,7 +60,7 @@ TreeItem TreeControlTarget::FindChild(TreeItem parent, std::wstring_view text,
 
 TreeItem TreeControlTarget::AddChild(TreeItem parent, std::wstring_view text,
                                      const MailFolderRef* record) {
-  return From(m_tree.InsertItem(std::wstring(text), To(parent), NewItemData(record)));
+  return From(InsertOwning(m_tree, std::wstring(text), To(parent), record, 0));
 }
 
 void FillTreeControl(const CTreeCtrl& tree, const FolderTreeLayout& layout) {
@@ -65,12 +72,14 @@ void FillTreeControl(const CTreeCtrl& tree, const FolderTreeLayout& layout) {
     const HTREEITEM parent = item.parent == FolderTreeLayout::kRoot
                                  ? TVI_ROOT
                                  : handles[item.parent - FolderTreeLayout::kRoot - 1];
-    handles.push_back(
-        tree.InsertItem(item.text, parent, NewItemData(item.record), item.bold ? TVIS_BOLD : 0));
+    // A child of an item that was refused is left out with it.
+    handles.push_back(parent != nullptr ? InsertOwning(tree, item.text, parent, item.record,
+                                                       item.bold ? TVIS_BOLD : 0)
+                                        : nullptr);
   }
   // From the leaves up, so that each opening shows what is open below it already.
   for (size_t i = items.size(); i-- > 0;) {
-    if (items[i].expanded && tree.FirstChild(handles[i]) != nullptr) {
+    if (items[i].expanded && handles[i] != nullptr && tree.FirstChild(handles[i]) != nullptr) {
       tree.Expand(handles[i]);
     }
   }
