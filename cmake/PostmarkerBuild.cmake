@@ -82,18 +82,6 @@ target_link_libraries(pm_test_headers PRIVATE pm_flags GTest::gmock_main pm_test
 target_compile_options(pm_test_headers PRIVATE -O0)
 target_precompile_headers(pm_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 
-# The same for the platform's and the standard library's headers in the Windows builds of the product, where they take
-# half of the time. The native build has none, so it shows what a source that builds everywhere forgot to include.
-if(WIN32)
-  file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/platform_headers.cpp CONTENT "int main() { return 0; }\n")
-  add_executable(pm_platform_headers EXCLUDE_FROM_ALL ${CMAKE_BINARY_DIR}/platform_headers.cpp)
-  target_link_libraries(pm_platform_headers PRIVATE pm_flags)
-  target_precompile_headers(pm_platform_headers PRIVATE
-    <windows.h> <commctrl.h> <prsht.h>
-    <algorithm> <array> <atomic> <cstdint> <cstring> <functional> <map> <memory> <mutex> <optional> <set> <span>
-    <string> <string_view> <utility> <vector>)
-endif()
-
 # pm_test(NAME SOURCES... LINKS...): one GoogleTest program and one CTest entry for it. The JSON report of
 # each goes to <build>/reports, from which scripts/test counts. GUI: its windows need the foreground, so
 # nothing else runs meanwhile.
@@ -143,9 +131,6 @@ function(pm_library name)
   endif()
   add_library(pm_${name} STATIC ${sources})
   target_link_libraries(pm_${name} PUBLIC pm_records ${links} PRIVATE pm_flags)
-  if(WIN32)
-    target_precompile_headers(pm_${name} REUSE_FROM pm_platform_headers)
-  endif()
   if(BUILD_TESTING AND tests AND NOT POSTMARKER_FUZZ AND NOT POSTMARKER_BENCH)
     pm_test(${name}_test SOURCES ${tests} LINKS pm_${name} pm_test_support ${ARG_TEST_LINKS})
   endif()
