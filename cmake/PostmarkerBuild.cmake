@@ -45,14 +45,22 @@ endif()
 
 find_package(Threads REQUIRED)
 
-# GoogleTest and GoogleMock from Debian's sources, so that they carry each target's own flags.
-set(BUILD_GMOCK ON)
-set(INSTALL_GTEST OFF)
-add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
-# It is not what is tested: compiled quickly, and without the sanitizers' checks.
-foreach(library gtest gtest_main gmock gmock_main)
-  target_compile_options(${library} PRIVATE -O0 $<$<BOOL:${POSTMARKER_SANITIZE}>:-fno-sanitize=all>)
+# SQLite and GoogleTest, as scripts/setup has compiled them for this target.
+if(WIN32)
+  set(PM_DEPS ${CMAKE_SOURCE_DIR}/build/deps/${PM_TRIPLE})
+else()
+  set(PM_DEPS ${CMAKE_SOURCE_DIR}/build/deps/native)
+endif()
+foreach(library gtest gmock gmock_main sqlite)
+  add_library(pm_${library} STATIC IMPORTED)
+  set_target_properties(pm_${library} PROPERTIES IMPORTED_LOCATION ${PM_DEPS}/lib/lib${library}.a)
+  target_link_libraries(pm_${library} INTERFACE Threads::Threads)
 endforeach()
+target_link_libraries(pm_gmock INTERFACE pm_gtest)
+target_link_libraries(pm_gmock_main INTERFACE pm_gmock)
+target_include_directories(pm_gtest INTERFACE /usr/src/googletest/googletest/include)
+target_include_directories(pm_gmock INTERFACE /usr/src/googletest/googlemock/include)
+target_include_directories(pm_sqlite INTERFACE ${CMAKE_SOURCE_DIR}/build/deps/sqlite)
 
 # nlohmann-json is header-only; the Debian package's folder is named outright for the cross builds.
 add_library(pm_json INTERFACE)
@@ -60,25 +68,10 @@ file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/third_party)
 file(CREATE_LINK /usr/include/nlohmann ${CMAKE_BINARY_DIR}/third_party/nlohmann SYMBOLIC)
 target_include_directories(pm_json SYSTEM INTERFACE ${CMAKE_BINARY_DIR}/third_party)
 
-# SQLite's amalgamation, made by scripts/setup from Debian's source package.
-set(PM_SQLITE_DIR ${CMAKE_SOURCE_DIR}/build/deps/sqlite)
-add_library(pm_sqlite STATIC EXCLUDE_FROM_ALL ${PM_SQLITE_DIR}/sqlite3.c)
-target_include_directories(pm_sqlite SYSTEM PUBLIC ${PM_SQLITE_DIR})
-target_compile_definitions(pm_sqlite PRIVATE
-  SQLITE_OMIT_LOAD_EXTENSION SQLITE_DQS=3 SQLITE_THREADSAFE=1 SQLITE_DEFAULT_MEMSTATUS=0)
-# Foreign code, whose own memory accesses are its makers' business. What this project reads of its memory is
-# checked all the same.
-target_compile_options(pm_sqlite PRIVATE -w $<IF:$<BOOL:${POSTMARKER_SANITIZE}>,-O1;-fno-sanitize=all,-O2>)
-target_link_libraries(pm_sqlite PUBLIC Threads::Threads)
-
-if(NOT TARGET GTest::gmock_main)
-  add_library(GTest::gmock_main ALIAS gmock_main)
-endif()
-
 # The headers of the test library take most of a test file's compile time, so they are compiled once for all.
 file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/test_headers.cpp CONTENT "int main() { return 0; }\n")
 add_executable(pm_test_headers EXCLUDE_FROM_ALL ${CMAKE_BINARY_DIR}/test_headers.cpp)
-target_link_libraries(pm_test_headers PRIVATE pm_flags GTest::gmock_main pm_test_support)
+target_link_libraries(pm_test_headers PRIVATE pm_flags pm_gmock_main pm_test_support)
 target_compile_options(pm_test_headers PRIVATE -O0)
 target_precompile_headers(pm_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 
@@ -88,7 +81,7 @@ target_precompile_headers(pm_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h
 function(pm_test name)
   cmake_parse_arguments(ARG "GUI" "TIMEOUT" "SOURCES;LINKS;ARGS;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
-  target_link_libraries(${name} PRIVATE pm_flags ${ARG_LINKS} pm_test_support GTest::gmock_main)
+  target_link_libraries(${name} PRIVATE pm_flags ${ARG_LINKS} pm_test_support pm_gmock_main)
   # Test programs wait for what they test and not for themselves: they are compiled for a quick build.
   target_compile_options(${name} PRIVATE -O0)
   target_link_options(${name} PRIVATE ${PM_QUICK_LINK})
