@@ -1,0 +1,29 @@
+// The client's end of a channel.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "ipc/ShmChannel_win.h"
+
+namespace postmarker {
+
+// What a client waits for. Times are in milliseconds.
+struct ConnectOptions {
+  HANDLE cancel = nullptr;        // ends the waiting when signalled; may be null
+  uint32_t timeout = 0;           // for its turn at the rendezvous
+  uint32_t handshakeTimeout = 0;  // for each answer of the server; `timeout` if that is less
+};
+
+// Claims the rendezvous `name` (1 to 210 units) and connects to its server. True gives a connected
+// channel; otherwise *channel is empty, and the rendezvous is free for other clients. Blocks; any
+// thread.
+bool ChannelConnect(const wchar_t* name, std::unique_ptr<ShmChannel>* channel,
+                    const ConnectOptions& options);
+
+// Repeats ChannelConnect every 100 ms until it succeeds, `cancel` is signalled or more than
+// `timeout` have passed. Each attempt may take the whole of `timeout`.
+bool ChannelConnectRetry(const wchar_t* name, std::unique_ptr<ShmChannel>* channel,
+                         const ConnectOptions& options);
+
+}  // namespace postmarker

@@ -1,0 +1,149 @@
+#include "ipc/NamedPipeClient_win.h"
+
+namespace postmarker {
+namespace {
+
+constexpr DWORD kBusyPoll = 5;
+constexpr DWORD kShutdownGrace = 20;
+constexpr DWORD kAnswerPoll = 5;
+constexpr DWORD kInstanceWait = 1000;
+constexpr DWORD kPauseWithoutServer = 1000;
+constexpr DWORD kPauseWithServer = 100;
+
+}  // namespace
+
+// Held by the calls that can last, so that Shutdown waits for them.
+class NamedPipeClient::BusyMark {
+ public:
+  explicit BusyMark(NamedPipeClient* client) : m_count(client->m_busyCount) { ++m_count; }
+  BusyMark(const BusyMark&) = delete;
+  BusyMark& operator=(const BusyMark&) = delete;
+  ~BusyMark() { --m_count; }
+
+ private:
+  std::atomic<int32_t>& m_count;
+};
+
+bool NamedPipeClient::Init(const wchar_t* name, int32_t bufferChars, uint8_t overlapped) {
+  Shutdown();
+  if (!ArePipeArgumentsValid(name, bufferChars) || overlapped != 0) {
+    return false;
+  }
+  m_name = name;
+  m_stopEvent.Reset(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
+  if (!m_stopEvent || !m_messages.Allocate(bufferChars)) {
+    Shutdown();
+    return false;
+  }
+  return true;
+}
+
+void NamedPipeClient::Shutdown() {
+  if (m_stopEvent) {
+    ::SetEvent(m_stopEvent.Get());
+    while (m_busyCount >= 1) {
+      ::Sleep(kBusyPoll);
+    }
+    // For a call that has seen no stop yet and is about to take its mark.
+    ::Sleep(kShutdownGrace);
+    Close();
+    m_stopEvent.Reset();
+  }
+  m_messages.Free();
+  m_name.clear();
+}
+
+void NamedPipeClient::RequestStop() const {
+  if (m_stopEvent) {
+    ::SetEvent(m_stopEvent.Get());
+  }
+}
+
+bool NamedPipeClient::WaitForStop(DWORD milliseconds) const {
+  return ::WaitForSingleObject(m_stopEvent.Get(), milliseconds) == WAIT_OBJECT_0;
+}
+
+bool NamedPipeClient::StopRequested() const {
+  return m_stopEvent && WaitForStop(0);
+}
+
+bool NamedPipeClient::Open() {
+  if (m_pipe || m_name.empty()) {
+    Close();
+    return false;
+  }
+  m_pipe.Reset(::CreateFileW(m_name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                             OPEN_EXISTING, 0, nullptr));
+  DWORD mode = PIPE_READMODE_MESSAGE | PIPE_NOWAIT;
+  if (!m_pipe || !::SetNamedPipeHandleState(m_pipe.Get(), &mode, nullptr, nullptr)) {
+    Close();
+    return false;
+  }
+  return true;
+}
+
+bool NamedPipeClient::TryConnect(int32_t attempts, int32_t pauseMilliseconds) {
+  for (int32_t count = 0; count < attempts; ++count) {
+    if (count > 0) {
+      ::Sleep(static_cast<DWORD>(pauseMilliseconds));
+    }
+    if (Open()) {
+      return true;
+    }
+  }
+  return attempts <= 0;
+}
+
+bool NamedPipeClient::ConnectBlocking() {
+  const BusyMark mark(this);
+  if (m_pipe || !m_stopEvent) {
+    Close();
+    return false;
+  }
+  while (!StopRequested()) {
+    if (Open()) {
+      return true;
+    }
+    if (!::WaitNamedPipeW(m_name.c_str(), kInstanceWait)) {
+      const bool isServed = ::GetLastError() != ERROR_FILE_NOT_FOUND;
+      (void)WaitForStop(isServed ? kPauseWithServer : kPauseWithoutServer);
+    }
+  }
+  Close();
+  return false;
+}
+
+bool NamedPipeClient::HasMessage() {
+  return StopRequested() || m_messages.HasMessage(m_pipe.Get());
+}
+
+bool NamedPipeClient::Read(std::wstring* text) {
+  if (StopRequested()) {
+    text->clear();
+    return false;
+  }
+  return m_messages.Read(m_pipe.Get(), text);
+}
+
+bool NamedPipeClient::Write(const std::wstring& text) {
+  return !StopRequested() && m_messages.Write(m_pipe.Get(), text);
+}
+
+bool NamedPipeClient::Transact(const std::wstring& text, std::wstring* answer) {
+  const BusyMark mark(this);
+  answer->clear();
+  if (!Write(text)) {
+    return false;
+  }
+  while (!HasMessage()) {
+    ::Sleep(kAnswerPoll);
+  }
+  return Read(answer);
+}
+
+bool NamedPipeClient::Flush() {
+  const BusyMark mark(this);
+  return !StopRequested() && ::FlushFileBuffers(m_pipe.Get());
+}
+
+}  // namespace postmarker

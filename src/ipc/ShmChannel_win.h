@@ -1,0 +1,62 @@
+// A channel between two processes of one machine: a region of shared memory that holds one message
+// at a time, and an event for each direction. ChannelServer_win.h and ChannelClient_win.h make its
+// two ends.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "support/Handles_win.h"
+
+namespace postmarker {
+
+// One end of a channel. The ends take turns: who is to send finds its own last message taken, and
+// each send waits until the other end has taken the message. Destroying an end tells the other one
+// nothing: that sees its waits end by time. An end that ran into its time is out of step, as the
+// late answer still comes into the region: the next send fails then, and a new channel is needed.
+//
+// Times are in milliseconds. For one thread at a time.
+class ShmChannel {
+ public:
+  // Takes what the two ends have agreed on. `size` is the region's in bytes.
+  ShmChannel(KernelHandle mapping, FileView view, size_t size, KernelHandle sendEvent,
+             KernelHandle receiveEvent);
+  ShmChannel(const ShmChannel&) = delete;
+  ShmChannel& operator=(const ShmChannel&) = delete;
+  ~ShmChannel() = default;
+
+  // Sends a text up to its terminator and waits until it is taken. False for a null text, one of
+  // more than RegionSize() - 8 bytes, or while a message of either end is not taken, all with
+  // nothing written; false as well if it is not taken within `timeout`, and then it still stands.
+  bool SendText(const wchar_t* text, uint32_t timeout);
+
+  // The same for a number.
+  bool SendNumber(uint32_t value, uint32_t timeout);
+
+  // Waits for a message and takes it. False, with the out value as it was, if none comes within
+  // `timeout`, or if it is of the other type or malformed: then it stays where it is, and its
+  // sender goes on waiting. A text may be empty, and may hold NULs if the sender put some in.
+  bool ReceiveText(std::wstring* text, uint32_t timeout);
+  bool ReceiveNumber(uint32_t* value, uint32_t timeout);
+
+  // The size of the region in bytes, as this end knows it.
+  [[nodiscard]] size_t RegionSize() const { return m_size; }
+
+ private:
+  [[nodiscard]] std::span<std::byte> Region() const;
+  template <class Put>
+  bool Send(Put put, uint32_t timeout);
+  template <class Take>
+  bool Receive(Take take, uint32_t timeout);
+
+  // In the reverse order of closing.
+  KernelHandle m_mapping;
+  FileView m_view;
+  size_t m_size;
+  KernelHandle m_sendEvent;
+  KernelHandle m_receiveEvent;
+  KernelHandle m_reserved[2];
+};
+
+}  // namespace postmarker
