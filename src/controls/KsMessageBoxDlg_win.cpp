@@ -6,6 +6,7 @@
 #include "resource.h"
 #include "ui/CPropertySheet.h"
 #include "ui/CWinApp.h"
+#include "ui/Clipboard.h"
 
 namespace postmarker {
 namespace {
@@ -176,20 +177,7 @@ void KsMessageBoxDlg::OnCancel() {
 }
 
 LRESULT KsMessageBoxDlg::HandleCopy(const MessageArgs& /*args*/) {
-  const std::wstring copy = m_caption + L"\r\n\r\n" + m_text + L"\r\n";
-  if (!::OpenClipboard(Handle())) {
-    return 0;
-  }
-  ::EmptyClipboard();
-  const size_t bytes = (copy.size() + 1) * sizeof(wchar_t);
-  if (const HGLOBAL memory = ::GlobalAlloc(GMEM_MOVEABLE, bytes)) {
-    std::copy_n(copy.c_str(), copy.size() + 1, static_cast<wchar_t*>(::GlobalLock(memory)));
-    ::GlobalUnlock(memory);
-    if (::SetClipboardData(CF_UNICODETEXT, memory) == nullptr) {
-      ::GlobalFree(memory);
-    }
-  }
-  ::CloseClipboard();
+  SetClipboardText(Handle(), m_caption + L"\r\n\r\n" + m_text + L"\r\n");
   return 0;
 }
 

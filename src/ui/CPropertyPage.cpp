@@ -53,6 +53,9 @@ LRESULT CPropertyPage::HandleSheetNotification(UINT code) {
       return OnWizardFinish() ? FALSE : TRUE;
     case kNotification<PSN_QUERYCANCEL>:
       return OnQueryCancel() ? FALSE : TRUE;
+    case kNotification<PSN_RESET>:
+      OnReset();
+      return 0;
     default:
       return 0;
   }

@@ -32,6 +32,9 @@ class CPropertyPage : public CDialog {
   // Cancel was pressed or the sheet closed. False keeps the sheet open.
   virtual bool OnQueryCancel() { return true; }
 
+  // The sheet is being closed without Finish.
+  virtual void OnReset() {}
+
   LRESULT WindowProc(const MessageArgs& args) override;
 
   // The keys Enter and Escape belong to the sheet.

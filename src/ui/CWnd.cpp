@@ -1,13 +1,49 @@
 #include "ui/CWnd.h"
 
+#include <mutex>
+#include <new>
+#include <unordered_map>
 #include <utility>
 
+#include "support/CriticalSection_win.h"
 #include "ui/ThreadState.h"
 
 namespace postmarker {
 namespace {
 
-constexpr wchar_t kObjectProperty[] = L"PostmarkerWindow";
+// Which window has which object. Every message asks, so it is kept here and not in a property of
+// the window, for which the system may have to ask another process.
+class WindowMap {
+ public:
+  [[nodiscard]] CWnd* Find(HWND window) {
+    const std::lock_guard lock(m_lock);
+    const auto found = m_objects.find(window);
+    return found != m_objects.end() ? found->second : nullptr;
+  }
+  // False if there is no memory for it.
+  bool Add(HWND window, CWnd* object) noexcept {
+    const std::lock_guard lock(m_lock);
+    try {
+      m_objects[window] = object;
+    } catch (const std::bad_alloc&) {
+      return false;
+    }
+    return true;
+  }
+  void Remove(HWND window) {
+    const std::lock_guard lock(m_lock);
+    m_objects.erase(window);
+  }
+
+ private:
+  CriticalSection m_lock;
+  std::unordered_map<HWND, CWnd*> m_objects;
+};
+
+WindowMap& Windows() {
+  static WindowMap map;
+  return map;
+}
 
 bool Matches(const MessageEntry& entry, const MessageArgs& args) {
   switch (entry.kind) {
@@ -48,11 +84,11 @@ CWnd::~CWnd() {
 }
 
 CWnd* CWnd::FromHandle(HWND window) {
-  return static_cast<CWnd*>(::GetPropW(window, kObjectProperty));
+  return Windows().Find(window);
 }
 
 bool CWnd::Subclass(HWND window) {
-  if (m_hWnd != nullptr || !::SetPropW(window, kObjectProperty, this)) {
+  if (m_hWnd != nullptr || !::IsWindow(window) || !Windows().Add(window, this)) {
     return false;
   }
   m_hWnd = window;
@@ -71,7 +107,7 @@ void CWnd::Detach() {
   if (current == &CWnd::StaticProc) {
     ::SetWindowLongPtrW(m_hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(m_previousProc));
   }
-  ::RemovePropW(m_hWnd, kObjectProperty);
+  Windows().Remove(m_hWnd);
   m_hWnd = nullptr;
 }
 
@@ -93,7 +129,7 @@ LRESULT CWnd::Dispatch(const MessageArgs& args) {
   // The last message: the handle is forgotten before the object can be deleted by its handler.
   const LRESULT result = WindowProc(args);
   if (m_hWnd != nullptr) {
-    ::RemovePropW(m_hWnd, kObjectProperty);
+    Windows().Remove(m_hWnd);
     m_hWnd = nullptr;
   }
   return result;
