@@ -19,6 +19,20 @@ constexpr auto kCommands = std::to_array<Command>({
     {"domain", "FILE", 1, 1, true, {}, RunDomain},
     {"received", "FILE", 1, 1, true, {}, RunReceived},
     {"decode", "words|quoted-printable|base64 FILE", 2, 2, false, {}, RunDecode},
+    {"folder-text",
+     "encode FLAG FIRSTID SECONDID NAME|decode TEXT",
+     2,
+     5,
+     false,
+     {},
+     RunFolderText},
+    {"column-state", "COLUMNS TEXT", 2, 2, false, {}, RunColumnState},
+    {"pipe-folder", "TEXT", 1, 1, false, {}, RunPipeFolder},
+    {"imm-folders", "FILE [ROOTLABEL]", 1, 2, false, {}, RunImmFolders},
+    {"imh", "FILE STOREDIR NAME", 3, 3, false, {}, RunImh},
+    {"imm-message", "STOREDIR NAME MSGSIZE LIGHTMSGSIZE MSGPOS", 5, 5, false, {}, RunImmMessage},
+    {"imb", "FILE", 1, 1, false, {}, RunImb},
+    {"incredimail", "IDENTITYDIR ROOTLABEL", 2, 2, false, {}, RunIncrediMail},
 });
 
 }  // namespace

@@ -52,5 +52,13 @@ bool RunAddresses(const Arguments& arguments, JsonWriter* json);
 bool RunDomain(const Arguments& arguments, JsonWriter* json);
 bool RunReceived(const Arguments& arguments, JsonWriter* json);
 bool RunDecode(const Arguments& arguments, JsonWriter* json);
+bool RunFolderText(const Arguments& arguments, JsonWriter* json);
+bool RunColumnState(const Arguments& arguments, JsonWriter* json);
+bool RunPipeFolder(const Arguments& arguments, JsonWriter* json);
+bool RunImmFolders(const Arguments& arguments, JsonWriter* json);
+bool RunImh(const Arguments& arguments, JsonWriter* json);
+bool RunImmMessage(const Arguments& arguments, JsonWriter* json);
+bool RunImb(const Arguments& arguments, JsonWriter* json);
+bool RunIncrediMail(const Arguments& arguments, JsonWriter* json);
 
 }  // namespace postmarker::inspect

@@ -1,18 +1,32 @@
 #include "Input.h"
 
-#include <array>
 #include <cstdio>
+#include <deque>
 
 #include "support/Text.h"
 
 namespace postmarker::inspect {
 namespace {
 
+// In blocks, which are put together and given up one by one: a text that grew would be there twice
+// and more.
 std::string ReadStandardInput() {
+  constexpr size_t kBlock = 65536;
+  std::deque<std::string> blocks;
+  size_t total = 0;
+  for (;;) {
+    std::string& block = blocks.emplace_back(kBlock, '\0');
+    const size_t count = std::fread(block.data(), 1, kBlock, stdin);
+    block.resize(count);
+    total += count;
+    if (count == 0) {
+      break;
+    }
+  }
   std::string bytes;
-  std::array<char, 65536> buffer;
-  while (const size_t count = std::fread(buffer.data(), 1, buffer.size(), stdin)) {
-    bytes.append(buffer.data(), count);
+  bytes.reserve(total);
+  for (; !blocks.empty(); blocks.pop_front()) {
+    bytes.append(blocks.front());
   }
   return bytes;
 }
@@ -41,16 +55,6 @@ Input::Input(const std::string& name) {
     m_file.emplace(WidenUtf8(name), uint8_t{1});
     m_bytes = m_file->Bytes();
   }
-}
-
-std::vector<std::string_view> Lines(std::string_view text) {
-  std::vector<std::string_view> lines;
-  while (!text.empty()) {
-    const size_t end = text.find('\n');
-    lines.push_back(text.substr(0, end));
-    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-  }
-  return lines;
 }
 
 void WriteCounts(JsonWriter* json, std::string_view key, const TokenCountMap& counts) {

@@ -5,7 +5,6 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "JsonWriter.h"
 #include "analysis/Received.h"
@@ -31,9 +30,6 @@ class Input {
   std::optional<MappedFile> m_file;
   std::string_view m_bytes;
 };
-
-// The lines of a text, which end at LF; a last one without it counts if it is not empty.
-std::vector<std::string_view> Lines(std::string_view text);
 
 // Parts of documents that several commands share.
 void WriteCounts(JsonWriter* json, std::string_view key, const TokenCountMap& counts);

@@ -1,14 +1,27 @@
 #include "JsonWriter.h"
 
-#include <utility>
+#include <algorithm>
 
 namespace postmarker::inspect {
+namespace {
+
+constexpr size_t kPiece = 32768;  // bytes that are printed at a time, about
+
+}  // namespace
 
 void JsonWriter::Separate() {
   if (m_needsComma) {
     m_text.push_back(',');
   }
   m_needsComma = true;
+  PrintIfFull();
+}
+
+void JsonWriter::PrintIfFull() {
+  if (m_text.size() >= kPiece) {
+    m_print(m_text);
+    m_text.clear();
+  }
 }
 
 JsonWriter& JsonWriter::Open(char bracket) {
@@ -41,8 +54,11 @@ void JsonWriter::PutUnit(uint32_t unit) {
 
 void JsonWriter::PutBytes(std::string_view bytes) {
   m_text.push_back('"');
-  for (const char c : bytes) {
-    PutUnit(static_cast<unsigned char>(c));
+  for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), kPiece))) {
+    for (const char c : bytes.substr(0, kPiece)) {
+      PutUnit(static_cast<unsigned char>(c));
+    }
+    PrintIfFull();
   }
   m_text.push_back('"');
 }
@@ -50,6 +66,13 @@ void JsonWriter::PutBytes(std::string_view bytes) {
 JsonWriter& JsonWriter::Key(std::string_view key) {
   Separate();
   PutBytes(key);
+  m_text.push_back(':');
+  m_needsComma = false;
+  return *this;
+}
+
+JsonWriter& JsonWriter::WideKey(std::wstring_view key) {
+  Wide(key);
   m_text.push_back(':');
   m_needsComma = false;
   return *this;
@@ -83,9 +106,11 @@ JsonWriter& JsonWriter::Bool(bool value) {
   return *this;
 }
 
-std::string JsonWriter::Take() {
+void JsonWriter::EndDocument() {
   m_needsComma = false;
-  return std::exchange(m_text, std::string());
+  m_text.push_back('\n');
+  m_print(m_text);
+  m_text.clear();
 }
 
 }  // namespace postmarker::inspect

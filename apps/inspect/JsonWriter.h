@@ -1,16 +1,24 @@
-// Writes one JSON document: ASCII only, without white space outside texts.
+// Writes JSON documents: ASCII only, without white space outside texts.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
 namespace postmarker::inspect {
 
+// Takes a piece of what the tool says.
+using Print = std::function<void(std::string_view text)>;
+
 // Puts commas where they belong. The caller opens and closes objects and arrays in pairs, and
-// writes a key in front of each value in an object.
+// writes a key in front of each value in an object. Documents go out in pieces while they are
+// written: one may be much larger than what it tells of.
 class JsonWriter {
  public:
+  // REQUIRES: `print` outlives the writer.
+  explicit JsonWriter(const Print& print) : m_print(print) {}
+
   JsonWriter& BeginObject() { return Open('{'); }
   JsonWriter& EndObject() { return Close('}'); }
   JsonWriter& BeginArray() { return Open('['); }
@@ -18,6 +26,8 @@ class JsonWriter {
 
   // The key of the next value; bytes as for Narrow.
   JsonWriter& Key(std::string_view key);
+  // The same, UTF-16 units.
+  JsonWriter& WideKey(std::wstring_view key);
 
   // Bytes: byte b becomes the character U+00bb.
   JsonWriter& Narrow(std::string_view bytes);
@@ -28,17 +38,19 @@ class JsonWriter {
   JsonWriter& Number(int64_t value);
   JsonWriter& Bool(bool value);
 
-  // What was written. The writer is empty afterwards.
-  std::string Take();
+  // Ends the document with a line end and prints what is left of it. Another one may follow.
+  void EndDocument();
 
  private:
   JsonWriter& Open(char bracket);
   JsonWriter& Close(char bracket);
   void Separate();
+  void PrintIfFull();
   void PutUnit(uint32_t unit);
   void PutBytes(std::string_view bytes);
 
-  std::string m_text;
+  const Print& m_print;
+  std::string m_text;  // not printed so far
   bool m_needsComma = false;
 };
 

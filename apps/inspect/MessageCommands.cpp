@@ -11,14 +11,14 @@
 namespace postmarker::inspect {
 namespace {
 
-// The order of calls that a subclass of KsMailParser sees.
+// Writes the order of calls that a subclass of KsMailParser sees; nothing where `json` is null.
 class HookRecorder : public KsMailParser {
  public:
-  std::vector<std::string> calls;
+  explicit HookRecorder(JsonWriter* json) : m_json(json) {}
 
   void FlushBytes() {
     if (m_bytes > 0) {
-      calls.push_back("bytes " + std::to_string(m_level) + " " + std::to_string(m_bytes));
+      Write("bytes " + std::to_string(m_level) + " " + std::to_string(m_bytes));
       m_bytes = 0;
     }
   }
@@ -63,9 +63,15 @@ class HookRecorder : public KsMailParser {
  private:
   void Note(const std::string& call) {
     FlushBytes();
-    calls.push_back(call);
+    Write(call);
+  }
+  void Write(const std::string& call) {
+    if (m_json != nullptr) {
+      m_json->Narrow(call);
+    }
   }
 
+  JsonWriter* m_json;
   uint64_t m_bytes = 0;
   int m_level = 0;
 };
@@ -83,9 +89,8 @@ void WriteHeadersAndHops(JsonWriter* json, ResultCode result, KsMailHeaderParser
   json->Key("result").Number(result);
   json->Key("headers").BeginObject();
   const HeaderMap headers = parser->GetHeaders();
-  for (const auto& [name, value] : headers.Sorted()) {
-    json->Key(name).Narrow(value);
-  }
+  headers.ForEachSorted(
+      [json](std::string_view name, std::string_view value) { json->Key(name).Narrow(value); });
   json->EndObject();
   json->Key("hops").BeginArray();
   for (const ReceivedHop& hop : parser->GetHops()) {
@@ -155,16 +160,23 @@ void WriteMessage(JsonWriter* json, ResultCode result, KsMailTokenizer* tokenize
   json->EndObject();
 }
 
+// Without a document the work is done all the same.
+void WalkHops(const KsMailHeaderParser& parser) {
+  for ([[maybe_unused]] const ReceivedHop& hop : parser.GetHops()) {
+  }
+}
+
 }  // namespace
 
 bool RunHeaders(const Arguments& arguments, JsonWriter* json) {
   KsMailHeaderParser parser;
   const ResultCode result = ParseInput(&parser, arguments.texts.front());
-  parser.GetHops();
   if (json != nullptr) {
     json->BeginObject();
     WriteHeadersAndHops(json, result, &parser);
     json->EndObject();
+  } else {
+    WalkHops(parser);
   }
   return true;
 }
@@ -175,23 +187,23 @@ bool RunMessage(const Arguments& arguments, JsonWriter* json) {
   const ResultCode result =
       ParseInput(&tokenizer, arguments.texts.front(), static_cast<HtmlToText>(nullptr),
                  static_cast<PdfHelper*>(nullptr));
-  tokenizer.GetHops();
   tokenizer.Tokens();
   if (json != nullptr) {
     WriteMessage(json, result, &tokenizer);
+  } else {
+    WalkHops(tokenizer);
   }
   return true;
 }
 
 bool RunHooks(const Arguments& arguments, JsonWriter* json) {
   const Input input(arguments.texts.front());
-  HookRecorder recorder;
-  recorder.ParseBuffer(input.Bytes().data(), static_cast<uint32_t>(input.Bytes().size()));
+  HookRecorder recorder(json);
   if (json != nullptr) {
     json->BeginArray();
-    for (const std::string& call : recorder.calls) {
-      json->Narrow(call);
-    }
+  }
+  recorder.ParseBuffer(input.Bytes().data(), static_cast<uint32_t>(input.Bytes().size()));
+  if (json != nullptr) {
     json->EndArray();
   }
   return true;

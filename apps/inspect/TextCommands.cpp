@@ -1,6 +1,6 @@
 // words, html, addresses, domain, received and decode: pieces of text.
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include "Commands.h"
 #include "Input.h"
@@ -25,6 +25,23 @@ void WriteFeatures(JsonWriter* json, const TextFeatures& features) {
   WriteWords(json, "words", features.words);
   WriteCounts(json, "urls", features.urls);
   WriteCounts(json, "addresses", features.addresses);
+}
+
+// Calls write(line) for each line of a text, for the items of an array. Lines end at LF; a last one
+// without it counts if it is not empty.
+template <class Write>
+void WriteLines(std::string_view text, JsonWriter* json, Write write) {
+  if (json != nullptr) {
+    json->BeginArray();
+  }
+  while (!text.empty()) {
+    const size_t end = text.find('\n');
+    write(text.substr(0, end));
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+  }
+  if (json != nullptr) {
+    json->EndArray();
+  }
 }
 
 }  // namespace
@@ -75,34 +92,24 @@ bool RunAddresses(const Arguments& arguments, JsonWriter* json) {
 
 bool RunDomain(const Arguments& arguments, JsonWriter* json) {
   const Input input(arguments.texts.front());
-  std::vector<std::string_view> domains = Lines(input.Bytes());
-  for (std::string_view& line : domains) {
-    line = GetRegisteredDomain(line);
-  }
-  if (json != nullptr) {
-    json->BeginArray();
-    for (const std::string_view domain : domains) {
+  WriteLines(input.Bytes(), json, [json](std::string_view line) {
+    const std::string_view domain = GetRegisteredDomain(line);
+    if (json != nullptr) {
       json->Narrow(domain);
     }
-    json->EndArray();
-  }
+  });
   return true;
 }
 
 bool RunReceived(const Arguments& arguments, JsonWriter* json) {
   const Input input(arguments.texts.front());
-  std::vector<ReceivedHop> hops;
-  for (const std::string_view line : Lines(input.Bytes())) {
-    ReceivedHop& hop = hops.emplace_back();
+  WriteLines(input.Bytes(), json, [json](std::string_view line) {
+    ReceivedHop hop;
     ParseReceivedLine(line, &hop.first, &hop.second);
-  }
-  if (json != nullptr) {
-    json->BeginArray();
-    for (const ReceivedHop& hop : hops) {
+    if (json != nullptr) {
       WriteHop(json, hop);
     }
-    json->EndArray();
-  }
+  });
   return true;
 }
 

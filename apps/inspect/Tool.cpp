@@ -115,7 +115,7 @@ bool ReadArguments(const std::vector<std::string>& arguments, Invocation* invoca
 
 // Does the work as often as asked for, and prints the last document.
 bool RunOnce(const Invocation& invocation, const Arguments& arguments, const Print& print) {
-  JsonWriter json;
+  JsonWriter json(print);
   for (uint32_t i = 0; i < invocation.repeat; ++i) {
     const bool last = !invocation.quiet && i + 1 == invocation.repeat;
     if (!invocation.command->run(arguments, last ? &json : nullptr)) {
@@ -123,7 +123,7 @@ bool RunOnce(const Invocation& invocation, const Arguments& arguments, const Pri
     }
   }
   if (!invocation.quiet) {
-    print(json.Take() + "\n");
+    json.EndDocument();
   }
   return true;
 }

@@ -42,26 +42,28 @@ std::string CleanAddress(std::string_view piece) {
   return address;
 }
 
-// The addresses between one pair of angle brackets. A comma in the first place parts nothing.
-void AddAddresses(std::string_view addresses, const std::string& display, AddressMap* map) {
+std::string_view CleanDisplay(std::string_view display) {
+  return TrimSpace(TrimByte(TrimSpace(display), '"'));
+}
+
+// Calls `use` with each of the addresses between one pair of angle brackets and what stands in
+// front of it. A comma in the first place parts nothing.
+template <class Use>
+void WalkBrackets(std::string_view addresses, std::string_view display, const Use& use) {
   for (size_t start = 0; start <= addresses.size();) {
     size_t comma = addresses.find(',', start == 0 ? 1 : start);
     comma = comma == kNone ? addresses.size() : comma;
     std::string address = CleanAddress(addresses.substr(start, comma - start));
     if (!address.empty()) {
-      map->insert_or_assign(std::move(address), display);
+      use(std::move(address), display);
     }
     start = comma + 1;
   }
 }
 
-std::string_view CleanDisplay(std::string_view display) {
-  return TrimSpace(TrimByte(TrimSpace(display), '"'));
-}
-
-}  // namespace
-
-void ParseAddressList(std::string_view text, AddressMap* map) {
+// Calls `use` with each address of a list and its display name, which is not cleaned yet.
+template <class Use>
+void WalkList(std::string_view text, const Use& use) {
   ForwardFinder opens(text, '<');
   ForwardFinder closes(text, '>');
   ForwardFinder commas(text, ',');
@@ -71,14 +73,26 @@ void ParseAddressList(std::string_view text, AddressMap* map) {
     size_t end = commas.From(close == kNone ? start : close);
     end = end == kNone ? text.size() : end;
     if (open >= end) {
-      map->insert_or_assign(LowerText(TrimSpace(text.substr(start, end - start))), std::string());
+      use(LowerText(TrimSpace(text.substr(start, end - start))), std::string_view());
     } else {
       const size_t last = close < end ? close : end;
-      AddAddresses(text.substr(open + 1, last - open - 1),
-                   std::string(CleanDisplay(text.substr(start, open - start))), map);
+      WalkBrackets(text.substr(open + 1, last - open - 1), text.substr(start, open - start), use);
     }
     start = end + 1;
   }
+}
+
+}  // namespace
+
+void ParseAddressList(std::string_view text, AddressMap* map) {
+  WalkList(text, [map](std::string address, std::string_view display) {
+    map->insert_or_assign(std::move(address), std::string(CleanDisplay(display)));
+  });
+}
+
+void ForEachAddress(std::string_view text, const std::function<void(std::string_view)>& use) {
+  WalkList(text,
+           [&use](const std::string& address, std::string_view /*display*/) { use(address); });
 }
 
 }  // namespace postmarker

@@ -1,6 +1,7 @@
 // Lists of mail addresses, as senders and recipients stand in headers.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -17,5 +18,9 @@ using AddressMap = std::map<std::string, std::string>;
 // with them falls into that one's display name. Display names hold commas far more often than lists
 // mix both forms.
 void ParseAddressList(std::string_view text, AddressMap* map);
+
+// Calls `use` with each address that ParseAddressList takes from the list, in the list's order and
+// as often as it stands there. The bytes live during the call.
+void ForEachAddress(std::string_view text, const std::function<void(std::string_view)>& use);
 
 }  // namespace postmarker

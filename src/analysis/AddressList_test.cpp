@@ -21,6 +21,14 @@ TEST_P(AddressListTest, SplitsAsTold) {
   EXPECT_EQ(addresses, GetParam().expected) << GetParam().text;
 }
 
+TEST_P(AddressListTest, EachAddressIsOneOfTheMaps) {
+  AddressMap addresses;
+  ForEachAddress(GetParam().text, [&addresses](std::string_view address) {
+    addresses[std::string(address)] = GetParam().expected.at(std::string(address));
+  });
+  EXPECT_EQ(addresses, GetParam().expected);
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Lists, AddressListTest,
     testing::Values(

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <optional>
 
+#include "analysis/Base64Blocks.h"
 #include "analysis/Bytes.h"
 
 namespace postmarker {
@@ -22,7 +23,9 @@ char UpperByte(char c) {
 // A bounded output that ends with a NUL.
 class Output {
  public:
-  Output(char* out, size_t capacity) : m_out(out), m_capacity(capacity) {}
+  // The first `count` bytes are there already.
+  Output(char* out, size_t capacity, size_t count = 0)
+      : m_out(out), m_capacity(capacity), m_count(count) {}
   [[nodiscard]] size_t Room() const { return m_capacity - m_count; }
   [[nodiscard]] bool Full() const { return m_count >= m_capacity; }
   void Put(char c) {
@@ -44,7 +47,7 @@ class Output {
  private:
   char* m_out;
   size_t m_capacity;
-  size_t m_count = 0;
+  size_t m_count;
 };
 
 struct EncodedWord {
@@ -169,8 +172,10 @@ size_t DecodeBase64(std::string_view in, char* out, size_t capacity, bool keepLi
 }
 
 size_t EncodeBase64(std::string_view in, char* out, size_t capacity, bool wrap) {
-  Output output(out, capacity);
-  for (size_t i = 0; i < in.size() && !output.Full(); i += 3) {
+  // Without line breaks nearly all of it goes in blocks.
+  const size_t groups = wrap ? 0 : EncodeBase64Groups(in, capacity / 4, out);
+  Output output(out, capacity, groups * 4);
+  for (size_t i = groups * 3; i < in.size() && !output.Full(); i += 3) {
     if (wrap && i % kEncodedGroup == 0) {
       output.PutLineBreak();
     }

@@ -181,13 +181,35 @@ void HeaderMap::Clear() {
   m_count = 0;
 }
 
+std::vector<uint32_t> HeaderMap::SortedOffsets() const {
+  std::vector<uint32_t> offsets;
+  offsets.reserve(m_count);
+  for (uint32_t offset = 0; offset < m_end;) {
+    const Record record = m_storage->At(offset);
+    if (!record.dead) {
+      offsets.push_back(offset);
+    }
+    offset = m_storage->pool.After(offset, record.size);
+  }
+  std::sort(offsets.begin(), offsets.end(),
+            [this](uint32_t a, uint32_t b) { return m_storage->At(a).key < m_storage->At(b).key; });
+  return offsets;
+}
+
 std::vector<HeaderMap::Item> HeaderMap::Sorted() const {
   std::vector<Item> items;
   items.reserve(m_count);
-  ForEach([&](std::string_view key, std::string_view value) { items.emplace_back(key, value); });
-  std::sort(items.begin(), items.end(),
-            [](const Item& a, const Item& b) { return a.first < b.first; });
+  ForEachSorted(
+      [&](std::string_view key, std::string_view value) { items.emplace_back(key, value); });
   return items;
+}
+
+size_t HeaderMap::Memory() const {
+  if (m_storage == nullptr) {
+    return 0;
+  }
+  const size_t slots = m_storage->index == nullptr ? 0 : m_storage->index->capacity();
+  return m_storage->pool.Reserved() + slots * sizeof(uint32_t);
 }
 
 void HeaderMap::Shrink() {
@@ -197,7 +219,13 @@ void HeaderMap::Shrink() {
 }
 
 bool operator==(const HeaderMap& a, const HeaderMap& b) {
-  return a.m_count == b.m_count && a.Sorted() == b.Sorted();
+  if (a.m_count != b.m_count) {
+    return false;
+  }
+  bool same = true;
+  a.ForEach(
+      [&](std::string_view key, std::string_view value) { same = same && b.Find(key) == value; });
+  return same;
 }
 
 }  // namespace postmarker

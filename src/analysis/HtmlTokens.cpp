@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <optional>
-#include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "analysis/Bytes.h"
 #include "analysis/DomainTable.h"
@@ -71,29 +71,20 @@ std::optional<std::string_view> ReadValue(std::string_view tag, size_t equals) {
   return tag.substr(start, end - start);
 }
 
-// What is asked of the links of one tag.
+// What is asked of the links of one tag. Views live as long as the tag's URL.
 struct LinkFacts {
   bool any = false;
   bool exe = false;  // one ends in ".exe"
-  std::set<std::string, std::less<>>
-      domains;  // registered ones; the empty one is a member like any other
+  std::vector<std::string_view>
+      domains;  // registered ones, in order; the empty one is a member like any other
 };
-
-LinkFacts FactsOf(const TokenCountMap& links) {
-  LinkFacts facts;
-  links.ForEach([&](std::string_view link, int32_t) {
-    facts.any = true;
-    facts.exe = facts.exe || link.ends_with(".exe");
-    facts.domains.emplace(GetRegisteredDomain(StripUrlTail(link)));
-  });
-  return facts;
-}
 
 // False where the text that a reader sees names a domain that none of the links has.
 bool LinksMatchText(const LinkFacts& links, const TokenCountMap& visibleUrls) {
   bool matches = true;
   visibleUrls.ForEach([&](std::string_view url, int32_t) {
-    if (IsUrlLike(&url) && !links.domains.contains(LowerText(GetRegisteredDomain(url)))) {
+    if (IsUrlLike(&url) && !std::binary_search(links.domains.begin(), links.domains.end(),
+                                               LowerText(GetRegisteredDomain(url)))) {
       matches = false;
     }
   });
@@ -232,7 +223,7 @@ class HtmlScanner {
       return;
     }
     HandleUrls(link.url, 1);
-    JudgeLinks(FactsOf(m_links), visibleText);
+    JudgeLinks(TakeFacts(), visibleText);
     m_urls->Insert(m_links);
     m_links.Clear();
   }
@@ -245,16 +236,23 @@ class HtmlScanner {
     }
     if (m_baseUses++ == 0) {
       HandleUrls(m_base, 1);
-      m_baseFacts = FactsOf(m_links);
+      m_baseFacts = TakeFacts();
       m_urls->Insert(m_links);
       m_links.Clear();
     }
     JudgeLinks(m_baseFacts, visibleText);
   }
 
+  // What the links that were handled since the last time give.
+  LinkFacts TakeFacts() {
+    std::sort(m_facts.domains.begin(), m_facts.domains.end());
+    return std::exchange(m_facts, LinkFacts());
+  }
+
   void FlushBase() {
     if (m_baseUses > 1) {
       HandleUrls(m_base, m_baseUses - 1);
+      m_facts = LinkFacts();
       m_links.Clear();
     }
     m_baseUses = 0;
@@ -287,7 +285,13 @@ class HtmlScanner {
       m_tokens->Add(rest, count);
       m_links.Add(rest, count);
     }
+    const std::string_view link = rest;
     rest = StripUrlTail(rest);
+    if (isHttp && !link.empty()) {
+      m_facts.any = true;
+      m_facts.exe = m_facts.exe || link.ends_with(".exe");
+      m_facts.domains.push_back(GetRegisteredDomain(rest));
+    }
     if (SameText(scheme, "mailto")) {
       HandleMailAddress(rest, count);
     } else if (SameText(scheme, "cid")) {
@@ -321,6 +325,7 @@ class HtmlScanner {
   std::string m_base;  // of the last "base" tag; it holds for all tags behind it
   int32_t m_baseUses = 0;
   LinkFacts m_baseFacts;
+  LinkFacts m_facts;
   TokenCountMap m_links;
   TokenCountMap m_visibleUrls;
 };

@@ -1,9 +1,6 @@
 #include "analysis/KsMailHeaderParser.h"
 
 #include <typeinfo>
-#include <utility>
-
-#include "analysis/Bytes.h"
 
 namespace postmarker {
 
@@ -11,8 +8,7 @@ KsMailHeaderParser::~KsMailHeaderParser() = default;
 
 void KsMailHeaderParser::Clear() {
   m_headers.Clear();
-  m_hops.clear();
-  m_hopsPending = false;
+  m_hops = HopList();
 }
 
 ResultCode KsMailHeaderParser::Parse(const char* data, uint32_t size) {
@@ -26,22 +22,15 @@ ResultCode KsMailHeaderParser::Parse(const wchar_t* path) {
 }
 
 void KsMailHeaderParser::RemoveHeader(std::string_view key) {
-  EnsureHops();
   m_headers.Erase(key);
 }
 
 void KsMailHeaderParser::SetHeader(std::string_view key, std::string_view value) {
-  EnsureHops();
   m_headers.Set(key, value);
 }
 
-const std::vector<ReceivedHop>& KsMailHeaderParser::GetHops() {
-  EnsureHops();
-  return m_hops;
-}
-
 ResultCode KsMailHeaderParser::OnParseEnd() {
-  m_hopsPending = true;
+  ParseReceivedLines();
   return kOk;
 }
 
@@ -64,33 +53,8 @@ bool KsMailHeaderParser::WantsSingleBytes() const {
   return typeid(*this) != typeid(KsMailHeaderParser);
 }
 
-void KsMailHeaderParser::EnsureHops() {
-  if (!std::exchange(m_hopsPending, false)) {
-    return;
-  }
-  try {
-    ParseReceivedLines();
-  } catch (...) {
-    // Hops that were found stay.
-    m_hopsPending = false;
-  }
-}
-
 void KsMailHeaderParser::ParseReceivedLines() {
-  std::string key = "received-comment";
-  for (int number = 0;;) {
-    const auto value = m_headers.Find(key);
-    if (!value) {
-      return;
-    }
-    ReceivedHop hop;
-    ParseReceivedLine(LowerText(*value), &hop.first, &hop.second);
-    if (!hop.first.name.empty() || !hop.second.name.empty()) {
-      m_hops.push_back(std::move(hop));
-    }
-    ++number;
-    key = "received-" + std::to_string(number) + "-comment";
-  }
+  m_hops = HopList(m_headers);
 }
 
 }  // namespace postmarker

@@ -4,10 +4,9 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
+#include "analysis/HopList.h"
 #include "analysis/KsMailParser.h"
-#include "analysis/Received.h"
 
 namespace postmarker {
 
@@ -36,9 +35,8 @@ class KsMailHeaderParser : public KsMailParser {
   // The value of "subject", or an empty text.
   [[nodiscard]] std::string GetSubject() const { return std::string(m_headers.Get("subject")); }
 
-  // The hops in the order of the "Received:" lines, the last hop in time first. They are worked out
-  // when somebody asks for them first.
-  const std::vector<ReceivedHop>& GetHops();
+  // The hops in the order of the "Received:" lines, the last hop in time first.
+  [[nodiscard]] const HopList& GetHops() const { return m_hops; }
 
  protected:
   ResultCode OnParseEnd() override;
@@ -46,15 +44,12 @@ class KsMailHeaderParser : public KsMailParser {
   bool WantsBody() override;
   [[nodiscard]] bool WantsSingleBytes() const override;
 
-  // Adds the hops that the headers tell of.
+  // Makes the list of the hops that the headers tell of.
   void ParseReceivedLines();
 
  private:
-  void EnsureHops();
-
   HeaderMap m_headers;
-  std::vector<ReceivedHop> m_hops;
-  bool m_hopsPending = false;
+  HopList m_hops;
 };
 
 }  // namespace postmarker

@@ -53,8 +53,15 @@ Delimiter FindDelimiter(std::string_view body, std::string_view boundary) {
 
 // A multipart whose parts are being read.
 struct KsMailParser::Multipart {
+  // The boundary of its parts, which stands in its content type. There may be very many open
+  // multiparts, so it is not kept a second time.
+  [[nodiscard]] std::string_view Boundary() const {
+    return headers.Get("content-type").substr(boundaryOffset, boundaryLength);
+  }
+
   HeaderMap headers;
-  std::string inner;  // the boundary of its parts
+  uint32_t boundaryOffset;
+  uint32_t boundaryLength;
   int level;
 };
 
@@ -151,7 +158,8 @@ void KsMailParser::ParseHeaderBlock(int level, HeaderMap* headers) {
 }
 
 // Reads the header block and what a multipart has in front of its parts.
-KsMailParser::Kind KsMailParser::OpenEntity(int level, HeaderMap* headers, std::string* inner) {
+KsMailParser::Kind KsMailParser::OpenEntity(int level, HeaderMap* headers,
+                                            std::string_view* inner) {
   SelectHeaders(headers, level);
   if (!headers->Empty()) {
     headers->Set("content-type", {});
@@ -170,8 +178,8 @@ KsMailParser::Kind KsMailParser::OpenEntity(int level, HeaderMap* headers, std::
   if (!FindParameter(contentType, "multipart")) {
     return Kind::kSimple;
   }
-  *inner = FindParameter(contentType, "boundary").value_or(std::string_view());
-  ParseBody(level, *inner);
+  *inner = FindParameter(contentType, "boundary").value_or(contentType.substr(0, 0));
+  ParseBody(level, std::string(*inner));
   return Kind::kMultipart;
 }
 
@@ -183,12 +191,10 @@ bool KsMailParser::CloseEntity(int level, const std::string& boundary, HeaderMap
 
 bool KsMailParser::ParseEntity(int level, const std::string& boundary) {
   std::deque<Multipart> open;
-  const auto boundaryHere = [&]() -> const std::string& {
-    return open.empty() ? boundary : open.back().inner;
-  };
+  std::string boundaryHere = boundary;
   for (;;) {
     HeaderMap headers;
-    std::string inner;
+    std::string_view inner;
     const Kind kind = OpenEntity(level, &headers, &inner);
     if (kind == Kind::kMessage) {
       // Its header block simply follows, and the same boundary ends it.
@@ -196,17 +202,21 @@ bool KsMailParser::ParseEntity(int level, const std::string& boundary) {
       continue;
     }
     if (kind == Kind::kMultipart) {
+      boundaryHere = inner;
+      const auto offset = inner.data() - headers.Get("content-type").data();
       headers.Shrink();
-      open.push_back({std::move(headers), std::move(inner), level});
+      open.push_back({std::move(headers), static_cast<uint32_t>(offset),
+                      static_cast<uint32_t>(inner.size()), level});
       ++level;
       continue;
     }
-    bool more = kind == Kind::kSimple && CloseEntity(level, boundaryHere(), &headers);
+    bool more = kind == Kind::kSimple && CloseEntity(level, boundaryHere, &headers);
     while (!more && !open.empty()) {
       Multipart multipart = std::move(open.back());
       open.pop_back();
       level = multipart.level;
-      more = CloseEntity(level, boundaryHere(), &multipart.headers);
+      boundaryHere = open.empty() ? std::string_view(boundary) : open.back().Boundary();
+      more = CloseEntity(level, boundaryHere, &multipart.headers);
     }
     if (open.empty()) {
       return more;

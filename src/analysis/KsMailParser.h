@@ -99,6 +99,9 @@ class KsMailParser {
   // True if another part follows.
   virtual bool ParseBody(int level, const std::string& boundary);
 
+  // The bytes of the message that is being read.
+  [[nodiscard]] uint32_t MessageSize() const { return m_size; }
+
   // What the current entity is.
   [[nodiscard]] virtual bool IsQuotedPrintable() const { return m_type.quotedPrintable; }
   [[nodiscard]] virtual bool IsText() const { return m_type.text; }
@@ -130,7 +133,7 @@ class KsMailParser {
   enum class Capture : uint8_t { kNothing, kText, kBlob };
 
   void AnalyzeContentType(HeaderMap* headers) { m_type = ReadContentType(headers); }
-  Kind OpenEntity(int level, HeaderMap* headers, std::string* inner);
+  Kind OpenEntity(int level, HeaderMap* headers, std::string_view* inner);
   bool CloseEntity(int level, const std::string& boundary, HeaderMap* headers);
   void SendBody(std::string_view bytes, int level);
   void CaptureBytes(std::string_view bytes);

@@ -10,8 +10,10 @@
 #include <vector>
 
 #include "analysis/HeaderLog.h"
+#include "analysis/KeyWindow.h"
 #include "analysis/KsMailHeaderParser.h"
 #include "analysis/Md5.h"
+#include "analysis/MemoryBudget.h"
 #include "analysis/TextPool.h"
 #include "analysis/TokenCountMap.h"
 #include "analysis/WordList.h"
@@ -55,8 +57,11 @@ struct PdfHelper {
 //
 // The walk itself only decodes, fingerprints and keeps what is needed; tokens are counted when
 // somebody first asks for a feature (at the end of the walk already where a helper is given, since
-// helpers live for one parse). Who reads headers alone pays for headers alone, and the memory that
-// a parse takes stays in proportion to the message, however many features follow from it.
+// helpers live for one parse). Who reads headers alone pays for headers alone.
+//
+// All that an object holds stays in proportion to the message, however many features follow from
+// it: where they would take more, they are not held but counted anew, stretch by stretch, while
+// somebody walks the maps and lists. Results are the same; each look at them takes longer then.
 //
 // One message at a time, one thread per object; results stay until the next Parse. All text is
 // bytes.
@@ -108,12 +113,31 @@ class KsMailTokenizer : public KsMailHeaderParser {
   void OnBodyDone(int level) override;
   [[nodiscard]] bool WantsSingleBytes() const override;
 
+  // The bytes that features may take besides what the walk has kept, and those that one walk
+  // through a map or list may take where they need more.
+  [[nodiscard]] virtual size_t FeatureMemory() const;
+
  private:
   struct FingerprintRecord {
     Md5Digest digest;
     int32_t length;
     uint32_t typeOffset;  // in m_fingerprintTypes
     uint32_t typeLength;
+  };
+
+  // Where features come from.
+  struct Sources {
+    bool subjects = true;
+    bool senders = true;
+    bool parts = true;
+  };
+
+  // What a helper made of a part.
+  struct HelperText {
+    std::string text;
+    int32_t countA = 0;
+    int32_t countB = 0;
+    bool failed = false;
   };
 
   static constexpr size_t kHashBufferSize = 65536;
@@ -126,19 +150,34 @@ class KsMailTokenizer : public KsMailHeaderParser {
   }
 
   void CollectFeatures();
+  void AskHelpers();
+  void AskHtmlHelper();
+  void AskPdfHelper();
+  void CountEverything(const Sources& sources, TextStats* stats);
+  void CountHeaders(const Sources& sources);
+  void CountParts(TextStats* stats);
+  void CountSequences();
+  void ReadFeaturesThrough();
+  [[nodiscard]] int32_t FirstPartNewTokens(size_t memory);
+  [[nodiscard]] Sources SourcesOf(const void* feature) const;
+  void RunPass(const TokenCountMap* target, KeyWindow* window);
+  void RunWordPass(const WordList* target, WordSink* sink);
+  void DropAll();
+  void ForgetHelperTexts();
+  std::array<TokenCountMap*, 7> AllMaps();
+  std::array<WordList*, 3> AllLists();
   void NoteHeaders(const HeaderMap& headers);
-  void CollectHeaderTokens(std::string_view key, std::string_view value);
   void CollectSubjectTokens(std::string_view key, std::string_view value);
   void CollectSenderTokens(std::string_view key, std::string_view label, std::string_view value);
   void CollectAddressTokens(std::string_view label, std::string_view address);
   void CollectNameTokens(std::string_view key, std::string_view displayName);
-  void AnalyzeParts();
-  void ProcessTextPart(const std::string& part, bool isHtml, TextStats* stats);
+  void ProcessTextPart(const std::string& part, const HelperText* helper, bool isHtml,
+                       TextStats* stats);
   void TokenizeText(std::string_view text);
-  void ProcessPdfParts();
   void AddFingerprint();
   void FlushHashBuffer();
 
+  MemoryBudget m_budget;  // of the maps and lists that follow
   TokenCountMap m_tokens;
   TokenCountMap m_subjectTokens;
   TokenCountMap m_fromNameTokens;
@@ -159,8 +198,12 @@ class KsMailTokenizer : public KsMailHeaderParser {
   int32_t m_hashBufferUsed = 0;
   HtmlToText m_htmlToText = nullptr;
   PdfHelper* m_pdfHelper = nullptr;
-  HeaderLog m_headerSources;  // headers whose tokens are not counted yet
+  HeaderLog m_headerSources;  // headers whose tokens are counted later
+  std::vector<HelperText> m_htmlTexts;
+  std::vector<std::string> m_pdfTexts;
+  bool m_pdfFailed = false;
   bool m_featuresPending = false;
+  uint32_t m_messageSize = 0;
   TokenCountMap m_localTokens;
   WordList m_localWords;
 };

@@ -13,6 +13,16 @@ namespace {
 constexpr size_t kWindow = 4;
 constexpr std::string_view kSubjectPrefix = "subject*";
 
+LetterGramMap GramsOf(const TokenCountMap& tokens) {
+  LetterGramMap grams;
+  for (const TokenCountMap::Item& token : tokens) {
+    if (token.count > 0) {
+      AddLetterGrams(&grams, token.key, token.count);
+    }
+  }
+  return grams;
+}
+
 }  // namespace
 
 void AddLetterGrams(LetterGramMap* map, std::string_view word, int32_t weight) {
@@ -40,14 +50,12 @@ void AddLetterGrams(LetterGramMap* map, std::string_view word, int32_t weight) {
   }
 }
 
-LetterGramMap GramsOfTokens(const TokenCountMap& tokens) {
-  LetterGramMap grams;
-  for (const TokenCountMap::Item& token : tokens) {
-    if (token.count > 0) {
-      AddLetterGrams(&grams, token.key, token.count);
-    }
-  }
-  return grams;
+LetterGramMap GramsOfTokens(KsMailTokenizer* message) {
+  return GramsOf(message->Tokens());
+}
+
+LetterGramMap GramsOfSubject(KsMailTokenizer* message) {
+  return GramsOf(message->SubjectTokens());
 }
 
 void RankGrams(LetterGramMap* map, size_t limit) {

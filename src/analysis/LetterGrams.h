@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "analysis/TokenCountMap.h"
+#include "analysis/KsMailTokenizer.h"
 
 namespace postmarker {
 
@@ -24,8 +24,9 @@ using LetterGramMap = std::map<std::string, LetterGram, std::less<>>;
 // prefix "subject*" of a word stands in front of each of its grams instead of being cut up.
 void AddLetterGrams(LetterGramMap* map, std::string_view word, int32_t weight);
 
-// The grams of all tokens with a count above 0.
-LetterGramMap GramsOfTokens(const TokenCountMap& tokens);
+// The grams of all tokens of a message with a count above 0, and those of its subject's.
+LetterGramMap GramsOfTokens(KsMailTokenizer* message);
+LetterGramMap GramsOfSubject(KsMailTokenizer* message);
 
 // Replaces counts by ranks, from 0 for the most frequent one; of equal counts the smaller gram
 // comes first. Grams of rank `limit` and beyond are removed.

@@ -43,11 +43,12 @@ TEST(LetterGrams, AddUpWithTheirWeights) {
   EXPECT_EQ(Listed(grams), "[ ab :20/2]");
 }
 
-TEST(LetterGrams, AreMadeOfTokensThatCount) {
-  TokenCountMap tokens;
-  tokens.Add("ab", 2);
-  tokens.Add("cd", 0);
-  EXPECT_EQ(Listed(GramsOfTokens(tokens)), "[ ab :2/1]");
+TEST(LetterGrams, AreMadeOfTheTokensOfAMessageAndOfItsSubject) {
+  constexpr std::string_view kMessage = "Subject: ab\r\n\r\n";
+  KsMailTokenizer tokenizer;
+  tokenizer.Parse(kMessage.data(), kMessage.size(), nullptr, nullptr);
+  EXPECT_EQ(Listed(GramsOfTokens(&tokenizer)), "[subject* ab :1/1]");
+  EXPECT_EQ(Listed(GramsOfSubject(&tokenizer)), "[ ab :1/1]");
 }
 
 TEST(LetterGrams, AreRankedByCountAndThenByText) {

@@ -42,6 +42,9 @@ class TextPool {
   // behind the last. REQUIRES: all texts were added with Allocate or Add and none was empty.
   [[nodiscard]] uint32_t After(uint32_t offset, size_t size) const;
 
+  // The bytes of all its blocks.
+  [[nodiscard]] size_t Reserved() const { return m_reserved; }
+
   // Empties the pool. One block is kept for what comes next.
   void Clear();
 
@@ -66,11 +69,12 @@ class TextPool {
   [[nodiscard]] size_t BlockCount() const { return 1 + (m_more == nullptr ? 0 : m_more->size()); }
   Block* Last() { return m_more == nullptr || m_more->empty() ? &m_first : &m_more->back(); }
   bool GrowFirst(size_t needed);
-  static void Resize(Block* block, size_t capacity);
+  void Resize(Block* block, size_t capacity);
 
   // The first block stands apart, so that a pool of a few texts is small.
   Block m_first;
   std::unique_ptr<std::vector<Block>> m_more;
+  size_t m_reserved = 0;
 };
 
 }  // namespace postmarker

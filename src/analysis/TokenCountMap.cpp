@@ -2,29 +2,23 @@
 
 #include <algorithm>
 #include <cstring>
-#include <numeric>
+#include <new>
+#include <utility>
+
+#include "analysis/SortPrefix.h"
 
 namespace postmarker {
 namespace {
 
-constexpr int32_t kPairWeight = 4;
-constexpr int32_t kTripleWeight = 16;
 constexpr size_t kFirstSlots = 64;
 constexpr size_t kMostKeptSlots =
     4096;  // beyond it the index grows slower, and Clear gives it back
+constexpr size_t kLeastWindow = 1024;
+constexpr size_t kMostKeptBlocks = 16;   // of entries, by Clear
 constexpr size_t kMostReserved = 16384;  // words for which room is made beforehand
 
 uint32_t GappedShape(uint32_t gapped, size_t head, size_t gap, size_t tail) {
   return gapped | static_cast<uint32_t>(head << 16 | gap << 8 | tail);
-}
-
-// The first 8 bytes as a number that orders as the bytes do.
-uint64_t SortPrefix(std::string_view key) {
-  uint64_t prefix = 0;
-  for (size_t i = 0; i < 8; ++i) {
-    prefix = prefix << 8 | (i < key.size() ? static_cast<unsigned char>(key[i]) : 0U);
-  }
-  return prefix;
 }
 
 }  // namespace
@@ -77,12 +71,65 @@ class TokenCountMap::SequenceBlock {
   uint32_t m_next = 0;
 };
 
+TokenCountMap::Iterator::Iterator(const TokenCountMap* map) : m_map(map) {
+  if (map->m_diverted) {
+    m_window = std::make_unique<KeyWindow>(map->m_rule, map->m_memory);
+    m_window->BeginBehind({});
+    map->m_recount(m_window.get());
+    m_window->Sort();
+    m_size = m_window->Size();
+  } else {
+    SortPlaces();
+    m_size = m_order.size();
+  }
+}
+
+void TokenCountMap::Iterator::SortPlaces() {
+  const EntryList& entries = m_map->m_entries;
+  char left[kLongestGapped];
+  char right[kLongestGapped];
+  m_order.reserve(entries.Size());
+  for (size_t i = 0; i < entries.Size(); ++i) {
+    const uint64_t prefix = SortPrefix(m_map->KeyOf(entries[i], left));
+    m_order.push_back({static_cast<uint32_t>(prefix >> 32), static_cast<uint32_t>(prefix),
+                       static_cast<uint32_t>(i)});
+  }
+  std::sort(m_order.begin(), m_order.end(), [&](const Place& a, const Place& b) {
+    if (a.high != b.high) {
+      return a.high < b.high;
+    }
+    return a.low != b.low
+               ? a.low < b.low
+               : m_map->KeyOf(entries[a.entry], left) < m_map->KeyOf(entries[b.entry], right);
+  });
+}
+
+void TokenCountMap::Iterator::NextWindow() {
+  if (m_window->IsLast()) {
+    return;
+  }
+  m_window->BeginBehind(m_window->At(m_size - 1).key);
+  m_map->m_recount(m_window.get());
+  m_window->Sort();
+  m_size = m_window->Size();
+  m_position = 0;
+}
+
 TokenCountMap::Item TokenCountMap::Iterator::operator*() {
-  const Entry& entry = m_map->m_entries[m_order[m_position]];
+  if (m_window != nullptr) {
+    return m_window->At(m_position);
+  }
+  const Entry& entry = m_map->m_entries[m_order[m_position].entry];
   char buffer[kLongestGapped];
   const std::string_view key = m_map->KeyOf(entry, buffer);
   m_text.assign(key);
   return {m_text, entry.count};
+}
+
+TokenCountMap::~TokenCountMap() {
+  if (m_budget != nullptr) {
+    m_budget->Refund(m_charged);
+  }
 }
 
 std::string_view TokenCountMap::KeyOf(const Entry& entry, char* buffer) const {
@@ -142,6 +189,7 @@ const TokenCountMap::Entry* TokenCountMap::Find(std::string_view key) const {
 
 // Few entries have no index, so the first one is made from their keys.
 void TokenCountMap::Rehash(size_t slotCount) {
+  Charge(slotCount * sizeof(Slot));  // the old ones are still there
   std::vector<Slot> slots(slotCount);
   const size_t mask = slotCount - 1;
   const auto put = [&](const Slot& old) {
@@ -164,6 +212,7 @@ void TokenCountMap::Rehash(size_t slotCount) {
     }
   }
   m_slots = std::move(slots);
+  ChargeHeld();
 }
 
 // Makes the index large enough for so many entries.
@@ -179,7 +228,7 @@ void TokenCountMap::Reserve(size_t entries) {
 
 void TokenCountMap::Insert(const Entry& entry, uint32_t hash, size_t freeSlot) {
   const size_t entries = m_entries.Size() + 1;
-  m_entries.Append(entry);
+  AddEntry(entry);
   if (entries * 4 <= m_slots.size() * 3) {
     m_slots[freeSlot] = {static_cast<uint32_t>(entries), hash};
   } else if (entries > kFewEntries) {
@@ -203,7 +252,42 @@ void TokenCountMap::InsertAndGrow(uint32_t hash) {
   m_slots[slot] = {number, hash};
 }
 
+void TokenCountMap::AddEntry(const Entry& entry) {
+  if (m_entries.Full()) {
+    Charge(kBlockMemory);
+    m_entries.AddBlock();
+  }
+  m_entries.Append(entry);
+}
+
+void TokenCountMap::Charge(size_t bytes) {
+  if (m_budget != nullptr) {
+    m_budget->Charge(bytes);
+    m_charged += bytes;
+  }
+}
+
+// Walking the map takes memory too; it is charged with the entries.
+size_t TokenCountMap::HeldMemory() const {
+  return m_entries.Blocks() * kBlockMemory + m_slots.capacity() * sizeof(Slot) + m_pool.Reserved();
+}
+
+void TokenCountMap::ChargeHeld() {
+  const size_t held = HeldMemory();
+  if (held > m_charged) {
+    Charge(held - m_charged);
+  } else if (m_budget != nullptr) {
+    m_budget->Refund(std::exchange(m_charged, held) - held);
+  }
+}
+
 void TokenCountMap::Add(std::string_view key, TextHash hash, int32_t count) {
+  if (m_diverted) {
+    if (m_window != nullptr) {
+      m_window->Add(key, count);
+    }
+    return;
+  }
   const Wanted wanted = {key, {}, hash.Bits()};
   size_t freeSlot = 0;
   if (Entry* const entry = FindEntry(wanted, &freeSlot)) {
@@ -213,10 +297,18 @@ void TokenCountMap::Add(std::string_view key, TextHash hash, int32_t count) {
   if (key.size() >= kGapped) {
     throw std::bad_alloc();
   }
-  Insert({m_pool.Add(key), static_cast<uint32_t>(key.size()), count}, wanted.hash, freeSlot);
+  const size_t reserved = m_pool.Reserved();
+  const uint32_t offset = m_pool.Add(key);
+  if (m_pool.Reserved() != reserved) {
+    ChargeHeld();
+  }
+  Insert({offset, static_cast<uint32_t>(key.size()), count}, wanted.hash, freeSlot);
 }
 
 void TokenCountMap::Add(std::string_view prefix, std::string_view key, int32_t count) {
+  if (m_diverted && m_window == nullptr) {
+    return;
+  }
   std::string joined;
   joined.reserve(prefix.size() + key.size());
   joined.append(prefix).append(key);
@@ -224,8 +316,13 @@ void TokenCountMap::Add(std::string_view prefix, std::string_view key, int32_t c
 }
 
 void TokenCountMap::Insert(const TokenCountMap& other) {
+  if (m_diverted && m_window == nullptr) {
+    return;
+  }
   other.ForEach([this](std::string_view key, int32_t count) {
-    if (!Contains(key)) {
+    if (m_window != nullptr) {
+      m_window->AddMissing(key, count);
+    } else if (!Contains(key)) {
       Add(key, count);
     }
   });
@@ -248,7 +345,11 @@ void TokenCountMap::AddPlainSequences(const WordList& words) {
   SequenceWord a;
   SequenceWord b;
   for (const std::string_view word : words) {
+    const size_t reserved = m_pool.Reserved();
     const SequenceWord c = block.Take(word, &a, &b);
+    if (m_pool.Reserved() != reserved) {
+      ChargeHeld();
+    }
     const char* const texts = m_pool.At(a.length != 0 ? a.offset : b.offset);
     const TextHash pair = b.hash.Joined(c.hash, c.length);
     if (b.length != 0) {
@@ -306,44 +407,67 @@ void TokenCountMap::CapCounts() {
   }
 }
 
-int32_t TokenCountMap::Count(std::string_view key) const {
+std::optional<int32_t> TokenCountMap::FindCount(std::string_view key) const {
+  if (m_diverted) {
+    KeyWindow window(m_rule, key.size() + kLeastWindow);
+    window.BeginAt(key);
+    m_recount(&window);
+    window.Sort();
+    return window.Size() == 0 ? std::nullopt : std::optional(window.At(0).count);
+  }
   const Entry* const entry = Find(key);
-  return entry == nullptr ? 0 : entry->count;
+  return entry == nullptr ? std::nullopt : std::optional(entry->count);
+}
+
+int32_t TokenCountMap::Count(std::string_view key) const {
+  return FindCount(key).value_or(0);
 }
 
 bool TokenCountMap::Contains(std::string_view key) const {
-  return Find(key) != nullptr;
+  return FindCount(key).has_value();
+}
+
+size_t TokenCountMap::CountKeys() const {
+  size_t count = 0;
+  KeyWindow window(m_rule, m_memory);
+  window.BeginBehind({});
+  for (;;) {
+    m_recount(&window);
+    window.Sort();
+    count += window.Size();
+    if (window.IsLast()) {
+      return count;
+    }
+    window.BeginBehind(window.At(window.Size() - 1).key);
+  }
 }
 
 void TokenCountMap::Clear() {
+  m_diverted = false;
+  m_window = nullptr;
+  m_recount = nullptr;
   if (m_entries.Size() == 0) {
     return;
   }
-  m_entries.Clear();
+  m_entries.Clear(kMostKeptBlocks);
   if (m_slots.size() > kMostKeptSlots) {
-    m_slots.clear();
+    m_slots = std::vector<Slot>();
   }
   std::fill(m_slots.begin(), m_slots.end(), Slot{0, 0});
   m_pool.Clear();
+  ChargeHeld();
 }
 
-std::vector<uint32_t> TokenCountMap::SortedOrder() const {
-  std::vector<std::pair<uint64_t, uint32_t>> prefixes;
-  prefixes.reserve(m_entries.Size());
-  char left[kLongestGapped];
-  char right[kLongestGapped];
-  for (size_t i = 0; i < m_entries.Size(); ++i) {
-    prefixes.emplace_back(SortPrefix(KeyOf(m_entries[i], left)), static_cast<uint32_t>(i));
-  }
-  std::sort(prefixes.begin(), prefixes.end(), [&](const auto& a, const auto& b) {
-    return a.first != b.first
-               ? a.first < b.first
-               : KeyOf(m_entries[a.second], left) < KeyOf(m_entries[b.second], right);
-  });
-  std::vector<uint32_t> order(prefixes.size());
-  std::transform(prefixes.begin(), prefixes.end(), order.begin(),
-                 [](const auto& entry) { return entry.second; });
-  return order;
+void TokenCountMap::ReadThrough(Recount recount, KeyWindow::Rule rule, size_t memory) {
+  m_entries.Clear(0);
+  m_slots = std::vector<Slot>();
+  m_pool = TextPool();
+  ChargeHeld();
+  m_diverted = true;
+  m_window = nullptr;
+  m_recount = std::move(recount);
+  m_rule = rule;
+  m_memory = memory;
 }
 
 }  // namespace postmarker

@@ -2,50 +2,83 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "analysis/KeyWindow.h"
+#include "analysis/MemoryBudget.h"
 #include "analysis/TextHash.h"
 #include "analysis/TextPool.h"
 #include "analysis/WordList.h"
 
 namespace postmarker {
 
+// What a pair of neighbouring words counts, and three in a row.
+inline constexpr int32_t kPairWeight = 4;
+inline constexpr int32_t kTripleWeight = 16;
+
 // A map from narrow text to int32 that is made for counting: a flat table, and one pool for the
 // texts. The order of the keys is made when somebody walks the map, not while counting. Keys
-// compare byte by byte. One thread at a time.
+// compare byte by byte. A map that is too large for the memory it may take is not held at all: it
+// is counted anew, stretch by stretch, while somebody walks it. One thread at a time.
 class TokenCountMap {
  public:
   // One key and its count. The view lives until the iterator moves on.
-  struct Item {
-    std::string_view key;
-    int32_t count;
-  };
+  using Item = KeyWindow::Item;
+
+  // Counts everything anew into a window of the map.
+  using Recount = std::function<void(KeyWindow* window)>;
 
   // Walks the map in the order of its keys. Valid until the map is changed.
   class Iterator {
    public:
-    Iterator(const TokenCountMap* map, std::vector<uint32_t> order)
-        : m_map(map), m_order(std::move(order)) {}
     Item operator*();
     Iterator& operator++() {
-      ++m_position;
+      if (++m_position == m_size && m_window != nullptr) {
+        NextWindow();
+      }
       return *this;
     }
     // True while there is an item to read.
-    [[nodiscard]] bool HasItem() const { return m_position < m_order.size(); }
+    [[nodiscard]] bool HasItem() const { return m_position < m_size; }
 
    private:
+    friend class TokenCountMap;
+
+    // An entry and the first bytes of its key as a number that orders as they do.
+    struct Place {
+      uint32_t high;
+      uint32_t low;
+      uint32_t entry;
+    };
+
+    explicit Iterator(const TokenCountMap* map);
+    void SortPlaces();
+    void NextWindow();
+
     const TokenCountMap* m_map;
-    std::vector<uint32_t> m_order;
+    std::vector<Place> m_order;
+    std::unique_ptr<KeyWindow> m_window;  // of a map that is not held
+    size_t m_size = 0;
     size_t m_position = 0;
     std::string m_text;
   };
 
   struct End {};
   friend bool operator==(const Iterator& iterator, End) { return !iterator.HasItem(); }
+
+  TokenCountMap() = default;
+  TokenCountMap(const TokenCountMap&) = delete;
+  TokenCountMap& operator=(const TokenCountMap&) = delete;
+  ~TokenCountMap();
+
+  // What the map takes from now on, with what walking it takes, is charged to `budget`, which must
+  // outlive it.
+  void ChargeTo(MemoryBudget* budget) { m_budget = budget; }
 
   // AddCount: an empty key is ignored, a new one gets `count`, one that is there gets it added.
   void Add(std::string_view key, int32_t count) {
@@ -75,16 +108,34 @@ class TokenCountMap {
   // The count of a key, 0 where it is missing.
   [[nodiscard]] int32_t Count(std::string_view key) const;
   [[nodiscard]] bool Contains(std::string_view key) const;
-  [[nodiscard]] size_t Size() const { return m_entries.Size(); }
-  [[nodiscard]] bool Empty() const { return m_entries.Size() == 0; }
+  [[nodiscard]] size_t Size() const { return m_diverted ? CountKeys() : m_entries.Size(); }
+  // The keys that the map holds itself.
+  [[nodiscard]] size_t Held() const { return m_entries.Size(); }
+  [[nodiscard]] bool Empty() const { return m_diverted ? !begin().HasItem() : Size() == 0; }
+
+  // The map is empty and holds its own keys.
   void Clear();
 
-  [[nodiscard]] Iterator begin() const { return {this, SortedOrder()}; }
+  // The map holds nothing any more: whoever reads it has everything counted anew, and what is added
+  // is passed over. Reading it takes about `memory` bytes. REQUIRES: `recount` lives as long as the
+  // map is read.
+  void ReadThrough(Recount recount, KeyWindow::Rule rule, size_t memory);
+
+  // What is added to a map that is read through goes to `window`, or nowhere where it is null.
+  void DivertTo(KeyWindow* window) { m_window = window; }
+
+  [[nodiscard]] Iterator begin() const { return Iterator(this); }
   [[nodiscard]] End end() const { return {}; }
 
   // Calls visit(key, count) for each key, in no particular order. The view lives during the call.
   template <class Visit>
   void ForEach(Visit visit) const {
+    if (m_diverted) {
+      for (const Item& item : *this) {
+        visit(item.key, item.count);
+      }
+      return;
+    }
     char buffer[kLongestGapped];
     for (size_t i = 0; i < m_entries.Size(); ++i) {
       visit(KeyOf(m_entries[i], buffer), m_entries[i].count);
@@ -106,17 +157,20 @@ class TokenCountMap {
     [[nodiscard]] size_t Size() const { return m_size; }
     Entry& operator[](size_t index) { return m_blocks[index / kBlock][index % kBlock]; }
     const Entry& operator[](size_t index) const { return m_blocks[index / kBlock][index % kBlock]; }
-    void Append(const Entry& entry) {
-      if (m_size == m_blocks.size() * kBlock) {
-        m_blocks.emplace_back(new Entry[kBlock]);
-      }
-      (*this)[m_size++] = entry;
+    [[nodiscard]] bool Full() const { return m_size == m_blocks.size() * kBlock; }
+    void AddBlock() { m_blocks.emplace_back(new Entry[kBlock]); }
+    // REQUIRES: the list is not full.
+    void Append(const Entry& entry) { (*this)[m_size++] = entry; }
+    // Keeps some blocks for what comes next.
+    void Clear(size_t blocks) {
+      m_size = 0;
+      m_blocks.resize(blocks < m_blocks.size() ? blocks : m_blocks.size());
     }
-    void Clear() { m_size = 0; }
+    [[nodiscard]] size_t Blocks() const { return m_blocks.size(); }
 
-   private:
     static constexpr size_t kBlock = 512;
 
+   private:
     std::vector<std::unique_ptr<Entry[]>> m_blocks;
     size_t m_size = 0;
   };
@@ -137,6 +191,8 @@ class TokenCountMap {
   static constexpr uint32_t kGapped = 0x80000000U;
   static constexpr size_t kLongestPiece = 127;
   static constexpr size_t kLongestGapped = 2 * kLongestPiece;
+  static constexpr size_t kBlockMemory =
+      EntryList::kBlock * (sizeof(Entry) + sizeof(Iterator::Place));
   static constexpr size_t kFewEntries = 8;  // up to so many are found by walking them
 
   struct SequenceWord;
@@ -144,6 +200,7 @@ class TokenCountMap {
 
   [[nodiscard]] std::string_view KeyOf(const Entry& entry, char* buffer) const;
   [[nodiscard]] bool Matches(const Entry& entry, const Wanted& wanted) const;
+  [[nodiscard]] std::optional<int32_t> FindCount(std::string_view key) const;
   [[nodiscard]] const Entry* Find(std::string_view key) const;
   [[nodiscard]] Entry* FindEntry(const Wanted& wanted, size_t* freeSlot);
   void Insert(const Entry& entry, uint32_t hash, size_t freeSlot);
@@ -153,11 +210,22 @@ class TokenCountMap {
   void AddPooled(const Wanted& wanted, const Entry& entry);
   void AddPlainSequences(const WordList& words);
   void AddPrefixedSequences(const WordList& words, std::string_view prefix);
-  [[nodiscard]] std::vector<uint32_t> SortedOrder() const;
+  [[nodiscard]] size_t CountKeys() const;
+  void AddEntry(const Entry& entry);
+  void Charge(size_t bytes);
+  void ChargeHeld();
+  [[nodiscard]] size_t HeldMemory() const;
 
   EntryList m_entries;
   std::vector<Slot> m_slots;  // a power of two, empty while there are few entries
   TextPool m_pool;
+  MemoryBudget* m_budget = nullptr;
+  size_t m_charged = 0;
+  bool m_diverted = false;
+  KeyWindow* m_window = nullptr;
+  Recount m_recount;
+  KeyWindow::Rule m_rule = KeyWindow::Rule::kSum;
+  size_t m_memory = 0;
 };
 
 // AddCount under the name that callers know.

@@ -147,24 +147,63 @@ TEST(TokenCountMap, CountsALotAndAgainAfterClear) {
   }
 }
 
-TEST(WordList, KeepsOrderAndLeavesEmptyWordsOut) {
-  WordList words;
-  words.Append("one");
-  words.Append("");
-  WordList more;
-  more.Append("two");
-  words.Append(more);
-  EXPECT_EQ(words.Size(), 2U);
-  EXPECT_EQ(words.TextSize(), 6U);
-  EXPECT_EQ(words.LongestLength(), 3U);
-  std::string listed;
-  for (const std::string_view word : words) {
-    listed.append(word).append(",");
+TEST(TokenCountMap, ChargesWhatItTakesAndRefundsIt) {
+  MemoryBudget budget;
+  budget.SetLimit(500000);
+  {
+    TokenCountMap map;
+    map.ChargeTo(&budget);
+    EXPECT_THROW(
+        {
+          for (int i = 0; i < 1000000; ++i) {
+            map.Add(std::to_string(i), 1);
+          }
+        },
+        MemoryBudget::Exceeded);
+    EXPECT_GT(map.Held(), 5000U);
   }
-  EXPECT_EQ(listed, "one,two,");
-  words.Clear();
-  EXPECT_TRUE(words.Empty());
-  EXPECT_EQ(words.LongestLength(), 0U);
+  budget.Charge(500000);
+  EXPECT_THROW(budget.Charge(1), MemoryBudget::Exceeded);
+}
+
+TEST(TokenCountMap, ReadsThroughWhatItDoesNotHold) {
+  TokenCountMap map;
+  map.Add("forgotten", 1);
+  const auto recount = [&](KeyWindow* window) {
+    map.DivertTo(window);
+    for (int i = 0; i < 1000; ++i) {
+      map.Add("k", std::to_string(i % 500), 2);
+    }
+    TokenCountMap more;
+    more.Add("k7", 100);
+    more.Add("x", 9);
+    map.Insert(more);
+    map.DivertTo(nullptr);
+    map.Add("nowhere", 1);
+    map.Add("no", "where", 1);
+    map.Insert(more);
+  };
+  map.ReadThrough(recount, KeyWindow::Rule::kSum, 1000);
+  Model model;
+  for (int i = 0; i < 500; ++i) {
+    model["k" + std::to_string(i)] = 4;
+  }
+  model["x"] = 9;
+  EXPECT_EQ(Content(map), model);
+  EXPECT_EQ(map.Size(), 501U);
+  EXPECT_EQ(map.Count("k7"), 4);
+  EXPECT_EQ(map.Count("k500"), 0);
+  EXPECT_TRUE(map.Contains("x"));
+  EXPECT_FALSE(map.Contains("forgotten"));
+  EXPECT_FALSE(map.Empty());
+  EXPECT_EQ(map.Held(), 0U);
+  size_t visited = 0;
+  map.ForEach([&](std::string_view, int32_t) { ++visited; });
+  EXPECT_EQ(visited, 501U);
+  map.Clear();
+  EXPECT_TRUE(map.Empty());
+  map.Add("own", 1);
+  EXPECT_EQ(map.Size(), 1U);
 }
 
 TEST(TextHash, JoinsWithoutTheText) {

@@ -2,11 +2,8 @@
 // with every column fetched and dropped, once with the rows kept, which is what whoever lists them
 // needs.
 #include <benchmark/benchmark.h>
-#include <malloc.h>
 
-#include <algorithm>
-#include <ctime>
-
+#include "Contest.h"
 #include "clients/incredimail/ImFolderTree.h"
 #include "clients/incredimail/ImStore.h"
 #include "support/ImDatabase.h"
@@ -15,6 +12,9 @@
 namespace postmarker {
 namespace {
 
+using bench::KeepFreedMemory;
+using bench::Median;
+using bench::SecondsOf;
 using test::ImGuid;
 using test::ImRow;
 
@@ -104,30 +104,6 @@ std::vector<BareRow> KeepRows(const std::wstring& database) {
                     std::u16string(file), index, messages});
   });
   return rows;
-}
-
-// Of the processor's time: what the machine does for others in between does not count.
-template <class Work>
-double SecondsOf(Work work) {
-  const std::clock_t begin = std::clock();
-  auto result = work();
-  const std::clock_t end = std::clock();
-  benchmark::DoNotOptimize(result);
-  return static_cast<double>(end - begin) / CLOCKS_PER_SEC;
-}
-
-double Median(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
-
-// Memory that was freed stays with the process: how long the kernel takes to hand out pages depends
-// on what else the machine does, and is paid by all contestants or by none.
-void KeepFreedMemory() {
-  constexpr int kBytes = 256 * 1024 * 1024;
-  mallopt(M_TRIM_THRESHOLD, kBytes);
-  mallopt(M_MMAP_THRESHOLD, kBytes);
 }
 
 // Takes turns, so that whatever else the machine does falls on all three alike.
