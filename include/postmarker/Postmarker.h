@@ -38,4 +38,16 @@ int32_t POSTMARKER_CALL ShowWizard(postmarker::WizardRequest* request);
 // The type of ShowWizard, for GetProcAddress.
 using PostmarkerShowWizard = int32_t(POSTMARKER_CALL*)(postmarker::WizardRequest* request);
 
+// Collects the addresses that the user has written to, and the user's contacts, from every mail
+// client that is found, and adds them to the list of allowed senders, without any window. Returns
+// at once; a thread of the module does the work and keeps the module loaded meanwhile. Call it from
+// any thread, but not from a DllMain. That it was called is noted in the registry as
+// "WhitelistPrefilled"; whether to call it again is the host's decision. Nothing is reported: a
+// client that can't be read, or crashes, adds no addresses, and the others' are added all the same.
+// No exception leaves the function.
+void POSTMARKER_CALL StartWhitelistPrefill();
+
+// The type of StartWhitelistPrefill, for GetProcAddress.
+using PostmarkerStartWhitelistPrefill = void(POSTMARKER_CALL*)();
+
 }  // extern "C"

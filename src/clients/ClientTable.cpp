@@ -2,10 +2,15 @@
 
 #include <algorithm>
 
+#include "clients/ClientDetection.h"
+#include "resource.h"
 #include "support/Text.h"
 
 #if defined(_WIN32)
+#include "clients/incredimail/ImIdentity_win.h"
 #include "clients/incredimail/IncrediMailAdapter_win.h"
+#include "clients/thunderbird/TbInstallation_win.h"
+#include "clients/thunderbird/ThunderbirdAdapter_win.h"
 #endif
 
 namespace postmarker {
@@ -26,37 +31,89 @@ const MailClientAdapter* IncrediMail() {
 #endif
 }
 
+const MailClientAdapter* Thunderbird() {
+#if defined(_WIN32)
+  static const ThunderbirdAdapter adapter;
+  return &adapter;
+#else
+  return UnknownClient();
+#endif
+}
+
+bool Always(const MachineView& /*machine*/) {
+  return true;
+}
+
+#if defined(_WIN32)
+bool HasIncrediMail(const MachineView& /*machine*/) {
+  return incredimail::IsIncrediMailInstalled();
+}
+
+bool IsThunderbirdInstalled(const MachineView& machine) {
+  return !thunderbird::GetThunderbirdExePath(machine).empty();
+}
+
+bool IsThunderbirdReady(const MachineView& /*machine*/) {
+  return thunderbird::IsThunderbirdExtensionInstalled();
+}
+#else
+constexpr bool (*IsThunderbirdInstalled)(const MachineView& machine) = nullptr;
+constexpr bool (*IsThunderbirdReady)(const MachineView& machine) = nullptr;
+constexpr bool (*HasIncrediMail)(const MachineView& machine) = nullptr;
+#endif
+
 std::span<const ClientRow> BuiltInRows() {
   static const ClientRow rows[] = {
       {.displayName = L"Microsoft Outlook",
        .settingsName = L"Microsoft Outlook",
        .needsOutlookSession = true,
-       .adapter = UnknownClient()},
+       .adapter = UnknownClient(),
+       .isInstalled = IsOutlookConfigured,
+       .harvestTurn = 1,
+       .tileBitmap = IDB_TILE_OUTLOOK},
       // Deliberate: both clients of the store interfaces share one record of settings, so that who
       // moves from one to the other keeps the set-up.
       {.displayName = L"Windows Mail",
        .settingsName = L"Outlook Express",
        .hookModule = L"StoreShim.dll",
        .hasLocalFolderIds = true,
-       .adapter = UnknownClient()},
+       .adapter = UnknownClient(),
+       .isInstalled = Always,
+       .isSupported = IsWindowsMailSupported,
+       .tileBitmap = IDB_TILE_WINDOWS_MAIL},
       {.displayName = L"Outlook Express",
        .settingsName = L"Outlook Express",
        .hookModule = L"StoreShim.dll",
        .hasLocalFolderIds = true,
-       .adapter = UnknownClient()},
+       .adapter = UnknownClient(),
+       .isInstalled = Always,
+       .isSupported = IsOutlookExpressSupported,
+       .harvestTurn = 2,
+       .tileBitmap = IDB_TILE_OUTLOOK_EXPRESS},
       {.displayName = L"Windows Live Mail",
        .settingsName = L"Windows Live Mail",
        .hookModule = L"WindowsLiveShim.dll",
        .hasLocalFolderIds = true,
-       .adapter = UnknownClient()},
+       .adapter = UnknownClient(),
+       .isInstalled = IsWindowsLiveMailInstalled,
+       .isSupported = IsWindowsLiveMailSupported,
+       .harvestTurn = 5,
+       .tileBitmap = IDB_TILE_WINDOWS_LIVE_MAIL},
       {.displayName = L"Mozilla Thunderbird",
        .settingsName = L"Mozilla Thunderbird",
-       .adapter = UnknownClient()},
+       .adapter = Thunderbird(),
+       .isInstalled = IsThunderbirdInstalled,
+       .isReady = IsThunderbirdReady,
+       .harvestTurn = 3,
+       .tileBitmap = IDB_TILE_THUNDERBIRD},
       {.displayName = L"IncrediMail",
        .settingsName = L"IncrediMail",
        .hookModule = L"IncrediMailShim.dll",
        .canMoveEmails = false,
-       .adapter = IncrediMail()},
+       .adapter = IncrediMail(),
+       .isInstalled = HasIncrediMail,
+       .harvestTurn = 4,
+       .tileBitmap = IDB_TILE_INCREDIMAIL},
   };
   return rows;
 }

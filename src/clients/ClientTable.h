@@ -1,15 +1,20 @@
 // The mail clients that the wizard knows: one row each.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "clients/MachineView.h"
 #include "clients/MailClientAdapter.h"
 
 namespace postmarker {
+
+// A question about a client that a look at the machine answers.
+using ClientQuery = std::function<bool(const MachineView& machine)>;
 
 // One client. Texts live as long as the program.
 struct ClientRow {
@@ -33,6 +38,19 @@ struct ClientRow {
   bool needsOutlookSession = false;
 
   const MailClientAdapter* adapter = nullptr;
+
+  // What IsClientInstalled, IsClientSupported and IsClientReady ask. Without a function the answers
+  // are those for a name that nobody knows: not installed, but supported and ready.
+  ClientQuery isInstalled = {};
+  ClientQuery isSupported = {};
+  ClientQuery isReady = {};
+
+  // Its turn in the silent harvest of all clients, counted from 1. 0: it has none of its own, as
+  // another row has the same store.
+  int harvestTurn = 0;
+
+  // The picture of the client's tile: a bitmap of the resource module; 0 for none.
+  unsigned tileBitmap = 0;
 };
 
 // The row of a display name, case ignored. A name without a row gets a row of defaults whose

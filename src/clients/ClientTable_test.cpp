@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
+#include <set>
 
 namespace postmarker {
 namespace {
@@ -81,6 +83,28 @@ TEST(ClientTable, LocalFolderIdsMovingAndOutlookSession) {
     EXPECT_EQ(row.hasLocalFolderIds, isLocal);
     EXPECT_EQ(row.canMoveEmails, row.displayName != L"IncrediMail");
     EXPECT_EQ(row.needsOutlookSession, row.displayName == L"Microsoft Outlook");
+  }
+}
+
+TEST(ClientTable, HarvestTurnsAreFixedAndTheSharedStoreHasOne) {
+  std::map<int, std::wstring> turns;
+  for (const ClientRow& row : AllClients()) {
+    if (row.harvestTurn != 0) {
+      turns[row.harvestTurn] = row.displayName;
+    }
+  }
+  EXPECT_EQ(turns, (std::map<int, std::wstring>{{1, L"Microsoft Outlook"},
+                                                {2, L"Outlook Express"},
+                                                {3, L"Mozilla Thunderbird"},
+                                                {4, L"IncrediMail"},
+                                                {5, L"Windows Live Mail"}}));
+}
+
+TEST(ClientTable, EveryClientHasAPictureOfItsOwn) {
+  std::set<unsigned> pictures;
+  for (const ClientRow& row : AllClients()) {
+    EXPECT_NE(row.tileBitmap, 0U);
+    EXPECT_TRUE(pictures.insert(row.tileBitmap).second);
   }
 }
 

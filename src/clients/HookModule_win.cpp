@@ -1,6 +1,6 @@
 #include "clients/HookModule_win.h"
 
-#include <array>
+#include <type_traits>
 
 namespace postmarker {
 namespace {
@@ -26,40 +26,35 @@ std::wstring GetSuiteRootFolder() {
 }
 
 void HookModule::Load(const std::wstring& path) {
-  if (m_hook) {
+  if (hookHandle) {
     return;
   }
   const std::wstring above = WithoutLastElement(WithoutLastElement(path));
-  m_sqlite.Reset(::LoadLibraryW((above + L"\\SQLite.dll").c_str()));
-  m_hook.Reset(::LoadLibraryW(path.c_str()));
-  if (m_hook && !TakeEntryPoints()) {
+  sqliteHandle.Reset(::LoadLibraryW((above + L"\\SQLite.dll").c_str()));
+  hookHandle.Reset(::LoadLibraryW(path.c_str()));
+  if (hookHandle && !TakeEntryPoints()) {
     Unload();
   }
 }
 
 bool HookModule::TakeEntryPoints() {
-  // All seven must be there, though the others are called by the suite inside the client only.
-  constexpr std::array<const char*, 6> kOthers = {"InitSpam",          "UninitSpam",
-                                                  "CanSubclassWindow", "InitHookWindow",
-                                                  "UninitHookWindow",  "MainWndProc"};
-  for (const char* name : kOthers) {
-    if (::GetProcAddress(m_hook.Get(), name) == nullptr) {
-      return false;
-    }
-  }
-  m_addIncomingRule = reinterpret_cast<AddRule>(
-      reinterpret_cast<void*>(::GetProcAddress(m_hook.Get(), "AddIncomingRule")));
-  return m_addIncomingRule != nullptr;
+  const auto take = [this](auto* slot, const char* name) {
+    *slot = reinterpret_cast<std::remove_pointer_t<decltype(slot)>>(
+        reinterpret_cast<void*>(::GetProcAddress(hookHandle.Get(), name)));
+    return *slot != nullptr;
+  };
+  return take(&InitSpam, "InitSpam") && take(&UninitSpam, "UninitSpam") &&
+         take(&AddIncomingRule, "AddIncomingRule") &&
+         take(&CanSubclassWindow, "CanSubclassWindow") && take(&InitHookWindow, "InitHookWindow") &&
+         take(&UninitHookWindow, "UninitHookWindow") && take(&MainWndProc, "MainWndProc");
 }
 
 void HookModule::Unload() {
-  m_addIncomingRule = nullptr;
-  m_hook.Reset();
-  m_sqlite.Reset();
-}
-
-void HookModule::AddIncomingRule(const std::wstring& spamFolderName) const {
-  (void)m_addIncomingRule(spamFolderName.c_str());
+  hookHandle.Reset();
+  sqliteHandle.Reset();
+  InitSpam = UninitSpam = nullptr;
+  AddIncomingRule = nullptr;
+  CanSubclassWindow = InitHookWindow = UninitHookWindow = MainWndProc = nullptr;
 }
 
 void AddSpamRule(std::wstring_view hookModule, const std::wstring& spamFolderName) {
@@ -69,7 +64,7 @@ void AddSpamRule(std::wstring_view hookModule, const std::wstring& spamFolderNam
   HookModule module;
   module.Load(GetSuiteRootFolder() + L"\\Spamfilter\\" + std::wstring(hookModule));
   if (module.IsLoaded()) {
-    module.AddIncomingRule(spamFolderName);
+    (void)module.AddIncomingRule(spamFolderName.c_str());
   }
 }
 

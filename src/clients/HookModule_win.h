@@ -14,29 +14,39 @@ namespace postmarker {
 // trailing backslash.
 std::wstring GetSuiteRootFolder();
 
-// A loaded hook module. Its entry points use the standard calling convention of Windows functions.
-// For one thread.
-class HookModule {
- public:
+// A hook module and its entry points, which use the standard calling convention of Windows
+// functions. All seven are there, or nothing is loaded. For one thread.
+struct HookModule {
   using AddRule = int32_t(__stdcall*)(const wchar_t* spamFolderName);
+  using EntryPoint = void(__stdcall*)();  // called by the suite inside the client only
+
+  HookModule() = default;
+  HookModule(const HookModule&) = delete;
+  HookModule& operator=(const HookModule&) = delete;
+  ~HookModule() { Unload(); }
 
   // Loads the module at `path` and, ahead of it, SQLite.dll from the folder above the module's,
   // whose absence does not matter. A module that lacks one of the seven entry points is unloaded
   // again. Does nothing if a module is loaded already.
   void Load(const std::wstring& path);
-  void Unload();
-  [[nodiscard]] bool IsLoaded() const { return static_cast<bool>(m_hook); }
 
-  // Adds the rule by which the client moves mails to the folder of this name. REQUIRES: IsLoaded().
-  void AddIncomingRule(const std::wstring& spamFolderName) const;
+  // Frees the module, then the library that it uses, and clears the entry points.
+  void Unload();
+
+  [[nodiscard]] bool IsLoaded() const { return static_cast<bool>(hookHandle); }
+
+  LibraryHandle hookHandle;
+  LibraryHandle sqliteHandle;
+  EntryPoint InitSpam = nullptr;
+  EntryPoint UninitSpam = nullptr;
+  AddRule AddIncomingRule = nullptr;  // by which the client moves mails to the folder of that name
+  EntryPoint CanSubclassWindow = nullptr;
+  EntryPoint InitHookWindow = nullptr;
+  EntryPoint UninitHookWindow = nullptr;
+  EntryPoint MainWndProc = nullptr;
 
  private:
   bool TakeEntryPoints();
-
-  // Destroyed in reverse order: the module goes before the library it uses.
-  LibraryHandle m_sqlite;
-  LibraryHandle m_hook;
-  AddRule m_addIncomingRule = nullptr;
 };
 
 // Loads the client's hook module from the suite's folder, calls its AddIncomingRule and unloads it.

@@ -27,10 +27,19 @@ ResultCode MailClientAdapter::CollectSentAddresses(AddressSet* /*addresses*/,
   return kOk;
 }
 
+ResultCode MailClientAdapter::HarvestAddresses(AddressSet* addresses,
+                                               const ClientSession& session) const {
+  return CollectSentAddresses(addresses, session, nullptr);
+}
+
 bool MailClientAdapter::ReadStoreId(std::string* /*storeId*/) const {
   return false;
 }
 
 void MailClientAdapter::SetMoveMails(bool /*move*/) const {}
+
+std::unique_ptr<ClientHold> MailClientAdapter::MakeHold() const {
+  return nullptr;
+}
 
 }  // namespace postmarker

@@ -1,6 +1,7 @@
 // What the wizard asks of a mail client.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "postmarker/MailFolderRef.h"
@@ -15,6 +16,21 @@ namespace postmarker {
 struct ClientSession {
   // Outlook's application object, fetched for the calling thread; null if there is none.
   IUnknown* outlookApplication = nullptr;
+};
+
+// Keeps a client running while the wizard is open. Destroying it lets go of the client, which is
+// told to exit if it was started for this. Sheet.
+class ClientHold {
+ public:
+  ClientHold() = default;
+  ClientHold(const ClientHold&) = delete;
+  ClientHold& operator=(const ClientHold&) = delete;
+  virtual ~ClientHold() = default;
+
+  // Connects to the client and starts it if need be; blocks until that is done or its time is over.
+  // Called again it connects anew, and what the last call came to stands: a client that was started
+  // by an earlier one is then taken for one that ran before. Does not throw.
+  virtual void Connect() = 0;
 };
 
 // One mail client. The base class answers as a client that nobody knows: no folders, no default
@@ -51,6 +67,11 @@ class MailClientAdapter {
   virtual ResultCode CollectSentAddresses(AddressSet* addresses, const ClientSession& session,
                                           const ProgressCallbacks* callbacks) const;
 
+  // The same for the silent harvest of all clients: nobody is waiting, so nothing is counted ahead
+  // and no progress is reported. What the base class does is CollectSentAddresses without
+  // callbacks. Harvest thread.
+  virtual ResultCode HarvestAddresses(AddressSet* addresses, const ClientSession& session) const;
+
   // Reads the id of the client's store as it is now, for the clients whose folder ids are local
   // numbers. False if it can't be read. Sheet.
   virtual bool ReadStoreId(std::string* storeId) const;
@@ -58,6 +79,10 @@ class MailClientAdapter {
   // Tells the client to move spam itself, or not. Sheet; blocks until the client has answered or
   // the time is over.
   virtual void SetMoveMails(bool move) const;
+
+  // Makes what holds the client for the life of a wizard, not connected yet. Null for clients that
+  // need no holding, as with the base class. Sheet.
+  [[nodiscard]] virtual std::unique_ptr<ClientHold> MakeHold() const;
 };
 
 }  // namespace postmarker

@@ -53,6 +53,22 @@ inline std::string ManyWords(size_t length, size_t size) {
   return text;
 }
 
+// Headers of that name, each as long as a header may be, with different words of `length` letters.
+inline std::string HeadersOfWords(std::string_view name, size_t length, std::string_view end,
+                                  size_t size) {
+  const std::string words = ManyWords(length, size);
+  std::string text;
+  for (size_t at = 0; at < words.size(); at += 1000) {
+    text.append(name).append(words, at, 1000).append(end).append("\r\n");
+  }
+  return text + "\r\n";
+}
+
+inline HostileShape WordHeadersShape(const char* name, std::string header, size_t length,
+                                     std::string end) {
+  return {name, [=](size_t size) { return HeadersOfWords(header, length, end, size); }};
+}
+
 // Six text parts that are full to their limit.
 inline std::string FullTextParts(const std::function<std::string(size_t)>& make, size_t size) {
   std::string message = "Content-Type: multipart/mixed; boundary=--b\r\n\r\n";
@@ -75,7 +91,19 @@ inline std::vector<HostileShape> HeaderShapes() {
       RepeatedShape("received lines of comments", none, "received:(a)\r\n"),
       RepeatedShape("senders", none, "From: user%d@host%d.example.com\r\n"),
       RepeatedShape("short senders", none, "from:a\r\n"),
+      RepeatedShape("bare received lines", none, "received:\r\n"),
+      RepeatedShape("received lines of a host", none, "received:by b\r\n"),
+      RepeatedShape("senders of a letter", none, "from:a<b\r\n"),
+      RepeatedShape("sender addresses", none, "From:%d@b%d.de\r\n"),
       RepeatedShape("sender names", none, "From: a b c d e f g h i j k l m n o p q r s <x>\r\n"),
+      WordHeadersShape("sender names of letters", "from:", 1, "<x>"),
+      WordHeadersShape("sender names of pairs of letters", "from:", 2, "<x>"),
+      WordHeadersShape("sender names of three letters", "reply-to:", 3, "<x>"),
+      WordHeadersShape("short subjects", "subject:", 2, ""),
+      RepeatedShape("subjects of capitals", none,
+                    "Subject:" + Repeated("QAZWSXEDCRFVTGBYHNUJMIKOLP", 1000) + "\r\n"),
+      RepeatedShape("subjects of a letter", none, "subject:a\r\n"),
+      RepeatedShape("parameters", none, "Content-Type:" + Repeated("a=b;", 1000) + "\r\n"),
       RepeatedShape("encoded words", "a: ", "=?"),
       RepeatedShape("one long header", "a: ", "(\"b"),
       RepeatedShape("line ends", none, "\r\n")};
@@ -98,33 +126,64 @@ inline std::vector<HostileShape> EntityShapes() {
       RepeatedShape("dashes", multipart, "-\r\n")};
 }
 
+// One tag that fills most of what is read of a part, and then links that fall back to it if it is a
+// base.
+inline HostileShape OneTagShape(const char* name, std::string head, std::string open,
+                                std::string piece) {
+  return {name, [=](size_t size) {
+            const size_t room = std::min<size_t>(size, 131072) * 7 / 8;
+            const std::string tag = open + Repeated(piece, room) + "\">";
+            return head + tag + Repeated("<a href=x>b.de", size - std::min(size, tag.size()));
+          }};
+}
+
 inline std::vector<HostileShape> TextShapes() {
   const std::string plain = "A: b\r\n\r\n";
   const std::string html = "Content-Type: text/html\r\n\r\n";
   const std::string encoded = "Content-Transfer-Encoding: ";
   return {RepeatedShape("openers", html, "<"),
           RepeatedShape("link openers", html, "<a"),
-          RepeatedShape("equals signs", html + "<a ", "="),
+          OneTagShape("equals signs", html, "<a ", "="),
           RepeatedShape("encoded word openers", html, "=?"),
           RepeatedShape("backgrounds", html, "<b background=>"),
           RepeatedShape("links", html, "<a href=\"http://h%d.com/\">x.com"),
-          RepeatedShape("redirections", html + "<a href=\"", "http://"),
+          OneTagShape("redirections", html, "<a href=\"", "http://"),
+          OneTagShape("redirections to hosts", html, "<a href=\"", "http://a%d.de/"),
+          OneTagShape("a base of many hosts", html, "<base href=\"", "http://a%d.de/"),
+          OneTagShape("links of one tag", html, "<a ", "x=a%d "),
+          RepeatedShape("mail links", html, "<a href=mailto:a%d@b%d.de>"),
+          RepeatedShape("alternative texts", html, "<img alt=\"a%d b%d.de\">"),
           {"links to a long base",
            [html](size_t size) {
              const size_t room = std::min<size_t>(size, 131072) / 2;
              return html + "<base href=\"http://" + std::string(room, 'b') + "\">" +
                     Repeated("<a href=x>", room);
            }},
-          RepeatedShape("attributes", html + "<font ", "a=%d "),
+          OneTagShape("attributes", html, "<font ", "a=%d "),
+          OneTagShape("attributes without values", html, "<td ", "a "),
+          RepeatedShape("visible hosts", html + "<a href=http://b.de>", "a%d.de "),
           RepeatedShape("dots", plain, "a."),
           RepeatedShape("letters", plain, "a "),
           RepeatedShape("addresses", plain, "a@b%d.com "),
           RepeatedShape("one word", plain, "x"),
           RepeatedShape("base64", encoded + "base64\r\n\r\n", "QUJD"),
           RepeatedShape("escapes", encoded + "quoted-printable\r\n\r\n", "=3D"),
+          RepeatedShape("addresses of different hosts", plain, "%d@b%d.de "),
+          {"pairs of letters", [plain](size_t size) { return plain + ManyWords(2, size); }},
           {"different words", [plain](size_t size) { return plain + ManyWords(5, size); }},
-          {"full parts of words", [](size_t size) {
+          {"full parts of words",
+           [](size_t size) {
              return FullTextParts([](size_t part) { return ManyWords(6, part); }, size);
+           }},
+          {"full parts of pairs of letters",
+           [](size_t size) {
+             return FullTextParts(
+                 [](size_t part) { return "<img alt=\"" + ManyWords(2, part) + "\">"; }, size);
+           }},
+          {"full parts of addresses", [](size_t size) {
+             return FullTextParts(
+                 [](size_t part) { return "<img alt=\"" + Repeated("%d@b%d.de ", part) + "\">"; },
+                 size);
            }}};
 }
 

@@ -22,6 +22,19 @@ struct ImRow {
   int messages = 0;
 };
 
+// One row of the table Headers, as far as tests tell rows apart.
+struct ImHeaderRow {
+  std::wstring id;
+  std::wstring container;
+  std::wstring to;
+  std::wstring from = {};
+  std::wstring subject = {};
+  std::wstring account = {};
+  int size = 0;
+  int lightSize = 0;
+  int position = 0;
+};
+
 // A connection to a database, for building one and for being in the way of others. Throws if
 // something can't be done.
 class ImDatabase {
@@ -63,6 +76,53 @@ class ImDatabase {
     }
     ::sqlite3_finalize(insert);
     Run("COMMIT");
+  }
+
+  // The client's table of message headers, without a row.
+  void AddHeadersTable() {
+    Run("CREATE TABLE Headers (HeaderID TEXT PRIMARY KEY, ContainerID TEXT, FromSender TEXT,"
+        " ToSender TEXT, Subject TEXT, Account TEXT, ReceivedDate INTEGER, SentDate INTEGER,"
+        " Unread INTEGER, Flagged INTEGER, OnlineImages INTEGER, HighlightColor INTEGER,"
+        " Priority INTEGER, MsgSize INTEGER, LightMsgSize INTEGER, MsgPos INTEGER,"
+        " Deleted INTEGER)");
+  }
+
+  // The numbers that a row does not give are 1 to 7 in their order, and 8 for Deleted.
+  void AddHeaderRows(const std::vector<ImHeaderRow>& rows) {
+    Run("BEGIN");
+    sqlite3_stmt* insert = nullptr;
+    Require(::sqlite3_prepare_v2(m_database,
+                                 "INSERT INTO Headers VALUES(?,?,?,?,?,?,1,2,3,4,5,6,7,?,?,?,8)",
+                                 -1, &insert, nullptr));
+    for (const ImHeaderRow& row : rows) {
+      BindText(insert, 1, row.id);
+      BindText(insert, 2, row.container);
+      BindText(insert, 3, row.from);
+      BindText(insert, 4, row.to);
+      BindText(insert, 5, row.subject);
+      BindText(insert, 6, row.account);
+      ::sqlite3_bind_int(insert, 7, row.size);
+      ::sqlite3_bind_int(insert, 8, row.lightSize);
+      ::sqlite3_bind_int(insert, 9, row.position);
+      ::sqlite3_step(insert);
+      Require(::sqlite3_reset(insert));
+    }
+    ::sqlite3_finalize(insert);
+    Run("COMMIT");
+  }
+
+  // The client's table of contacts with these addresses.
+  void AddContacts(const std::vector<std::wstring>& addresses) {
+    Run("CREATE TABLE Contacts (Email TEXT, DisplayName TEXT)");
+    sqlite3_stmt* insert = nullptr;
+    Require(::sqlite3_prepare_v2(m_database, "INSERT INTO Contacts VALUES(?,'A Name')", -1, &insert,
+                                 nullptr));
+    for (const std::wstring& address : addresses) {
+      BindText(insert, 1, address);
+      ::sqlite3_step(insert);
+      Require(::sqlite3_reset(insert));
+    }
+    ::sqlite3_finalize(insert);
   }
 
  private:

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "support/ImDatabase.h"
+#include "support/ImOlderStore.h"
 #include "support/RegistrySandbox_win.h"
 #include "support/Registry_win.h"
 #include "support/TempFolder.h"
@@ -52,12 +53,16 @@ class ImInstallation {
     }
   }
 
+  // The folder of an identity's files, made at the first call.
+  [[nodiscard]] ImIdentityFolder IdentityFolder(const std::wstring& name) const {
+    return ImIdentityFolder(std::filesystem::path(DataFolder()) / "Identities" / name);
+  }
+
   // Makes an identity's folder database and gives its path.
   std::wstring AddStore(const std::wstring& name, const std::vector<ImRow>& rows) const {
-    const std::wstring folder = DataFolder() + L"\\Identities\\" + name + L"\\Message Store";
-    std::filesystem::create_directories(folder);
-    MakeContainersDatabase(folder + L"\\Containers.db", rows);
-    return folder + L"\\Containers.db";
+    std::wstring path = IdentityFolder(name).StoreFile("Containers.db");
+    MakeContainersDatabase(path, rows);
+    return path;
   }
 
   static void WriteString(HKEY root, const std::wstring& path, const wchar_t* name,

@@ -21,9 +21,14 @@ class ScriptedClient : public MailClientAdapter {
   ResultCode createResult = kOk;
   std::string storeId;                  // empty: can't be read
   std::function<void()> beforeListing;  // on the listing thread
+  AddressSet addresses;
+  ResultCode collectResult = kOk;
+  // On the collecting thread, before the addresses are given.
+  std::function<void(const ProgressCallbacks* callbacks)> whileCollecting;
   mutable std::atomic<int> listings = 0;
   mutable std::atomic<int> creations = 0;
   mutable std::atomic<int> moveSwitches = 0;
+  mutable std::atomic<int> collections = 0;
 
   void ListFolders(MailFolderList* out, const ClientSession& /*session*/) const override {
     if (beforeListing) {
@@ -48,6 +53,15 @@ class ScriptedClient : public MailClientAdapter {
     *created = {path, "new-" + std::to_string(creations), parent.secondId, 1};
     return createResult;
   }
+  ResultCode CollectSentAddresses(AddressSet* out, const ClientSession& /*session*/,
+                                  const ProgressCallbacks* callbacks) const override {
+    ++collections;
+    if (whileCollecting) {
+      whileCollecting(callbacks);
+    }
+    out->insert(addresses.begin(), addresses.end());
+    return collectResult;
+  }
   bool ReadStoreId(std::string* out) const override {
     *out = storeId;
     return !storeId.empty();
@@ -63,20 +77,51 @@ inline MailFolderList SmallStore() {
           {L"\\\\Post\\Trash", "4", "store", 1}};
 }
 
-// While it lives, the table of clients has one scripted client in four kinds: "Plain", "Local" with
-// local folder ids, "Windows Mail" that shares its settings with "Outlook Express", and "Still",
-// which can't be told to move mails.
+// What the detection finds of a client.
+struct Presence {
+  bool isInstalled = true;
+  bool isSupported = true;
+  bool isReady = true;
+  int readyQuestions = 0;
+};
+
+// While it lives, the table of clients has one scripted client in five kinds: "Plain", "Local" with
+// local folder ids, "Windows Mail" that shares its settings with "Outlook Express", which is not
+// supported beside it, and "Still", which can't be told to move mails.
 class TestClients {
  public:
+  TestClients() { presence[3].isSupported = false; }
+
   ScriptedClient client;
 
+  // Of the five, in the order of their rows.
+  std::array<Presence, 5> presence;
+
  private:
+  ClientRow Row(size_t index, std::wstring_view name, std::wstring_view settingsName, bool isLocal,
+                bool canMove) {
+    Presence* const found = &presence[index];
+    return {.displayName = name,
+            .settingsName = settingsName,
+            .hasLocalFolderIds = isLocal,
+            .canMoveEmails = canMove,
+            .adapter = &client,
+            .isInstalled = [found](const MachineView&) { return found->isInstalled; },
+            .isSupported = [found](const MachineView&) { return found->isSupported; },
+            .isReady =
+                [found](const MachineView&) {
+                  ++found->readyQuestions;
+                  return found->isReady;
+                },
+            .tileBitmap = 10003 + static_cast<unsigned>(index)};
+  }
+
   std::array<ClientRow, 5> m_rows = {{
-      {L"Plain", L"Plain", L"", false, true, false, &client},
-      {L"Local", L"Local", L"", true, true, false, &client},
-      {L"Windows Mail", L"Outlook Express", L"", true, true, false, &client},
-      {L"Outlook Express", L"Outlook Express", L"", true, true, false, &client},
-      {L"Still", L"Still", L"", false, false, false, &client},
+      Row(0, L"Plain", L"Plain", false, true),
+      Row(1, L"Local", L"Local", true, true),
+      Row(2, L"Windows Mail", L"Outlook Express", true, true),
+      Row(3, L"Outlook Express", L"Outlook Express", true, true),
+      Row(4, L"Still", L"Still", false, false),
   }};
   ScopedClientTable m_table{m_rows};
 };

@@ -27,7 +27,13 @@ inline constexpr int kNextButton = 12324;
 inline constexpr int kFinishButton = 12325;
 
 // A control that one page alone has.
-enum class Page { kWelcome = 13050, kFolders = 13051, kSettings = 13029 };
+enum class Page {
+  kWelcome = 13050,
+  kClients = 13053,
+  kFolders = 13051,
+  kPrefill = 10043,
+  kSettings = 13029
+};
 
 inline constexpr std::chrono::milliseconds kPatience{10000};
 
@@ -181,6 +187,43 @@ class WizardSession {
     return lines;
   }
 
+  // The grid of the prefill page, once the worker has ended.
+  [[nodiscard]] HWND AddressGrid() const { return Control(10016); }
+  void WaitForAddresses() const {
+    WaitForPage(Page::kPrefill);
+    Require([this] { return ::IsWindowVisible(AddressGrid()) != FALSE; },
+            "the addresses were not read");
+  }
+
+  // The addresses in the order of the grid's rows.
+  [[nodiscard]] std::vector<std::wstring> Addresses() const {
+    std::vector<std::wstring> addresses;
+    const LRESULT count = ::SendMessageW(AddressGrid(), LVM_GETITEMCOUNT, 0, 0);
+    for (LRESULT row = 0; row < count; ++row) {
+      addresses.push_back(CellText(AddressGrid(), row, 0));
+    }
+    return addresses;
+  }
+
+  // What a list view holds in a cell.
+  static std::wstring CellText(HWND list, LRESULT row, int column) {
+    wchar_t text[512] = {};
+    LVITEMW read = {};
+    read.iSubItem = column;
+    read.pszText = text;
+    read.cchTextMax = 512;
+    ::SendMessageW(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row),
+                   reinterpret_cast<LPARAM>(&read));
+    return read.pszText;
+  }
+
+  // From the page behind the folders to the settings, with the addresses as they were found.
+  void PassAddresses() const {
+    WaitForAddresses();
+    ClickButton(kNextButton);
+    WaitForPage(Page::kSettings);
+  }
+
   // The first item with this text, or null.
   [[nodiscard]] HTREEITEM FindItem(const std::wstring& text) const {
     HTREEITEM item = TreeItemAt(nullptr, TVGN_ROOT);
@@ -205,6 +248,20 @@ class WizardSession {
       }
     }
     throw std::runtime_error("the click did not select the item");
+  }
+
+  // Opens the folder page's dialog for a new folder over the selected item, types a name and
+  // presses OK.
+  void CreateFolder(const std::wstring& name) const {
+    constexpr int kNewFolderButton = 10022;
+    constexpr int kNewFolderName = 10023;
+    ClickControl(kNewFolderButton);
+    const HWND dialog = WaitForDialog(kNewFolderName);
+    for (const wchar_t c : name) {
+      ::PostMessageW(::GetDlgItem(dialog, kNewFolderName), WM_CHAR, c, 1);
+    }
+    ::PostMessageW(::GetDlgItem(dialog, IDOK), BM_CLICK, 0, 0);
+    Require([&] { return !::IsWindow(dialog); }, "the dialog did not close");
   }
 
   template <class Condition>

@@ -2,6 +2,8 @@
 
 #include <optional>
 
+#include "support/Text.h"
+
 namespace postmarker::incredimail {
 namespace {
 
@@ -152,6 +154,10 @@ const ImIdentity& ImIdentityWalker::Current() const {
 
 std::wstring ImIdentityWalker::Path() const {
   return Succeeded(m_status) ? m_identitiesDir + Name() : std::wstring();
+}
+
+bool PassesFilter(const std::wstring& name, const std::wstring& filter) {
+  return filter.empty() || EqualNoCase(name, filter);
 }
 
 std::wstring GetDefaultIdentityName() {

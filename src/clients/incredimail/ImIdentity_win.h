@@ -80,6 +80,10 @@ class ImIdentityWalker {
   size_t m_position = 0;
 };
 
+// Does an identity's name pass a filter: an empty one lets all pass, others the one of that name,
+// whatever its case.
+bool PassesFilter(const std::wstring& name, const std::wstring& filter);
+
 // The name of the identity that the client starts with; empty if there is none.
 std::wstring GetDefaultIdentityName();
 

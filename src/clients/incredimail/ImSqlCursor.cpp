@@ -103,21 +103,23 @@ std::wstring_view ImSqlCursor::Widened(const Units& units) {
   return m_text;
 }
 
+std::optional<std::string_view> ImSqlCursor::AsciiText(int column) {
+  if (!HasRow() || !m_isUtf8) {
+    return std::nullopt;
+  }
+  const unsigned char* const text = ::sqlite3_column_text(m_statement.Get(), column);
+  const std::string_view narrow(text == nullptr ? "" : reinterpret_cast<const char*>(text));
+  return IsAscii(narrow) ? std::optional(narrow) : std::nullopt;
+}
+
 // Nearly all texts are ASCII. Widening those here takes half as long as the library's conversion,
 // which all others go through. A database in UTF-16 hands out its texts as they are.
 std::wstring_view ImSqlCursor::Text(int column) {
   if (!HasRow()) {
     return {};
   }
-  if (m_isUtf8) {
-    const unsigned char* const text = ::sqlite3_column_text(m_statement.Get(), column);
-    if (text == nullptr) {
-      return {};
-    }
-    const std::string_view narrow(reinterpret_cast<const char*>(text));
-    if (IsAscii(narrow)) {
-      return Widened(narrow);
-    }
+  if (const std::optional<std::string_view> narrow = AsciiText(column)) {
+    return Widened(*narrow);
   }
   const auto* const text =
       static_cast<const char16_t*>(::sqlite3_column_text16(m_statement.Get(), column));

@@ -4,6 +4,7 @@
 #include <sqlite3.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -38,6 +39,10 @@ class ImSqlCursor {
   // A column of the current row, from 0, up to its first NUL; empty for a null value and without a
   // row. The text lives until the next call of Text or Next.
   [[nodiscard]] std::wstring_view Text(int column);
+
+  // The same text if it is stored in one byte for each character and is ASCII; nothing otherwise,
+  // or without a row. The bytes live until the next call of Text, AsciiText or Next.
+  [[nodiscard]] std::optional<std::string_view> AsciiText(int column);
 
   // A column as a 32-bit number; 0 without a row.
   [[nodiscard]] int32_t Integer(int column) const;

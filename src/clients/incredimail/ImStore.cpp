@@ -2,18 +2,14 @@
 
 #include <algorithm>
 
+#include "clients/incredimail/ImFolderFile.h"
+#include "clients/incredimail/ImPaths.h"
 #include "clients/incredimail/ImSqlCursor.h"
 #include "support/MappedFile.h"
 #include "support/Text.h"
 
 namespace postmarker {
 namespace {
-
-#if defined(_WIN32)
-constexpr wchar_t kContainersDatabase[] = L"\\Message Store\\Containers.db";
-#else
-constexpr wchar_t kContainersDatabase[] = L"/Message Store/Containers.db";
-#endif
 
 constexpr wchar_t kReadFolders[] =
     L"SELECT ContainerID,ParentContainerID, IndexInParent, Label, FileName, MsgsCount FROM "
@@ -28,10 +24,6 @@ std::wstring Quoted(const std::wstring& text) {
 }
 
 }  // namespace
-
-std::wstring ContainersDatabasePath(const std::wstring& identityDirectory) {
-  return identityDirectory + kContainersDatabase;
-}
 
 ImContainerMap ReadContainerRows(const std::wstring& database) {
   if (!CanOpenForReading(database)) {
@@ -49,6 +41,17 @@ ImContainerMap ReadContainerRows(const std::wstring& database) {
     rows.Add(row);
   }
   return ImContainerMap(std::move(rows));
+}
+
+ImContainerMap ReadStoredContainers(const std::wstring& identityDirectory,
+                                    const std::wstring& rootLabel) {
+  const std::wstring database = ContainersDatabasePath(identityDirectory);
+  if (CanOpenForReading(database)) {
+    return ReadContainerRows(database);
+  }
+  ImContainerMap containers;
+  ReadFolderFile(&containers, rootLabel, FolderFilePath(identityDirectory));
+  return containers;
 }
 
 std::wstring AddFolderStatement(const ImNewFolder& folder) {

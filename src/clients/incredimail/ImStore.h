@@ -1,4 +1,4 @@
-// The client's folder database.
+// The folders of one identity: the client's folder database, or the list of an older store.
 #pragma once
 
 #include <cstdint>
@@ -10,12 +10,15 @@
 
 namespace postmarker {
 
-// The path of an identity's folder database. `identityDirectory` has no separator at its end.
-std::wstring ContainersDatabasePath(const std::wstring& identityDirectory);
-
 // The rows of a folder database, without paths. A file that can't be opened, read whole or
 // understood gives an empty map. The database may be open in the running client.
 ImContainerMap ReadContainerRows(const std::wstring& database);
+
+// The folders of an identity, without paths: from its database if there is a file of that name,
+// otherwise from the older store, whose root gets `rootLabel` as its id. Empty if neither can be
+// read. `identityDirectory` has no separator at its end.
+ImContainerMap ReadStoredContainers(const std::wstring& identityDirectory,
+                                    const std::wstring& rootLabel);
 
 // A new folder's row.
 struct ImNewFolder {

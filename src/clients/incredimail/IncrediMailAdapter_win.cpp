@@ -5,10 +5,13 @@
 #include <exception>
 #include <vector>
 
+#include "clients/incredimail/ImAddressFile.h"
 #include "clients/incredimail/ImClientWindows_win.h"
 #include "clients/incredimail/ImFolderNames_win.h"
 #include "clients/incredimail/ImFolderTree.h"
 #include "clients/incredimail/ImIdentity_win.h"
+#include "clients/incredimail/ImPaths.h"
+#include "clients/incredimail/ImSentMail.h"
 #include "clients/incredimail/ImStore.h"
 #include "support/MappedFile.h"
 #include "support/Text.h"
@@ -23,10 +26,6 @@ constexpr int kGuidRoom = 39;  // braces and terminator included
 std::wstring RootLabel(const std::wstring& identityName) {
   const std::wstring name = ReadIdentityDisplayName(identityName);
   return L"\\\\" + (name.empty() ? kNamelessIdentity : name);
-}
-
-bool PassesFilter(const std::wstring& name, const std::wstring& filter) {
-  return filter.empty() || EqualNoCase(name, filter);
 }
 
 std::wstring NewGuid() {
@@ -53,7 +52,7 @@ std::wstring FreeFileName(const std::wstring& label) {
 ResultCode ReadContainers(ImContainerMap* containers, const std::wstring& identityName,
                           const std::wstring& identityDirectory, uint32_t language) {
   const std::wstring rootLabel = RootLabel(identityName);
-  *containers = ReadContainerRows(ContainersDatabasePath(identityDirectory));
+  *containers = ReadStoredContainers(identityDirectory, rootLabel);
   ResultCode result = kOk;
   if (language != kEnglish) {
     std::vector<std::wstring> names;
@@ -135,6 +134,38 @@ ResultCode FindWellKnownContainer(std::wstring* id, uint32_t index,
   return kOk;
 }
 
+ResultCode CollectSentAddresses(AddressSet* addresses, const ProgressCallbacks* callbacks) {
+  const bool reports = callbacks != nullptr && callbacks->handle != nullptr;
+  if (reports && callbacks->setProgress != nullptr) {
+    callbacks->setProgress(callbacks->handle, L"", 1);
+  }
+  if (reports && callbacks->isCancelled != nullptr &&
+      callbacks->isCancelled(callbacks->handle) != 0) {
+    return kOk;
+  }
+  ImAddressCollector collector;
+  for (ImIdentityWalker walker; Succeeded(walker.Status()); walker.Next()) {
+    CollectSentOf(walker.Path(), &collector);
+  }
+  collector.AddTo(addresses);
+  if (reports && callbacks->increaseProgress != nullptr) {
+    callbacks->increaseProgress(callbacks->handle, 1);
+  }
+  return kOk;
+}
+
+ResultCode CollectContacts(AddressSet* addresses) {
+  for (ImIdentityWalker walker; Succeeded(walker.Status()); walker.Next()) {
+    CollectContactsOf(walker.Path(), addresses);
+  }
+  return kOk;
+}
+
+ResultCode CollectAddresses(AddressSet* addresses, const ProgressCallbacks* callbacks) {
+  CollectSentAddresses(addresses, callbacks);
+  return CollectContacts(addresses);
+}
+
 }  // namespace incredimail
 
 // A store larger than memory ends the reading and nothing else.
@@ -156,6 +187,16 @@ ResultCode IncrediMailAdapter::CreateFolder(const std::wstring& name, const Mail
                                             MailFolderRef* created) const {
   try {
     return incredimail::CreateFolder(parent, name, created);
+  } catch (const std::exception&) {
+    return kFail;
+  }
+}
+
+ResultCode IncrediMailAdapter::CollectSentAddresses(AddressSet* addresses,
+                                                    const ClientSession& /*session*/,
+                                                    const ProgressCallbacks* callbacks) const {
+  try {
+    return incredimail::CollectAddresses(addresses, callbacks);
   } catch (const std::exception&) {
     return kFail;
   }

@@ -13,10 +13,11 @@ namespace postmarker {
 
 namespace incredimail {
 
-// Reads the whole folder tree of one identity, with paths and with the special folders' names in
-// the identity's language. Every path begins with two backslashes and the identity's display name,
-// or the client's if it has none. A store that can't be read gives an empty tree. A failure means
-// that the names could not be had; the tree then stands with the names of the store.
+// Reads the whole folder tree of one identity, from its database or its older store, with paths and
+// with the special folders' names in the identity's language. Every path begins with two
+// backslashes and the identity's display name, or the client's if it has none. A store that can't
+// be read gives an empty tree. A failure means that the names could not be had; the tree then
+// stands with the names of the store.
 ResultCode ReadContainers(ImContainerMap* containers, const std::wstring& identityName,
                           const std::wstring& identityDirectory, uint32_t language);
 
@@ -37,6 +38,17 @@ ResultCode CreateFolder(const MailFolderRef& parent, const std::wstring& label,
 ResultCode FindWellKnownContainer(std::wstring* id, uint32_t index,
                                   const std::wstring& identityFilter);
 
+// Adds the recipients of the sent mail of all identities, in lower case, one by one. Reports one
+// step, polls callbacks->isCancelled once, at the start, and then returns at once. `callbacks` may
+// be null. Always 0.
+ResultCode CollectSentAddresses(AddressSet* addresses, const ProgressCallbacks* callbacks);
+
+// Adds the entries of the address books of all identities. Always 0.
+ResultCode CollectContacts(AddressSet* addresses);
+
+// Both, one after the other. The contacts are read also if the person has stopped the other.
+ResultCode CollectAddresses(AddressSet* addresses, const ProgressCallbacks* callbacks);
+
 }  // namespace incredimail
 
 // The client as the wizard sees it.
@@ -50,6 +62,9 @@ class IncrediMailAdapter : public MailClientAdapter {
 
   ResultCode CreateFolder(const std::wstring& name, const MailFolderRef& parent,
                           const ClientSession& session, MailFolderRef* created) const override;
+
+  ResultCode CollectSentAddresses(AddressSet* addresses, const ClientSession& session,
+                                  const ProgressCallbacks* callbacks) const override;
 };
 
 }  // namespace postmarker

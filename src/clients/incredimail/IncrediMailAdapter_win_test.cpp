@@ -191,6 +191,43 @@ TEST_F(IncrediMailTest, WithAMessageMissingTheNamesOfTheStoreStay) {
   EXPECT_EQ(List()[1].name, L"\\\\Ann\\Inbox");
 }
 
+// Below the root of an older store the folders stand as in a database.
+TEST_F(IncrediMailTest, FoldersOfAnOlderStore) {
+  m_client.AddIdentity(L"{1}", L"Ann");
+  m_client.IdentityFolder(L"{1}").WriteFolders(
+      {{ImGuid(2), L"Inbox", L"Inbox", {{ImGuid(4), L"Bills", L"Bills"}}},
+       {ImGuid(3), L"Deleted Items", L"Deleted Items"}});
+  const MailFolderList folders = List();
+  EXPECT_EQ(NamesOf(folders), (Names{L"\\\\Ann", L"\\\\Ann\\Inbox", L"\\\\Ann\\Inbox\\Bills",
+                                     L"\\\\Ann\\Deleted Items"}));
+  ASSERT_EQ(folders.size(), 4U);
+  EXPECT_EQ(folders[0], (MailFolderRef{L"\\\\Ann", "\\\\Ann", "{1}", 1}));
+  EXPECT_EQ(folders[2], (MailFolderRef{L"\\\\Ann\\Inbox\\Bills", Narrow(ImGuid(4)), "{1}", 1}));
+}
+
+TEST_F(IncrediMailTest, SpecialFoldersOfAnOlderStoreHaveTheNamesOfTheLanguage) {
+  InstallMessages();
+  m_client.AddIdentity(L"{1}", L"Ann", 7);
+  m_client.IdentityFolder(L"{1}").WriteFolders(
+      {{ImGuid(2), L"Inbox", L"Inbox", {{ImGuid(4), L"Bills", L"Bills"}}},
+       {ImGuid(3), L"Outbox", L"Outbox"}});
+  EXPECT_EQ(NamesOf(List()), (Names{L"\\\\Ann", L"\\\\Ann\\Posteingang",
+                                    L"\\\\Ann\\Posteingang\\Bills", L"\\\\Ann\\Postausgang"}));
+  std::wstring id;
+  incredimail::FindWellKnownContainer(&id, 1, L"");
+  EXPECT_EQ(id, ImGuid(3));
+}
+
+TEST_F(IncrediMailTest, OlderStoreGetsNoNewFolder) {
+  m_client.AddIdentity(L"{1}", L"Ann");
+  m_client.IdentityFolder(L"{1}").WriteFolders({{ImGuid(2), L"Inbox", L"Inbox"}});
+  const std::string before =
+      test::ReadFile(m_client.IdentityFolder(L"{1}").StoreFile("Folders.imm"));
+  MailFolderRef created;
+  EXPECT_EQ(incredimail::CreateFolder(List()[1], L"Spam", &created), kFail);
+  EXPECT_EQ(test::ReadFile(m_client.IdentityFolder(L"{1}").StoreFile("Folders.imm")), before);
+}
+
 TEST_F(IncrediMailTest, FoldersCanNotBeCreatedWithOrWithoutADatabase) {
   const MailClientAdapter* const adapter = FindClient(L"IncrediMail")->adapter;
   EXPECT_FALSE(adapter->CanCreateFolder());

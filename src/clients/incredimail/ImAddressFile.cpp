@@ -1,0 +1,62 @@
+#include "clients/incredimail/ImAddressFile.h"
+
+#include "clients/incredimail/ImPaths.h"
+#include "clients/incredimail/ImSqlCursor.h"
+#include "support/MappedFile.h"
+#include "support/Text.h"
+
+namespace postmarker {
+namespace {
+
+constexpr wchar_t kReadContacts[] = L"SELECT Email, DisplayName FROM Contacts;";
+
+constexpr size_t kFirstSlot = 470;
+constexpr size_t kSlotSize = 4916;
+constexpr size_t kLongestEntry = 1023;
+
+// Takes bytes up to two zeros in a row, wherever the slot ends.
+std::string ReadEntry(std::string_view bytes) {
+  std::string entry;
+  int zeros = 0;
+  for (const char byte : bytes) {
+    if (byte != 0) {
+      entry.push_back(byte);
+      zeros = 0;
+    } else if (++zeros == 2) {
+      break;
+    }
+    if (entry.size() == kLongestEntry) {
+      break;
+    }
+  }
+  return entry;
+}
+
+}  // namespace
+
+std::vector<std::string> ParseAddressFile(std::string_view bytes) {
+  std::vector<std::string> entries;
+  for (size_t slot = kFirstSlot; slot < bytes.size(); slot += kSlotSize) {
+    std::string entry = ReadEntry(bytes.substr(slot));
+    if (!entry.empty()) {
+      entries.push_back(std::move(entry));
+    }
+  }
+  return entries;
+}
+
+void CollectContactsOf(const std::wstring& identityDirectory, AddressSet* addresses) {
+  const std::wstring database = AddressDatabasePath(identityDirectory);
+  if (CanOpenForReading(database)) {
+    for (ImSqlCursor row(database, kReadContacts); row.HasRow(); row.Next()) {
+      addresses->insert(ToLower(row.Text(0)));
+    }
+    return;
+  }
+  const MappedFile file(AddressFilePath(identityDirectory), 1);
+  for (const std::string& entry : ParseAddressFile(file.Bytes())) {
+    addresses->insert(Widen(entry));
+  }
+}
+
+}  // namespace postmarker

@@ -1,0 +1,116 @@
+#include "clients/incredimail/ImSentMail.h"
+
+#include <algorithm>
+#include <iterator>
+#include <memory>
+#include <optional>
+
+#include "analysis/AddressList.h"
+#include "analysis/KsMailTokenizer.h"
+#include "clients/incredimail/ImHeaderFile.h"
+#include "clients/incredimail/ImMessageFile.h"
+#include "clients/incredimail/ImPaths.h"
+#include "clients/incredimail/ImSqlCursor.h"
+#include "clients/incredimail/ImTemporaryFile.h"
+#include "support/MappedFile.h"
+#include "support/Text.h"
+
+namespace postmarker {
+namespace {
+
+// Sent mail lies in the root's child with the place 2.
+constexpr wchar_t kReadRecipients[] =
+    L"SELECT toSender FROM headers WHERE containerid LIKE (SELECT containerid FROM containers "
+    L"WHERE indexinparent=2 AND parentContainerId=(SELECT containerid FROM COntainers WHERE "
+    L"parentContainerId='') );";
+
+constexpr std::string_view kCopies = "cc";
+
+char ToLowerAscii(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+
+// Adds the copies that the message in a file names. The tokenizer is made anew for each message.
+void AddCopies(const std::wstring& path, AddressSet* addresses) {
+  const auto tokenizer = std::make_unique<KsMailTokenizer>();
+  tokenizer->Parse(path.c_str(), nullptr, nullptr);
+  for (const auto& [name, value] : tokenizer->GetHeaders().Sorted()) {
+    if (name == kCopies) {
+      addresses->insert(Widen(value));
+    }
+  }
+}
+
+ResultCode GatherFromMessage(const ImHeader& header, AddressSet* addresses) {
+  addresses->insert(header.ToSender);
+  ImMessage message;
+  const ResultCode result = AssembleMessage(header, &message);
+  const std::wstring path = MakeTemporaryFile();
+  if (Succeeded(result) && !path.empty() && WriteTemporaryFile(path, message.Bytes())) {
+    AddCopies(path, addresses);
+    DeleteTemporaryFile(path);
+  }
+  return result;
+}
+
+}  // namespace
+
+void ImAddressCollector::AddAddresses(std::string_view recipients) {
+  ForEachAddress(recipients, [this](std::string_view address) { m_addresses.Add(address); });
+}
+
+void ImAddressCollector::Add(std::wstring_view recipients) {
+  AddAddresses(Narrow(recipients));
+}
+
+void ImAddressCollector::AddInLowerCase(std::wstring_view recipients) {
+  if (m_lists.Add(NarrowUtf8(recipients))) {
+    Add(ToLower(recipients));
+  }
+}
+
+void ImAddressCollector::AddAsciiInLowerCase(std::string_view recipients) {
+  if (m_lists.Add(recipients)) {
+    m_lowerCase.resize(recipients.size());
+    std::transform(recipients.begin(), recipients.end(), m_lowerCase.begin(), ToLowerAscii);
+    AddAddresses(m_lowerCase);
+  }
+}
+
+void ImAddressCollector::AddTo(AddressSet* addresses) const {
+  auto next = addresses->begin();
+  for (const std::string_view address : m_addresses.Sorted()) {
+    next = std::next(addresses->emplace_hint(next, Widen(address)));
+  }
+}
+
+void CollectSentOf(const std::wstring& identityDirectory, ImAddressCollector* collector) {
+  const std::wstring database = ContainersDatabasePath(identityDirectory);
+  if (CanOpenForReading(database)) {
+    for (ImSqlCursor row(database, kReadRecipients); row.HasRow(); row.Next()) {
+      if (const std::optional<std::string_view> list = row.AsciiText(0)) {
+        collector->AddAsciiInLowerCase(*list);
+      } else {
+        collector->AddInLowerCase(row.Text(0));
+      }
+    }
+    return;
+  }
+  AddressSet recipients;
+  GatherOlderSentAddresses(identityDirectory, &recipients);
+  for (const std::wstring& list : recipients) {
+    collector->Add(list);
+  }
+}
+
+ResultCode GatherOlderSentAddresses(const std::wstring& identityDirectory, AddressSet* addresses) {
+  ImHeaderMap headers;
+  ResultCode result = ReadHeaderFile(&headers, SentHeadersPath(identityDirectory),
+                                     MessageStoreFolder(identityDirectory), kSentItems);
+  for (const auto& [id, header] : headers) {
+    result = GatherFromMessage(header, addresses);
+  }
+  return result;
+}
+
+}  // namespace postmarker

@@ -1,0 +1,50 @@
+// Whom an identity has written to, from its sent mail.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "clients/incredimail/ImTextSet.h"
+#include "postmarker/WizardRequest.h"
+#include "support/Results.h"
+
+namespace postmarker {
+
+// Takes lists of recipients as they stand in headers and gives the single addresses in them. The
+// same list again costs next to nothing: most people write to few others often. From one thread at
+// a time.
+class ImAddressCollector {
+ public:
+  // Takes a list, UTF-16.
+  void Add(std::wstring_view recipients);
+
+  // The same, in lower case first.
+  void AddInLowerCase(std::wstring_view recipients);
+
+  // The same of a list in ASCII.
+  void AddAsciiInLowerCase(std::string_view recipients);
+
+  // Adds all addresses to *addresses.
+  void AddTo(AddressSet* addresses) const;
+
+ private:
+  void AddAddresses(std::string_view recipients);
+
+  ImTextSet m_lists;  // in UTF-8
+  ImTextSet m_addresses;
+  std::string m_lowerCase;
+};
+
+// Collects the recipients of an identity's sent mail from its folder database or, without one, from
+// the older store. A store that can't be read adds nothing.
+void CollectSentOf(const std::wstring& identityDirectory, ImAddressCollector* collector);
+
+// Adds the recipients of the older store's sent mail, lists as they stand in headers: those of the
+// list of headers, and the copies that each message itself names, for which it is rebuilt. Each
+// message is written to a temporary file and read from it once.
+// The result is that of the last message; a list of headers that can't be read fails.
+// Deliberate: the temporary file of a message that can't be rebuilt or written stays behind, empty,
+// as who looks for the reason wants to see.
+ResultCode GatherOlderSentAddresses(const std::wstring& identityDirectory, AddressSet* addresses);
+
+}  // namespace postmarker

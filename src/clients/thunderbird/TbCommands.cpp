@@ -1,0 +1,131 @@
+#include "clients/thunderbird/TbCommands.h"
+
+#include <functional>
+#include <string_view>
+
+#include "clients/thunderbird/TbRecords.h"
+
+namespace postmarker::thunderbird {
+namespace {
+
+constexpr int32_t kPollMilliseconds = 100;
+
+// Takes one message of a reply; false ends the command.
+using MessageHandler = std::function<bool(const std::wstring& message)>;
+
+// Whole seconds, rounded to the nearest.
+int64_t Seconds(int64_t milliseconds) {
+  return (milliseconds + 500) / 1000;
+}
+
+void ReadReply(TbChannel* channel, std::wstring_view command, int32_t limitSeconds,
+               const MessageHandler& handle) {
+  const std::wstring endMarker = EndMarker(command);
+  const int64_t start = channel->Now();
+  std::wstring message;
+  while (!channel->IsAbandoned()) {
+    if (!channel->HasMessage()) {
+      if (Seconds(channel->Now() - start) >= limitSeconds) {
+        return;
+      }
+      channel->Sleep(kPollMilliseconds);
+    } else if (!channel->Read(&message) || message == endMarker || !handle(message)) {
+      return;
+    }
+  }
+}
+
+ResultCode RunCommand(TbChannel* channel, const wchar_t* command, int32_t limitSeconds,
+                      const MessageHandler& handle) {
+  if (!channel->Write(command)) {
+    return kFail;
+  }
+  ReadReply(channel, command, limitSeconds, handle);
+  return kOk;
+}
+
+bool CanReport(const ProgressCallbacks* callbacks) {
+  return callbacks != nullptr && callbacks->handle != nullptr;
+}
+
+}  // namespace
+
+bool IsCancelled(const ProgressCallbacks* callbacks) {
+  return CanReport(callbacks) && callbacks->isCancelled != nullptr &&
+         callbacks->isCancelled(callbacks->handle) != 0;
+}
+
+ResultCode GiveAllFolders(TbChannel* channel, MailFolderList* folders, int32_t limitSeconds) {
+  return RunCommand(channel, L"GiveAllFolders", limitSeconds, [&](const std::wstring& message) {
+    folders->push_back(ParseFolderRecord(message));
+    return true;
+  });
+}
+
+ResultCode GiveContacts(TbChannel* channel, AddressSet* addresses, int32_t limitSeconds) {
+  return RunCommand(channel, L"GiveContacts", limitSeconds, [&](const std::wstring& message) {
+    addresses->insert(message);
+    return true;
+  });
+}
+
+ResultCode SentItemsEntries(TbChannel* channel, int32_t* count, int32_t limitSeconds) {
+  return RunCommand(channel, L"SentItemsEntries", limitSeconds, [&](const std::wstring& message) {
+    *count = ParseCount(message);
+    return true;
+  });
+}
+
+ResultCode GiveAddressesFromSentItems(TbChannel* channel, AddressSet* addresses, int32_t total,
+                                      const ProgressCallbacks* callbacks, int32_t limitSeconds) {
+  constexpr wchar_t kCommand[] = L"GiveAddressesFromSentItems";
+  if (!channel->Write(kCommand)) {
+    return kFail;
+  }
+  if (total != 0 && CanReport(callbacks)) {
+    if (callbacks->setProgress != nullptr) {
+      callbacks->setProgress(callbacks->handle, callbacks->text, total);
+    }
+    if (IsCancelled(callbacks)) {
+      return kOk;
+    }
+  }
+  ReadReply(channel, kCommand, limitSeconds, [&](const std::wstring& message) {
+    if (message != L"IncreaseProgressBar") {
+      AddAddressList(message, addresses);
+      return true;
+    }
+    if (total <= 0) {
+      return true;
+    }
+    if (CanReport(callbacks) && callbacks->increaseProgress != nullptr) {
+      callbacks->increaseProgress(callbacks->handle, 1);
+    }
+    return !IsCancelled(callbacks);
+  });
+  return kOk;
+}
+
+ResultCode AddNewFolder(TbChannel* channel, const MailFolderRef& parent, const std::wstring& name,
+                        MailFolderList* created, int32_t limitSeconds) {
+  const std::wstring request = NewFolderRequest(parent, name);
+  return RunCommand(channel, L"AddNewFolder", limitSeconds, [&](const std::wstring& message) {
+    if (message == L"OK") {
+      (void)channel->Write(request);
+    } else {
+      created->push_back(ParseNewFolderRecord(message, parent.flag));
+    }
+    return true;
+  });
+}
+
+ResultCode SetMoveMails(TbChannel* channel, bool move, int32_t limitSeconds) {
+  return RunCommand(channel, L"SetMoveMails", limitSeconds, [&](const std::wstring& message) {
+    if (message == L"OK") {
+      (void)channel->Write(move ? L"true" : L"false");
+    }
+    return true;
+  });
+}
+
+}  // namespace postmarker::thunderbird

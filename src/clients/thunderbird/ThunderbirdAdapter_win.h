@@ -1,0 +1,38 @@
+// Mozilla Thunderbird as the wizard sees it, through the suite's extension inside it.
+#pragma once
+
+#include <memory>
+
+#include "clients/MailClientAdapter.h"
+
+namespace postmarker {
+
+// Each operation makes a connection of its own. Where no Thunderbird runs, an operation starts one
+// hidden and tells it to exit at its end; while a hold stands (see Hold) it finds one running.
+class ThunderbirdAdapter : public MailClientAdapter {
+ public:
+  void ListFolders(MailFolderList* folders, const ClientSession& session) const override;
+
+  // The trash of the local folders; the last one if the list has several.
+  [[nodiscard]] MailFolderRef FindDefaultFolder(const MailFolderList& folders,
+                                                const ClientSession& session) const override;
+
+  // E_POINTER if Thunderbird can't be reached. Without an answer the result is 0 and *created is as
+  // it was.
+  ResultCode CreateFolder(const std::wstring& name, const MailFolderRef& parent,
+                          const ClientSession& session, MailFolderRef* created) const override;
+
+  // Looks at the user's wish to stop at least every 100 ms while a reply is awaited.
+  ResultCode CollectSentAddresses(AddressSet* addresses, const ClientSession& session,
+                                  const ProgressCallbacks* callbacks) const override;
+
+  // Without the count of mails, which takes its time and serves the progress bar alone.
+  ResultCode HarvestAddresses(AddressSet* addresses, const ClientSession& session) const override;
+
+  void SetMoveMails(bool move) const override;
+
+  // Keeps Thunderbird running, started if need be.
+  [[nodiscard]] std::unique_ptr<ClientHold> MakeHold() const override;
+};
+
+}  // namespace postmarker
