@@ -17,7 +17,15 @@ constexpr UINT kTexts[] = {
     IDS_BUTTON_RETRY,       IDS_BUTTON_IGNORE,      IDS_BUTTON_YES,
     IDS_BUTTON_NO,          IDS_BUTTON_TRY_AGAIN,   IDS_BUTTON_CONTINUE,
     IDS_MUST_SELECT_FOLDER, IDS_FOLDER_NOT_CREATED, IDS_SHEET_CAPTION,
-    IDS_READING_FOLDERS,    IDS_RESTART_CLIENT,     IDS_FOLDER_CAN_BE_CREATED};
+    IDS_READING_FOLDERS,    IDS_RESTART_CLIENT,     IDS_FOLDER_CAN_BE_CREATED,
+    IDS_MUST_SELECT_CLIENT, IDS_CLIENT_NOT_FOUND,   IDS_CLIENT_NOT_READY,
+    IDS_ADDRESS_IS_THERE,   IDS_ADDRESS_INVALID,    IDS_NO_ADDRESSES,
+    IDS_ADDRESS_GRID,       IDS_DOMAIN_COLUMN,      IDS_TYPE_ADDRESS,
+    IDS_ADDRESSES_LEFT_OUT, IDS_ADDRESS_COLUMN};
+
+constexpr UINT kTiles[] = {IDB_TILE_OUTLOOK,           IDB_TILE_WINDOWS_MAIL,
+                           IDB_TILE_OUTLOOK_EXPRESS,   IDB_TILE_THUNDERBIRD,
+                           IDB_TILE_INCREDIMAIL,       IDB_TILE_WINDOWS_LIVE_MAIL};
 
 size_t Count(const std::wstring& text, const std::wstring& part) {
   size_t count = 0;
@@ -64,9 +72,15 @@ TEST_P(ContentTest, RestartNoticeNamesTheClientTwiceAndHoldsNoOtherPlaceholder) 
   EXPECT_EQ(2u, Count(text, L"%"));
 }
 
-TEST_P(ContentTest, TextsOtherThanTheNoticeHoldNoPlaceholder) {
+TEST_P(ContentTest, TipAfterAPasteHasAPlaceForTheNumber) {
+  const std::wstring text = m_module.Text(IDS_ADDRESSES_LEFT_OUT);
+  EXPECT_EQ(1u, Count(text, L"%d"));
+  EXPECT_EQ(1u, Count(text, L"%"));
+}
+
+TEST_P(ContentTest, OtherTextsHoldNoPlaceholder) {
   for (const UINT id : kTexts) {
-    if (id != IDS_RESTART_CLIENT) {
+    if (id != IDS_RESTART_CLIENT && id != IDS_ADDRESSES_LEFT_OUT) {
       EXPECT_EQ(std::wstring::npos, m_module.Text(id).find(L'%')) << id;
     }
   }
@@ -134,6 +148,25 @@ TEST_P(ContentTest, BannerIsTwiceTheSizeOfItsControl) {
   }
 }
 
+TEST_P(ContentTest, TilesAreSquaresOfOneSizeWithTransparentCornersAndDifferFromEachOther) {
+  std::set<std::vector<BYTE>> pictures;
+  for (const UINT id : kTiles) {
+    SCOPED_TRACE(id);
+    const BitmapHandle tile(static_cast<HBITMAP>(::LoadImageW(
+        m_module.Handle(), MAKEINTRESOURCEW(id), IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION)));
+    ASSERT_TRUE(tile);
+    DIBSECTION section = {};
+    ASSERT_NE(0, ::GetObjectW(tile.Get(), sizeof(section), &section));
+    EXPECT_EQ(48, section.dsBm.bmWidth);
+    EXPECT_EQ(48, section.dsBm.bmHeight);
+    EXPECT_EQ(24, section.dsBm.bmBitsPixel);
+    const auto* bytes = static_cast<const BYTE*>(section.dsBm.bmBits);
+    const auto size = static_cast<size_t>(section.dsBm.bmWidthBytes) * 48;
+    EXPECT_EQ((std::vector<BYTE>{255, 255, 255}), std::vector<BYTE>(bytes, bytes + 3));
+    EXPECT_TRUE(pictures.emplace(bytes, bytes + size).second);
+  }
+}
+
 TEST_P(ContentTest, VersionInformationNamesMakerProductAndLanguage) {
   const std::vector<BYTE> info = VersionInfo();
   ASSERT_FALSE(info.empty());
@@ -165,7 +198,8 @@ TEST_P(ContentTest, ResourcesAreMarkedWithTheModulesLanguage) {
   const WORD language = german ? MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN)
                                : MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US);
   for (const UINT id :
-       {IDD_PAGE_WELCOME, IDD_PAGE_SPAM_FOLDER, IDD_PAGE_SETTINGS, IDD_NEW_FOLDER}) {
+       {IDD_PAGE_WELCOME, IDD_PAGE_CHOOSE_CLIENT, IDD_PAGE_SPAM_FOLDER, IDD_PAGE_PREFILL,
+        IDD_PAGE_SETTINGS, IDD_NEW_FOLDER}) {
     EXPECT_NE(nullptr,
               ::FindResourceExW(m_module.Handle(), RT_DIALOG, MAKEINTRESOURCEW(id), language))
         << id;

@@ -8,11 +8,22 @@
 #define IDI_POSTMARKER 10001  // the sheet's small icon: 16, 20, 24, 32 and 48 pixels
 #define IDB_BANNER 10002      // first and last page; twice the control's size at 96 dpi
 
+// The tiles of the mail clients: an envelope with a letter in a colour each, 48 pixels square, on
+// white, which stands for transparent.
+#define IDB_TILE_OUTLOOK 10003
+#define IDB_TILE_WINDOWS_MAIL 10004
+#define IDB_TILE_OUTLOOK_EXPRESS 10005
+#define IDB_TILE_THUNDERBIRD 10006
+#define IDB_TILE_INCREDIMAIL 10007
+#define IDB_TILE_WINDOWS_LIVE_MAIL 10008
+
 // Dialogs.
-#define IDD_NEW_FOLDER 10012        // asks for a new folder's name
-#define IDD_PAGE_WELCOME 13000      // first page
-#define IDD_PAGE_SPAM_FOLDER 13001  // page with the tree of folders
-#define IDD_PAGE_SETTINGS 13006     // last page, with the three switches
+#define IDD_NEW_FOLDER 10012          // asks for a new folder's name
+#define IDD_PAGE_CHOOSE_CLIENT 10015  // page with the tiles of the mail clients
+#define IDD_PAGE_WELCOME 13000        // first page
+#define IDD_PAGE_SPAM_FOLDER 13001    // page with the tree of folders
+#define IDD_PAGE_PREFILL 13002        // page with the addresses for the list of allowed senders
+#define IDD_PAGE_SETTINGS 13006       // last page, with the three switches
 
 // Controls that mean the same on every page.
 #define IDC_HEADING 10001  // the page's title; large and red
@@ -21,6 +32,19 @@
 
 // Welcome page.
 #define IDC_WELCOME_CONTINUE 13050  // tells how to go on
+
+// Client page.
+#define IDC_CLIENT_LABEL 13053  // stands before the tiles and gives them their name
+#define IDC_CLIENT_GRID 13032   // a tile for each mail client
+
+// Prefill page: the first three are shown while addresses are read, the others afterwards.
+#define IDC_PREFILL_RUNNING 10033   // tells what is being done
+#define IDC_PREFILL_PROGRESS 10041  // how far it is
+#define IDC_PREFILL_STOP 10043      // ends it with what was found so far
+#define IDC_ADDRESS_LABEL 10030     // stands before the grid and gives it its name
+#define IDC_ADDRESS_GRID 10016      // the addresses
+#define IDC_ADD_ADDRESS 13033       // a new row
+#define IDC_REMOVE_ADDRESS 13034    // takes the selected rows out
 
 // Spam folder page.
 #define IDC_FOLDER_LABEL 13051  // stands before the tree and gives it its name
@@ -51,9 +75,20 @@
 // Texts of the sheet and its pages.
 #define IDS_MUST_SELECT_FOLDER 10009  // tip at Next: no folder, or a mailbox, is selected
 #define IDS_FOLDER_NOT_CREATED 10011  // tip at Next: the client refused the new folder
+#define IDS_MUST_SELECT_CLIENT 10014  // tip at Next: no mail client is selected
 #define IDS_SHEET_CAPTION 10015    // the sheet's skinned caption; the pages' captions say the same
 #define IDS_READING_FOLDERS 10016  // the tree's only item until the folders are there
 #define IDS_RESTART_CLIENT 10017   // notice at the end; two %s, both wide, both the client's name
+#define IDS_ADDRESS_IS_THERE 10018     // tip at a row being edited: another row has this address
+#define IDS_ADDRESS_INVALID 10020      // tip at a row being edited: this is no address
+#define IDS_CLIENT_NOT_FOUND 10022     // under a client's name: it is not on this machine
+#define IDS_NO_ADDRESSES 10023         // stands in the grid of addresses while it is empty
+#define IDS_ADDRESS_GRID 10024         // name of the grid for who reads the screen aloud
+#define IDS_DOMAIN_COLUMN 10025        // heading of the grid's second column
+#define IDS_TYPE_ADDRESS 10026         // tip at a new row
+#define IDS_ADDRESSES_LEFT_OUT 10027   // tip after a paste; one %d, the number of texts left out
+#define IDS_ADDRESS_COLUMN 10028       // heading of the grid's first column
 #define IDS_FOLDER_CAN_BE_CREATED 10029  // sentence that follows the folder page's body text
+#define IDS_CLIENT_NOT_READY 10030       // under a client's name: its extension is missing
 
 #endif

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "RecordText.h"
@@ -23,18 +24,23 @@ constexpr int kExitOk = 0;
 constexpr int kExitNoModule = 1;
 constexpr int kExitUsage = 2;
 
+constexpr DWORD kLookMs = 50;
+
 constexpr char kUsage[] =
     "usage: postmarker-host [--client NAME] [--training] [--hook] [--language LL] [--json]\n"
-    "  --client NAME   set up this mail client, such as IncrediMail\n"
+    "       postmarker-host --prefill\n"
+    "  --client NAME   set up this mail client, such as IncrediMail; without it the wizard asks\n"
     "  --training      offer the training pages\n"
     "  --hook          hand the sheet's window to the suite's window hook module\n"
     "  --language LL   use the texts of res\\LL (sets the suite's language in the registry)\n"
-    "  --json          print the record as JSON\n";
+    "  --json          print the record as JSON\n"
+    "  --prefill       show no wizard, but fill the list of allowed senders from all mail clients\n";
 
 struct Options {
   WizardRequest request;
   std::optional<std::wstring> language;
   bool json = false;
+  bool prefill = false;
 };
 
 std::vector<std::wstring> Arguments() {
@@ -60,6 +66,8 @@ std::optional<Options> ParseOptions(const std::vector<std::wstring>& arguments) 
       options.request.useWindowHook = 1;
     } else if (name == L"--json") {
       options.json = true;
+    } else if (name == L"--prefill") {
+      options.prefill = true;
     } else {
       return std::nullopt;
     }
@@ -88,17 +96,39 @@ std::wstring ModulePath() {
   return path + L"\\Spamfilter\\Postmarker.dll";
 }
 
+// An export of the module by its plain name, the same in both widths; null if it has none.
+template <class Function>
+Function ExportOf(const LibraryHandle& module, const char* name) {
+  return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(module.Get(), name)));
+}
+
+// A host that goes on working need not wait. This one would take the module's thread with it, so it
+// stays until the thread has let go of the module.
+void PrefillAndWait(LibraryHandle module, PostmarkerStartWhitelistPrefill startWhitelistPrefill) {
+  startWhitelistPrefill();
+  module.Reset();
+  while (::GetModuleHandleW(L"Postmarker.dll") != nullptr) {
+    ::Sleep(kLookMs);
+  }
+  (void)std::puts("The mail clients have been looked through.");
+}
+
 int Run(Options options) {
   if (options.language) {
     SetSuiteLanguage(*options.language);
   }
-  const LibraryHandle module(::LoadLibraryW(ModulePath().c_str()));
-  const auto showWizard = reinterpret_cast<PostmarkerShowWizard>(
-      reinterpret_cast<void*>(::GetProcAddress(module.Get(), "ShowWizard")));
-  if (!module || showWizard == nullptr) {
+  LibraryHandle module(::LoadLibraryW(ModulePath().c_str()));
+  const auto showWizard = ExportOf<PostmarkerShowWizard>(module, "ShowWizard");
+  const auto startWhitelistPrefill =
+      ExportOf<PostmarkerStartWhitelistPrefill>(module, "StartWhitelistPrefill");
+  if (!module || showWizard == nullptr || startWhitelistPrefill == nullptr) {
     (void)std::fprintf(stderr, "postmarker-host: %s can't be loaded (error %lu)\n",
                        NarrowUtf8(ModulePath()).c_str(), ::GetLastError());
     return kExitNoModule;
+  }
+  if (options.prefill) {
+    PrefillAndWait(std::move(module), startWhitelistPrefill);
+    return kExitOk;
   }
   const int32_t result = showWizard(&options.request);
   const std::string text =

@@ -25,15 +25,19 @@ constexpr int kBackButton = 12323;
 constexpr int kNextButton = 12324;
 constexpr int kFinishButton = 12325;
 constexpr int kFolderTree = 10015;
+constexpr int kClientGrid = 13032;
+constexpr int kAddressGrid = 10016;
 
 constexpr char kUsage[] =
     "usage: wizard-state SECONDS FACT...\n"
     "Waits until a wizard shows all facts, at most so long, then prints in pixels of the screen\n"
     "\"NAME LEFT TOP WIDTH HEIGHT\" for the sheet, its buttons, and the tip if one is shown.\n"
     "Ends with 1 if the time was over first. Facts:\n"
-    "  welcome folders settings  the page\n"
+    "  welcome clients folders addresses settings  the page\n"
     "  next back finish          the button can be pressed\n"
     "  tree                      the tree of folders is filled and has the focus\n"
+    "  tiles                     the tiles of the mail clients have the focus\n"
+    "  grid                      the addresses are shown and have the focus\n"
     "  root folder               an item at the top of the tree is selected, or another one\n"
     "  tip                       a tip is shown\n"
     "  front behind              the sheet is the foreground window, or another one is\n"
@@ -44,7 +48,11 @@ struct PageMark {
   const char* name;
   int control;
 };
-constexpr PageMark kPages[] = {{"welcome", 13050}, {"folders", 13051}, {"settings", 13029}};
+constexpr PageMark kPages[] = {{"welcome", 13050},
+                               {"clients", 13053},
+                               {"folders", 13051},
+                               {"addresses", 10043},
+                               {"settings", 13029}};
 
 // The answer of a window of another process, or 0 if it is busy for long.
 LRESULT Ask(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
@@ -112,10 +120,14 @@ bool IsShown(HWND sheet, const std::string& fact) {
     }
   }
   const HWND tree = ::GetDlgItem(page, kFolderTree);
+  const HWND tiles = ::GetDlgItem(page, kClientGrid);
+  const HWND grid = ::GetDlgItem(page, kAddressGrid);
   return (fact == "next" && IsUsable(::GetDlgItem(sheet, kNextButton))) ||
          (fact == "back" && IsUsable(::GetDlgItem(sheet, kBackButton))) ||
          (fact == "finish" && IsUsable(::GetDlgItem(sheet, kFinishButton))) ||
          (fact == "tree" && IsUsable(tree) && HasFocus(tree)) ||
+         (fact == "tiles" && IsUsable(tiles) && HasFocus(tiles)) ||
+         (fact == "grid" && IsUsable(grid) && HasFocus(grid)) ||
          (fact == "root" && tree != nullptr && IsSelected(tree, true)) ||
          (fact == "folder" && tree != nullptr && IsSelected(tree, false));
 }

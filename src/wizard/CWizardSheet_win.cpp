@@ -3,10 +3,13 @@
 #include <mutex>
 #include <utility>
 
+#include "clients/ClientDetection.h"
 #include "clients/ClientTable.h"
 #include "resource.h"
 #include "ui/CWinApp.h"
+#include "wizard/CPageChooseClient_win.h"
 #include "wizard/CPageChooseSpamFolder_win.h"
+#include "wizard/CPagePrefill_win.h"
 #include "wizard/CPageSettings_win.h"
 #include "wizard/CPageWizard_win.h"
 #include "wizard/Colors_win.h"
@@ -72,7 +75,9 @@ CWizardSheet::~CWizardSheet() {
   // From here on a running worker leaves the sheet alone.
   WorkerMap.Erase(this);
   m_settingsPage.reset();
+  m_prefillPage.reset();
   m_folderPage.reset();
+  m_clientPage.reset();
   m_welcomePage.reset();
   if (m_hookOwner) {
     EndWindowHook();
@@ -81,6 +86,7 @@ CWizardSheet::~CWizardSheet() {
   m_workerThread.Reset();
   m_outlook->RevokeCookie();
   m_outlook->LogOff();
+  m_clientHold.reset();
   m_outlook->ReleaseTable();
   m_defaultFolder.reset();
   m_outlook.reset();
@@ -89,11 +95,29 @@ CWizardSheet::~CWizardSheet() {
 
 void CWizardSheet::AddPages() {
   m_welcomePage = std::make_unique<CPageWizard>();
+  m_clientPage = std::make_unique<CPageChooseClient>();
   m_folderPage = std::make_unique<CPageChooseSpamFolder>();
+  m_prefillPage = std::make_unique<CPagePrefill>();
   m_settingsPage = std::make_unique<CPageSettings>();
   AddPage(m_welcomePage.get());
+  if (m_request == nullptr || m_request->clientName.empty()) {
+    AddPage(m_clientPage.get());
+  }
   AddPage(m_folderPage.get());
+  AddPage(m_prefillPage.get());
   AddPage(m_settingsPage.get());
+}
+
+bool CWizardSheet::IsClientInstalled(const std::wstring& name) const {
+  return postmarker::IsClientInstalled(name);
+}
+
+bool CWizardSheet::IsClientSupported(const std::wstring& name) const {
+  return postmarker::IsClientSupported(name);
+}
+
+bool CWizardSheet::IsClientReady(const std::wstring& name) const {
+  return postmarker::IsClientReady(name);
 }
 
 const ClientRow& CWizardSheet::Client() const {
@@ -121,6 +145,12 @@ HRESULT CWizardSheet::EnsureOutlookSession() {
 void CWizardSheet::PrepareClient() {
   if (Client().needsOutlookSession) {
     (void)EnsureOutlookSession();
+  }
+  if (!m_clientHold) {
+    m_clientHold = Client().adapter->MakeHold();
+  }
+  if (m_clientHold) {
+    m_clientHold->Connect();
   }
 }
 
@@ -225,12 +255,15 @@ ResultCode CWizardSheet::CreateFolder(MailFolderRef* rec, const std::wstring& na
   return kOk;
 }
 
-ResultCode CWizardSheet::CollectSentAddresses(AddressSet* addresses, const WizardRequest& request,
-                                              const ProgressCallbacks* callbacks) const {
-  const ClientRow* const client = FindClient(request.clientName);
+ResultCode CWizardSheet::CollectSentAddresses(AddressSet* addresses, const WizardRequest* request,
+                                              const ProgressCallbacks* callbacks) {
+  if (request == nullptr) {
+    return kNullPointer;
+  }
+  const ClientRow* const client = FindClient(request->clientName);
   ComPtr<IDispatch> outlook;
   if (client->needsOutlookSession) {
-    (void)FetchOutlookApplication(request.outlookCookie, &outlook);
+    (void)FetchOutlookApplication(request->outlookCookie, &outlook);
   }
   return client->adapter->CollectSentAddresses(addresses, {outlook.Get()}, callbacks);
 }

@@ -16,9 +16,12 @@
 
 namespace postmarker {
 
+class CPageChooseClient;
 class CPageChooseSpamFolder;
+class CPagePrefill;
 class CPageSettings;
 class CPageWizard;
+class ClientHold;
 struct ClientRow;
 
 // Built on the stack of ShowWizard. All operations are for the sheet's thread unless told
@@ -38,6 +41,11 @@ class CWizardSheet : public CPropertySheet {
 
   // The settings key of the request's client; empty without a request.
   [[nodiscard]] std::wstring GetClientSettingsName() const;
+
+  // What the detection of mail clients says of a display name.
+  [[nodiscard]] bool IsClientInstalled(const std::wstring& name) const;
+  [[nodiscard]] bool IsClientSupported(const std::wstring& name) const;
+  [[nodiscard]] bool IsClientReady(const std::wstring& name) const;
 
   // May the folder page offer a new folder.
   [[nodiscard]] bool CanCreateFolder() const;
@@ -71,10 +79,10 @@ class CWizardSheet : public CPropertySheet {
   // Returns 0.
   ResultCode ApplySettings();
 
-  // Adds the addresses the person has written to. For the prefill worker, in an apartment of its
-  // own.
-  ResultCode CollectSentAddresses(AddressSet* addresses, const WizardRequest& request,
-                                  const ProgressCallbacks* callbacks) const;
+  // Adds the addresses the person has written to in the request's client. E_POINTER without a
+  // request. For the prefill worker, in an apartment of its own; it needs no sheet.
+  static ResultCode CollectSentAddresses(AddressSet* addresses, const WizardRequest* request,
+                                         const ProgressCallbacks* callbacks);
 
   // The picture of the first and last page, loaded when it is first asked for and scaled to `size`.
   // Null if there is none.
@@ -105,9 +113,12 @@ class CWizardSheet : public CPropertySheet {
   // In the order in which the destructor needs them to go: the pages first, the apartment last.
   std::unique_ptr<ComApartment> m_apartment;
   std::unique_ptr<OutlookSession> m_outlook;
+  std::unique_ptr<ClientHold> m_clientHold;
   std::unique_ptr<MailFolderRef> m_defaultFolder;
   std::unique_ptr<CPageWizard> m_welcomePage;
+  std::unique_ptr<CPageChooseClient> m_clientPage;
   std::unique_ptr<CPageChooseSpamFolder> m_folderPage;
+  std::unique_ptr<CPagePrefill> m_prefillPage;
   std::unique_ptr<CPageSettings> m_settingsPage;
   WizardRequest* m_request;
   bool m_hookOwner = false;

@@ -3,6 +3,7 @@
 
 #include <optional>
 
+#include "clients/WhitelistPrefill_win.h"
 #include "postmarker/Postmarker.h"
 #include "wizard/CPostmarkerApp_win.h"
 #include "wizard/CWizardSheet_win.h"
@@ -40,6 +41,16 @@ int32_t RunWizard(WizardRequest* request) {
 extern "C" int32_t __stdcall ShowWizard(postmarker::WizardRequest* request) {
   const postmarker::ModuleStateGuard guard;
   return postmarker::RunWizard(request);
+}
+
+extern "C" void __stdcall StartWhitelistPrefill() {
+  const postmarker::ModuleStateGuard guard;
+  try {
+    const postmarker::KernelHandle thread = postmarker::LaunchWhitelistPrefill();
+  } catch (...) {
+    // No memory even to begin: the next start may have some.
+    ::SetLastError(ERROR_OUTOFMEMORY);
+  }
 }
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID /*reserved*/) {

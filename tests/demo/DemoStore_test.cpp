@@ -1,11 +1,15 @@
 // The sample store of the demo, made by its scripts and read as the module reads a client's.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <set>
 
+#include "clients/incredimail/ImAddressFile.h"
 #include "clients/incredimail/ImFolderTree.h"
+#include "clients/incredimail/ImPaths.h"
+#include "clients/incredimail/ImSentMail.h"
 #include "clients/incredimail/ImSqlCursor.h"
 #include "clients/incredimail/ImStore.h"
 #include "support/TempFolder.h"
@@ -25,10 +29,31 @@ class DemoStore : public testing::Test {
   static void SetUpTestSuite() {
     s_folder = new TempFolder;
     ASSERT_EQ(Run("make-store \"" + StorePath() + "\""), 0);
+    ASSERT_EQ(Run("make-older-store \"" + OlderPath() + "\""), 0);
   }
   static void TearDownTestSuite() { delete s_folder; }
 
   static std::string StorePath() { return (s_folder->Path() / "it's a store").string(); }
+
+  static std::string OlderPath() { return (s_folder->Path() / "older").string(); }
+
+  static std::wstring OlderIdentityPath(const std::string& identity) {
+    return WidenUtf8(OlderPath() + "/Identities/" + identity);
+  }
+
+  // The addresses of an identity's sent mail and of its address book.
+  static AddressSet SentAddresses(const std::wstring& identityPath) {
+    ImAddressCollector collector;
+    CollectSentOf(identityPath, &collector);
+    AddressSet addresses;
+    collector.AddTo(&addresses);
+    return addresses;
+  }
+  static AddressSet Contacts(const std::wstring& identityPath) {
+    AddressSet addresses;
+    CollectContactsOf(identityPath, &addresses);
+    return addresses;
+  }
 
   static int Run(const std::string& command) {
     return std::system((PM_DEMO_DIR "/" + command).c_str());
@@ -122,6 +147,38 @@ TEST_F(DemoStore, AddressBooksHaveContacts) {
   EXPECT_EQ(Query(kClub, "AddressBook/AddrBook.db3", statement).size(), 5U);
 }
 
+TEST_F(DemoStore, OlderFormHasTheSameFolders) {
+  for (const char* const identity : {kNora, kClub}) {
+    const MailFolderList folders = Folders(identity, L"\\\\X");
+    ImContainerMap containers = ReadStoredContainers(OlderIdentityPath(identity), L"\\\\X");
+    FillPaths(&containers, L"\\\\X");
+    MailFolderList older;
+    AppendFolders(containers, WidenUtf8(identity), &older);
+    ASSERT_EQ(older.size(), folders.size());
+    // The root has no id of its own in the older form, and names are no longer whole where they
+    // are not Latin.
+    for (size_t i = 1; i < folders.size(); ++i) {
+      EXPECT_EQ(older[i].firstId, folders[i].firstId);
+      const auto isLatin = [](wchar_t unit) { return unit < 0x100; };
+      if (std::all_of(folders[i].name.begin(), folders[i].name.end(), isLatin)) {
+        EXPECT_EQ(older[i].name, folders[i].name);
+      }
+    }
+  }
+}
+
+TEST_F(DemoStore, OlderFormHasTheSameRecipientsAndContacts) {
+  for (const char* const identity : {kNora, kClub}) {
+    const AddressSet contacts = Contacts(IdentityPath(identity));
+    EXPECT_EQ(Contacts(OlderIdentityPath(identity)).size(), contacts.size());
+    // Some messages of the older form went to contacts as well.
+    AddressSet expected = SentAddresses(IdentityPath(identity));
+    EXPECT_GT(expected.size(), contacts.size());
+    expected.insert(contacts.begin(), contacts.end());
+    EXPECT_EQ(SentAddresses(OlderIdentityPath(identity)), expected);
+  }
+}
+
 TEST_F(DemoStore, MakingItAgainReplacesIt) {
   EXPECT_EQ(Run("make-store \"" + StorePath() + "\""), 0);
   EXPECT_EQ(FolderNames(kNora, L"\\\\N").size(), 19U);
@@ -129,6 +186,7 @@ TEST_F(DemoStore, MakingItAgainReplacesIt) {
 
 TEST_F(DemoStore, WrongUsageIsToldByTheExitCode) {
   EXPECT_NE(Run("make-store 2>/dev/null"), 0);
+  EXPECT_NE(Run("make-older-store 2>/dev/null"), 0);
   EXPECT_NE(Run("make-registry 2>/dev/null"), 0);
 }
 

@@ -6,6 +6,8 @@ Module::Module(const std::wstring& root)
     : m_library(::LoadLibraryW((root + L"\\Spamfilter\\Postmarker.dll").c_str())) {
   m_showWizard = reinterpret_cast<PostmarkerShowWizard>(
       reinterpret_cast<void*>(::GetProcAddress(m_library.Get(), "ShowWizard")));
+  m_startWhitelistPrefill = reinterpret_cast<PostmarkerStartWhitelistPrefill>(
+      reinterpret_cast<void*>(::GetProcAddress(m_library.Get(), "StartWhitelistPrefill")));
 }
 
 ModuleFixture::ModuleFixture() {
@@ -41,7 +43,7 @@ int32_t ModuleFixture::Finish(const std::wstring& folder) {
   const auto session = StartAtFolders();
   session->ClickItem(folder);
   session->ClickButton(kNextButton);
-  session->WaitForPage(Page::kSettings);
+  session->PassAddresses();
   session->ClickButton(kFinishButton);
   return session->Result();
 }

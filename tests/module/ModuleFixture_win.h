@@ -19,12 +19,16 @@ class Module {
  public:
   explicit Module(const std::wstring& root = StageFolder());
 
-  [[nodiscard]] bool IsLoaded() const { return m_showWizard != nullptr; }
+  [[nodiscard]] bool IsLoaded() const {
+    return m_showWizard != nullptr && m_startWhitelistPrefill != nullptr;
+  }
   int32_t ShowWizard(WizardRequest* request) const { return m_showWizard(request); }
+  void StartWhitelistPrefill() const { m_startWhitelistPrefill(); }
 
  private:
   LibraryHandle m_library;
   PostmarkerShowWizard m_showWizard = nullptr;
+  PostmarkerStartWhitelistPrefill m_startWhitelistPrefill = nullptr;
 };
 
 // An IncrediMail installation with two identities of a few folders, in a registry of the test's

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 
-#include "clients/HookModule_win.h"
 #include "module/ModuleFixture_win.h"
 #include "wizard/WindowHook_win.h"
 
@@ -46,36 +45,6 @@ TEST_F(RuleTest, CancelAddsNoRule) {
   session->ClickButton(IDCANCEL);
   session->Result();
   EXPECT_FALSE(Notes());
-}
-
-TEST_F(RuleTest, RootIsTwoLevelsAboveTheHostsProgram) {
-  EXPECT_EQ(GetSuiteRootFolder(), SuiteFolder());
-}
-
-TEST_F(RuleTest, ModuleThatLacksAnEntryPointIsUnloadedAgain) {
-  HookModule module;
-  module.Load(SuiteFolder() + L"\\Spamfilter\\ShimWithoutProc.dll");
-  EXPECT_FALSE(module.IsLoaded());
-  EXPECT_EQ(::GetModuleHandleW(L"ShimWithoutProc.dll"), nullptr);
-  AddSpamRule(L"ShimWithoutProc.dll", L"[KSSpam]");
-  EXPECT_FALSE(Notes());
-}
-
-TEST_F(RuleTest, MissingModuleAndNoModuleDoNothing) {
-  AddSpamRule(L"NoSuchShim.dll", L"[KSSpam]");
-  AddSpamRule(L"", L"[KSSpam]");
-  EXPECT_FALSE(Notes());
-}
-
-TEST_F(RuleTest, LoadedModuleIsNotReplacedAndUnloadClearsIt) {
-  HookModule module;
-  module.Load(SuiteFolder() + L"\\Spamfilter\\IncrediMailShim.dll");
-  ASSERT_TRUE(module.IsLoaded());
-  module.Load(SuiteFolder() + L"\\Spamfilter\\NoSuchShim.dll");
-  EXPECT_TRUE(module.IsLoaded());
-  module.Unload();
-  EXPECT_FALSE(module.IsLoaded());
-  EXPECT_EQ(::GetModuleHandleW(L"IncrediMailShim.dll"), nullptr);
 }
 
 TEST(WindowHookFile, EntryPointsAreTakenByNameAndAMissingOneStaysNull) {

@@ -72,9 +72,11 @@ TEST_F(ShowWizardTest, GivenClientGoesStraightFromWelcomeToFolders) {
   EXPECT_TRUE(session->IsOn(Page::kFolders));
 }
 
-TEST_F(ShowWizardTest, WithoutTrainingTheSettingsFollowTheFolders) {
+TEST_F(ShowWizardTest, WithoutTrainingTheSettingsFollowTheAddresses) {
   const auto session = StartAtFolders();
   session->ClickItem(L"Junk");
+  session->ClickButton(kNextButton);
+  session->WaitForAddresses();
   session->ClickButton(kNextButton);
   session->WaitForPage(Page::kSettings);
 }
@@ -108,10 +110,18 @@ TEST_F(ShowWizardTest, CancelOnEachPageReturnsCancel) {
     session->ClickButton(IDCANCEL);
     EXPECT_EQ(session->Result(), IDCANCEL);
   }
+  {
+    const auto session = StartAtFolders();
+    session->ClickItem(L"Junk");
+    session->ClickButton(kNextButton);
+    session->WaitForPage(Page::kPrefill);
+    session->ClickButton(IDCANCEL);
+    EXPECT_EQ(session->Result(), IDCANCEL);
+  }
   const auto session = StartAtFolders();
   session->ClickItem(L"Junk");
   session->ClickButton(kNextButton);
-  session->WaitForPage(Page::kSettings);
+  session->PassAddresses();
   session->ClickButton(IDCANCEL);
   EXPECT_EQ(session->Result(), IDCANCEL);
   // The folder page has read the settings, which completes a record that was not there; no answer
@@ -269,6 +279,9 @@ TEST_F(ShowWizardTest, CanBeWorkedByKeysAlone) {
   press(VK_DOWN);
   WizardSession::Require([&] { return session.SelectedText() == L"Inbox"; },
                          "the keys went elsewhere");
+  press(VK_RETURN);
+  session.WaitForAddresses();
+  WizardSession::Require([&] { return session.IsButtonUsable(kNextButton); }, "no Next");
   press(VK_RETURN);
   session.WaitForPage(Page::kSettings);
   press(VK_RETURN);

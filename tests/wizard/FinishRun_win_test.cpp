@@ -70,7 +70,7 @@ TEST_F(FinishRunTest, AnswersAreSavedUnderTheClientsName) {
 
 TEST_F(FinishRunTest, ChosenAddressesMoveToTheWhitelist) {
   AddAddressToBlacklist(L"friend@post.example", false);
-  m_request.prefillAddresses = {L"friend@post.example", L"other@post.example"};
+  m_clients.client.addresses = {L"friend@post.example", L"other@post.example"};
   Finish(L"Inbox");
   EXPECT_THAT(Whitelist(), ElementsAre(testing::Pair(L"friend@post.example", L""),
                                        testing::Pair(L"other@post.example", L"")));
@@ -88,7 +88,7 @@ TEST_F(FinishRunTest, NoAddressesWriteNothingToTheWhitelist) {
 TEST_F(FinishRunTest, AddressesAreWrittenAgainWithTheSameFolder) {
   Finish(L"Inbox");
   m_request.folders.clear();
-  m_request.prefillAddresses = {L"later@post.example"};
+  m_clients.client.addresses = {L"later@post.example"};
   Finish(L"Inbox");
   EXPECT_EQ(Whitelist().size(), 1U);
 }

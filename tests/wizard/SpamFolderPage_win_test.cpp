@@ -11,22 +11,10 @@ using testing::IsEmpty;
 
 constexpr int kBodyText = 10003;
 constexpr int kNewFolderButton = 10022;
-constexpr int kNewFolderName = 10023;
 constexpr wchar_t kToolTipClass[] = L"KsToolTipWnd";
 
 class SpamFolderPageTest : public WizardFixture {
  protected:
-  // Opens the new-folder dialog over the selected item, types a name and presses OK.
-  static void CreateFolder(const WizardSession& session, const std::wstring& name) {
-    session.ClickControl(kNewFolderButton);
-    const HWND dialog = session.WaitForDialog(kNewFolderName);
-    for (const wchar_t c : name) {
-      ::PostMessageW(::GetDlgItem(dialog, kNewFolderName), WM_CHAR, c, 1);
-    }
-    ::PostMessageW(::GetDlgItem(dialog, IDOK), BM_CLICK, 0, 0);
-    WizardSession::Require([&] { return !::IsWindow(dialog); }, "the dialog did not close");
-  }
-
   static std::wstring ToolTipText() {
     HWND tip = nullptr;
     WaitUntil([&] { return (tip = FindVisibleWindow(kToolTipClass)) != nullptr; });
@@ -162,7 +150,7 @@ TEST_F(SpamFolderPageTest, ClientThatCreatesFoldersGetsTheSentenceAboutIt) {
 TEST_F(SpamFolderPageTest, NewFolderIsCreatedShownAndSelected) {
   const auto session = StartAtFolders();
   session->ClickItem(L"Inbox");
-  CreateFolder(*session, L"Junk");
+  session->CreateFolder(L"Junk");
   EXPECT_TRUE(WaitUntil([&] { return session->SelectedText() == L"Junk"; }));
   EXPECT_THAT(session->TreeLines(),
               ElementsAre("Post*", "  Inbox", "    Friends", "    Junk", "  Trash"));
@@ -174,7 +162,7 @@ TEST_F(SpamFolderPageTest, NewFolderIsCreatedShownAndSelected) {
 TEST_F(SpamFolderPageTest, NewFolderWithABackslashIsShownAsLevels) {
   const auto session = StartAtFolders();
   session->ClickItem(L"Trash");
-  CreateFolder(*session, L"a\\b");
+  session->CreateFolder(L"a\\b");
   EXPECT_TRUE(WaitUntil([&] { return session->SelectedText() == L"b"; }));
   EXPECT_THAT(session->TreeLines(),
               ElementsAre("Post*", "  Inbox", "    Friends", "  Trash", "    a", "      b"));
@@ -183,7 +171,7 @@ TEST_F(SpamFolderPageTest, NewFolderWithABackslashIsShownAsLevels) {
 TEST_F(SpamFolderPageTest, EmptyNameCreatesNothing) {
   const auto session = StartAtFolders();
   session->ClickItem(L"Trash");
-  CreateFolder(*session, L"");
+  session->CreateFolder(L"");
   EXPECT_EQ(m_clients.client.creations, 0);
   EXPECT_EQ(session->TreeLines().size(), 4U);
 }
@@ -192,7 +180,7 @@ TEST_F(SpamFolderPageTest, RefusedParentKeepsThePageWithTheToolTip) {
   m_clients.client.createResult = kFail;
   const auto session = StartAtFolders();
   session->ClickItem(L"Post");
-  CreateFolder(*session, L"Junk");
+  session->CreateFolder(L"Junk");
   EXPECT_THAT(ToolTipText(), testing::HasSubstr(L"could not be created"));
   EXPECT_TRUE(session->IsOn(Page::kFolders));
   EXPECT_EQ(session->TreeLines().size(), 4U);

@@ -1,0 +1,253 @@
+#include "wizard/CPagePrefill_win.h"
+
+#include <commctrl.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "resource.h"
+#include "support/Bstr_win.h"
+#include "ui/CWinApp.h"
+#include "wizard/CPostmarkerApp_win.h"
+#include "wizard/CWizardSheet_win.h"
+#include "wizard/PrefillProgress.h"
+#include "wizard/PrefillWorker_win.h"
+
+namespace postmarker {
+namespace {
+
+constexpr int kRowHeight = 22;
+constexpr int kColumns = 2;
+constexpr uint32_t kBackAndNext = PSWIZB_BACK | PSWIZB_NEXT;
+
+constexpr int kRunningControls[] = {IDC_PREFILL_RUNNING, IDC_PREFILL_PROGRESS, IDC_PREFILL_STOP};
+constexpr int kFinishedControls[] = {IDC_ADDRESS_LABEL, IDC_ADDRESS_GRID, IDC_ADD_ADDRESS,
+                                     IDC_REMOVE_ADDRESS};
+
+AddressGridPrompts LoadPrompts() {
+  return {.address = LoadText(IDS_ADDRESS_COLUMN),
+          .domain = LoadText(IDS_DOMAIN_COLUMN),
+          .empty = LoadText(IDS_NO_ADDRESSES),
+          .newRow = LoadText(IDS_TYPE_ADDRESS),
+          .name = LoadText(IDS_ADDRESS_GRID),
+          .duplicate = LoadText(IDS_ADDRESS_IS_THERE),
+          .leftOut = LoadText(IDS_ADDRESSES_LEFT_OUT),
+          .invalid = LoadText(IDS_ADDRESS_INVALID)};
+}
+
+}  // namespace
+
+const MessageEntry CPagePrefill::kEntries[] = {
+    OnMessage(kPrefillRange, &CPagePrefill::HandleRange),
+    OnMessage(kPrefillAdvance, &CPagePrefill::HandleAdvance),
+    OnMessage(kPrefillAddress, &CPagePrefill::HandleAddress),
+    OnMessage(kPrefillFinished, &CPagePrefill::HandleFinished),
+    OnCommand(IDC_PREFILL_STOP, &CPagePrefill::HandleStop),
+    OnCommand(IDC_ADD_ADDRESS, &CPagePrefill::HandleAdd),
+    OnCommand(IDC_REMOVE_ADDRESS, &CPagePrefill::HandleRemove),
+    OnNotify(IDC_ADDRESS_GRID, static_cast<UINT>(LVN_ITEMCHANGED),
+             &CPagePrefill::HandleItemChanged),
+    OnMessage(WM_KEYUP, &CPagePrefill::HandleKeyUp),
+    OnMessage(WM_DRAWITEM, &CPagePrefill::HandleDrawItem),
+    OnMessage(WM_MEASUREITEM, &CPagePrefill::HandleMeasureItem),
+    OnMessage(WM_DESTROY, &CPagePrefill::HandleDestroy),
+};
+const MessageTable CPagePrefill::kMessages = {&CPageWizardDefault::kMessages,
+                                              CPagePrefill::kEntries};
+
+CPagePrefill::CPagePrefill()
+    : CPageWizardDefault(IDD_PAGE_PREFILL, 0),
+      m_stopEvent(::CreateEventW(nullptr, TRUE, FALSE, nullptr)) {}
+
+CPagePrefill::~CPagePrefill() {
+  StopWorker();
+}
+
+void CPagePrefill::DoDataExchange(const CDataExchange& /*exchange*/) {
+  m_addressGrid.Attach(Item(IDC_ADDRESS_GRID));
+}
+
+bool CPagePrefill::OnInitDialog() {
+  CPageWizardDefault::OnInitDialog();
+  ::EnableWindow(Item(IDC_REMOVE_ADDRESS), FALSE);
+  ShowFinished(0);
+  SetUpGrid();
+  StartWorker();
+  return true;
+}
+
+void CPagePrefill::SetUpGrid() {
+  RECT client = {};
+  ::GetClientRect(m_addressGrid.Handle(), &client);
+  const int width = client.right - ::GetSystemMetrics(SM_CXVSCROLL);
+  m_addressGrid.Initialise(width / kColumns, CurrentScreenScale().Height(kRowHeight),
+                           LoadPrompts());
+  // Until the rows are shown, the list need not keep its scroll bar up with each of them.
+  m_addressGrid.SetRedraw(false);
+}
+
+void CPagePrefill::StartWorker() {
+  auto job = std::make_unique<PrefillJob>();
+  job->pageWindow = Handle();
+  job->progressWindow = Item(IDC_PREFILL_PROGRESS);
+  job->request = Wizard() != nullptr ? Wizard()->Request() : nullptr;
+  job->stopEvent = m_stopEvent.Get();
+  job->abandoned = &m_abandoned;
+  job->unreadAddresses = &m_unreadAddresses;
+  m_workerThread = StartPrefillWorker(std::move(job));
+}
+
+void CPagePrefill::StopWorker() {
+  m_abandoned = true;
+  if (m_stopEvent) {
+    ::SetEvent(m_stopEvent.Get());
+  }
+  if (m_workerThread) {
+    // A client that lives in this apartment must be able to answer the worker meanwhile, so messages
+    // go on. Nothing may close the wizard a second time.
+    m_isStopping = true;
+    const HWND sheet = Sheet() != nullptr ? Sheet()->Handle() : nullptr;
+    ::EnableWindow(sheet, FALSE);
+    DWORD index = 0;
+    HANDLE thread = m_workerThread.Get();
+    if (FAILED(::CoWaitForMultipleHandles(0, INFINITE, 1, &thread, &index))) {
+      ::WaitForSingleObject(thread, INFINITE);
+    }
+    m_workerThread.Reset();
+    m_isStopping = false;
+  }
+  m_stopEvent.Reset();
+}
+
+void CPagePrefill::OnReset() {
+  StopWorker();
+}
+
+LRESULT CPagePrefill::HandleDestroy(const MessageArgs& args) {
+  StopWorker();
+  DropPostedAddresses();
+  return Default(args);
+}
+
+void CPagePrefill::DropPostedAddresses() const {
+  MSG message = {};
+  while (::PeekMessageW(&message, Handle(), kPrefillAddress, kPrefillAddress, PM_REMOVE)) {
+    const Bstr address(reinterpret_cast<BSTR>(message.wParam));
+  }
+}
+
+void CPagePrefill::ShowFinished(uint32_t finished) {
+  m_finished = finished;
+  for (const int id : kRunningControls) {
+    ::ShowWindow(Item(id), finished == 0 ? SW_SHOW : SW_HIDE);
+  }
+  for (const int id : kFinishedControls) {
+    ::ShowWindow(Item(id), finished == 0 ? SW_HIDE : SW_SHOW);
+  }
+  SetButtonMask(finished != 0 ? kBackAndNext : 0);
+}
+
+LRESULT CPagePrefill::HandleRange(const MessageArgs& args) {
+  const PrefillRange range = RangeFor(static_cast<int32_t>(args.lParam));
+  const HWND bar = Item(IDC_PREFILL_PROGRESS);
+  ::SendMessageW(bar, PBM_SETRANGE, 0, MAKELPARAM(0, range.upper));
+  ::SendMessageW(bar, PBM_SETSTEP, 1, 0);
+  ::SendMessageW(bar, PBM_SETPOS, static_cast<WPARAM>(range.position), 0);
+  return 0;
+}
+
+LRESULT CPagePrefill::HandleAdvance(const MessageArgs& args) {
+  const HWND bar = Item(IDC_PREFILL_PROGRESS);
+  const auto upper = static_cast<int32_t>(::SendMessageW(bar, PBM_GETRANGE, FALSE, 0));
+  for (int32_t step = StepsToTake(static_cast<int32_t>(args.lParam), upper); step > 0; --step) {
+    ::SendMessageW(bar, PBM_STEPIT, 0, 0);
+  }
+  return 0;
+}
+
+LRESULT CPagePrefill::HandleAddress(const MessageArgs& args) {
+  --m_unreadAddresses;
+  const Bstr address(reinterpret_cast<BSTR>(args.wParam));
+  if (address) {
+    m_addressGrid.AddAddress(std::wstring(address.Get(), ::SysStringLen(address.Get())));
+  }
+  return 0;
+}
+
+LRESULT CPagePrefill::HandleFinished(const MessageArgs& args) {
+  ShowFinished(static_cast<uint32_t>(args.lParam));
+  m_addressGrid.SetRedraw(true);
+  ::InvalidateRect(m_addressGrid.Handle(), nullptr, TRUE);
+  // The button that had it is gone, or the system has moved it on to Cancel.
+  FocusGrid();
+  return 0;
+}
+
+LRESULT CPagePrefill::HandleStop(const MessageArgs& /*args*/) {
+  ::SetEvent(m_stopEvent.Get());
+  ::EnableWindow(Item(IDC_PREFILL_STOP), FALSE);
+  return 0;
+}
+
+LRESULT CPagePrefill::HandleAdd(const MessageArgs& /*args*/) {
+  FocusGrid();
+  m_addressGrid.BeginNewRow();
+  return 0;
+}
+
+LRESULT CPagePrefill::HandleRemove(const MessageArgs& /*args*/) {
+  UpdateData(true);
+  m_addressGrid.ClearEditState();
+  m_addressGrid.RemoveSelected();
+  FocusGrid();
+  return 0;
+}
+
+void CPagePrefill::FocusGrid() const {
+  // Not with SetFocus, which would leave the dialog's default button as it was.
+  Send(WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(m_addressGrid.Handle()), TRUE);
+}
+
+LRESULT CPagePrefill::HandleItemChanged(const MessageArgs& /*args*/) {
+  const bool any = ::SendMessageW(m_addressGrid.Handle(), LVM_GETSELECTEDCOUNT, 0, 0) != 0;
+  const HWND button = Item(IDC_REMOVE_ADDRESS);
+  if (any != (::IsWindowEnabled(button) != FALSE)) {
+    ::EnableWindow(button, any ? TRUE : FALSE);
+  }
+  return 0;
+}
+
+LRESULT CPagePrefill::HandleKeyUp(const MessageArgs& args) {
+  const int command = args.wParam == VK_INSERT   ? IDC_ADD_ADDRESS
+                      : args.wParam == VK_DELETE ? IDC_REMOVE_ADDRESS
+                                                 : 0;
+  if (command == 0) {
+    return Default(args);
+  }
+  if (!m_addressGrid.IsEditing()) {
+    ::PostMessageW(Handle(), WM_COMMAND, MAKEWPARAM(command, BN_CLICKED), 0);
+  }
+  return 0;
+}
+
+LRESULT CPagePrefill::HandleDrawItem(const MessageArgs& args) {
+  return m_addressGrid.DrawItem(args);
+}
+
+LRESULT CPagePrefill::HandleMeasureItem(const MessageArgs& args) {
+  return m_addressGrid.MeasureItem(args);
+}
+
+bool CPagePrefill::OnKillActive() {
+  if (m_finished == 0 || m_addressGrid.IsEditing()) {
+    return false;
+  }
+  if (Wizard() != nullptr && Wizard()->Request() != nullptr) {
+    AddressSet& addresses = Wizard()->Request()->prefillAddresses;
+    addresses.clear();
+    m_addressGrid.ReadAddresses(&addresses);
+  }
+  return CPageWizardDefault::OnKillActive();
+}
+
+}  // namespace postmarker

@@ -1,0 +1,17 @@
+#include "wizard/PrefillProgress.h"
+
+#include <algorithm>
+
+namespace postmarker {
+
+PrefillRange RangeFor(int32_t total) {
+  return {static_cast<uint16_t>(std::max<int32_t>(total, 1)),
+          static_cast<uint16_t>(total == 0 ? 1 : 0)};
+}
+
+int32_t StepsToTake(int32_t steps, int32_t upper) {
+  // One step more than the range is long leads back to where it began.
+  return steps > 0 ? steps % (std::max<int32_t>(upper, 0) + 1) : 0;
+}
+
+}  // namespace postmarker

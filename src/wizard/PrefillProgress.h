@@ -1,0 +1,24 @@
+// How the prefill page's bar follows what a client reports.
+#pragma once
+
+#include <cstdint>
+
+namespace postmarker {
+
+// The bar's range begins at 0.
+struct PrefillRange {
+  uint16_t upper = 1;
+  uint16_t position = 0;
+};
+
+// The range for an expected number of steps. A number below 1 gives a range of one step, which 0
+// shows as done: there is nothing to do.
+// Deliberate: the bar holds 16 bits, of which larger numbers keep the lower ones. Its position
+// wraps at the end, so such a bar fills several times.
+PrefillRange RangeFor(int32_t total);
+
+// How many single steps move a bar of the range 0 to `upper` as far as `steps` do. It begins anew
+// behind its end, so rounds are left out; a number below 1 moves nothing.
+int32_t StepsToTake(int32_t steps, int32_t upper);
+
+}  // namespace postmarker

@@ -1,0 +1,51 @@
+#include "wizard/PrefillProgress.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace postmarker {
+namespace {
+
+TEST(PrefillRange, TotalIsTheUpperBound) {
+  EXPECT_EQ(RangeFor(1).upper, 1);
+  EXPECT_EQ(RangeFor(300).upper, 300);
+  EXPECT_EQ(RangeFor(300).position, 0);
+  EXPECT_EQ(RangeFor(65535).upper, 65535);
+}
+
+TEST(PrefillRange, TotalOfZeroShowsAFullBar) {
+  EXPECT_EQ(RangeFor(0).upper, 1);
+  EXPECT_EQ(RangeFor(0).position, 1);
+}
+
+TEST(PrefillRange, NegativeTotalShowsAnEmptyBarOfOneStep) {
+  EXPECT_EQ(RangeFor(-1).upper, 1);
+  EXPECT_EQ(RangeFor(-1).position, 0);
+  EXPECT_EQ(RangeFor(std::numeric_limits<int32_t>::min()).upper, 1);
+}
+
+TEST(PrefillRange, TotalOfMoreThan16BitsKeepsTheLowerOnes) {
+  EXPECT_EQ(RangeFor(65536).upper, 0);
+  EXPECT_EQ(RangeFor(70000).upper, 70000 - 65536);
+}
+
+TEST(PrefillSteps, MoveTheBarAsOftenAsTold) {
+  EXPECT_EQ(StepsToTake(1, 300), 1);
+  EXPECT_EQ(StepsToTake(300, 300), 300);
+}
+
+TEST(PrefillSteps, WholeRoundsAreLeftOut) {
+  EXPECT_EQ(StepsToTake(301, 300), 0);
+  EXPECT_EQ(StepsToTake(305, 300), 4);
+  EXPECT_EQ(StepsToTake(std::numeric_limits<int32_t>::max(), 1), 1);
+  EXPECT_EQ(StepsToTake(5, 0), 0);
+}
+
+TEST(PrefillSteps, NumberBelowOneMovesNothing) {
+  EXPECT_EQ(StepsToTake(0, 300), 0);
+  EXPECT_EQ(StepsToTake(-7, 300), 0);
+}
+
+}  // namespace
+}  // namespace postmarker

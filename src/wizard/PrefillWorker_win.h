@@ -1,0 +1,35 @@
+// The thread that collects addresses from the chosen client while the prefill page shows how far it
+// is.
+#pragma once
+
+#include <windows.h>
+
+#include <atomic>
+#include <memory>
+
+#include "postmarker/WizardRequest.h"
+#include "support/Handles_win.h"
+
+namespace postmarker {
+
+// What the worker posts to the page. It never waits for an answer.
+inline constexpr UINT kPrefillRange = 0x401;     // second parameter: the number of steps expected
+inline constexpr UINT kPrefillAdvance = 0x402;   // second parameter: steps done
+inline constexpr UINT kPrefillAddress = 0x405;   // first parameter: a BSTR, which the page frees
+inline constexpr UINT kPrefillFinished = 0x406;  // second parameter: 1; comes last
+
+// What a worker takes along. The page waits for the worker before it goes, so what belongs to it
+// outlives the job.
+struct PrefillJob {
+  HWND pageWindow = nullptr;                     // where messages go
+  HWND progressWindow = nullptr;                 // the bar that shows them
+  WizardRequest* request = nullptr;              // may be null
+  HANDLE stopEvent = nullptr;                    // not owned; signalled: return early
+  const std::atomic<bool>* abandoned = nullptr;  // true: nobody reads what is posted any more
+  std::atomic<int>* unreadAddresses = nullptr;   // posted, and not read by the page yet
+};
+
+// Starts the worker, which frees the job. None if the thread can't be made.
+KernelHandle StartPrefillWorker(std::unique_ptr<PrefillJob> job);
+
+}  // namespace postmarker

@@ -1,0 +1,374 @@
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include <gmock/gmock.h>
+
+#include "settings/AddressLists.h"
+#include "wizard/ClientGrid_win.h"
+#include "wizard/WizardFixture_win.h"
+
+namespace postmarker::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr int kRunningText = 10033;
+constexpr int kProgressBar = 10041;
+constexpr int kStopButton = 10043;
+constexpr int kGridLabel = 10030;
+constexpr int kGrid = 10016;
+constexpr int kAddButton = 13033;
+constexpr int kRemoveButton = 13034;
+
+constexpr UINT kRangeMessage = 0x401;
+constexpr UINT kAdvanceMessage = 0x402;
+
+// How often the made-up client asks whether to stop.
+constexpr DWORD kPollMs = 30;
+
+// How long closing may take beyond the client's interval on a busy machine.
+constexpr DWORD kSlackMs = 700;
+
+class PrefillPageTest : public WizardFixture {
+ protected:
+  // From the start to the page, whose worker may still run.
+  std::unique_ptr<WizardSession> StartAtPrefill() {
+    auto session = StartAtFolders();
+    session->ClickItem(L"Inbox");
+    session->ClickButton(kNextButton);
+    session->WaitForPage(Page::kPrefill);
+    return session;
+  }
+  std::unique_ptr<WizardSession> StartAtAddresses(const AddressSet& addresses) {
+    m_clients.client.addresses = addresses;
+    auto session = StartAtPrefill();
+    session->WaitForAddresses();
+    return session;
+  }
+
+  // The client collects until it is told to stop, or until it is let go.
+  void CollectUntilStopped() {
+    m_clients.client.whileCollecting = [this](const ProgressCallbacks* callbacks) {
+      m_collecting = true;
+      while (callbacks->isCancelled(callbacks->handle) == 0 && !m_letGo) {
+        ::Sleep(kPollMs);
+      }
+      m_collecting = false;
+    };
+  }
+
+  void Finish(WizardSession& session) {
+    session.ClickButton(kNextButton);
+    session.WaitForPage(Page::kSettings);
+    session.ClickButton(kFinishButton);
+    session.Result();
+  }
+
+  static bool IsShown(const WizardSession& session, int control) {
+    return ::IsWindowVisible(session.Control(control)) != FALSE;
+  }
+  static LRESULT Ask(const WizardSession& session, int control, UINT message, WPARAM wParam = 0,
+                     LPARAM lParam = 0) {
+    return ::SendMessageW(session.Control(control), message, wParam, lParam);
+  }
+  static void SelectRow(const WizardSession& session, int row, bool selected = true) {
+    LVITEMW item = {};
+    item.stateMask = LVIS_SELECTED;
+    item.state = selected ? LVIS_SELECTED : 0;
+    Ask(session, kGrid, LVM_SETITEMSTATE, static_cast<WPARAM>(row),
+        reinterpret_cast<LPARAM>(&item));
+  }
+  static bool IsEditOpen(const WizardSession& session) {
+    return ::FindWindowExW(session.AddressGrid(), nullptr, L"Edit", nullptr) != nullptr;
+  }
+  static void WaitForEdit(const WizardSession& session) {
+    WizardSession::Require([&] { return IsEditOpen(session); }, "no edit was opened");
+  }
+  static void Type(const WizardSession& session, const std::wstring& text) {
+    const HWND edit = ::FindWindowExW(session.AddressGrid(), nullptr, L"Edit", nullptr);
+    for (const wchar_t unit : text) {
+      ::PostMessageW(edit, WM_CHAR, unit, 1);
+    }
+    WizardSession::Require([&] { return TextOf(edit) == text; }, "the text did not arrive");
+  }
+
+  std::atomic<bool> m_collecting = false;
+  std::atomic<bool> m_letGo = false;
+};
+
+TEST_F(PrefillPageTest, AddressesAreSortedInLowerCaseWithoutDuplicates) {
+  const auto session = StartAtAddresses({L"Ben@B.org", L"anna@b.org", L"BEN@b.org", L"zoe@a.org"});
+  EXPECT_THAT(session->Addresses(), ElementsAre(L"anna@b.org", L"ben@b.org", L"zoe@a.org"));
+}
+
+TEST_F(PrefillPageTest, EmptyAddressIsDropped) {
+  const auto session = StartAtAddresses({L"", L"anna@b.org"});
+  EXPECT_THAT(session->Addresses(), ElementsAre(L"anna@b.org"));
+}
+
+TEST_F(PrefillPageTest, WhateverTheClientYieldsIsShown) {
+  const auto session = StartAtAddresses({L"no address", L"\x0416@post.example"});
+  EXPECT_THAT(session->Addresses(), ElementsAre(L"no address", L"\x0436@post.example"));
+}
+
+TEST_F(PrefillPageTest, WhileItRunsTheBarIsShownAndNoButtonButStopAndCancelWorks) {
+  CollectUntilStopped();
+  const auto session = StartAtPrefill();
+  for (const int control : {kRunningText, kProgressBar, kStopButton}) {
+    EXPECT_TRUE(IsShown(*session, control)) << control;
+  }
+  for (const int control : {kGridLabel, kGrid, kAddButton, kRemoveButton}) {
+    EXPECT_FALSE(IsShown(*session, control)) << control;
+  }
+  WizardSession::Require([&] { return !session->IsButtonUsable(kNextButton); }, "Next stayed");
+  EXPECT_FALSE(session->IsButtonUsable(kBackButton));
+  EXPECT_TRUE(session->IsButtonUsable(IDCANCEL));
+  // A host that presses Next finds the page staying as well.
+  ::SendMessageW(session->Sheet(), PSM_PRESSBUTTON, PSBTN_NEXT, 0);
+  EXPECT_TRUE(session->IsOn(Page::kPrefill));
+  m_letGo = true;
+  session->WaitForAddresses();
+  for (const int control : {kRunningText, kProgressBar, kStopButton}) {
+    EXPECT_FALSE(IsShown(*session, control)) << control;
+  }
+  for (const int control : {kGridLabel, kGrid, kAddButton, kRemoveButton}) {
+    EXPECT_TRUE(IsShown(*session, control)) << control;
+  }
+  EXPECT_TRUE(WaitUntil([&] {
+    return session->IsButtonUsable(kNextButton) && session->IsButtonUsable(kBackButton);
+  }));
+}
+
+TEST_F(PrefillPageTest, StopShowsWhatWasCollectedSoFar) {
+  CollectUntilStopped();
+  m_clients.client.addresses = {L"early@b.org"};
+  const auto session = StartAtPrefill();
+  session->ClickControl(kStopButton);
+  session->WaitForAddresses();
+  EXPECT_FALSE(::IsWindowEnabled(session->Control(kStopButton)));
+  EXPECT_THAT(session->Addresses(), ElementsAre(L"early@b.org"));
+  EXPECT_TRUE(WaitUntil([&] { return session->IsButtonUsable(kNextButton); }));
+}
+
+TEST_F(PrefillPageTest, CancelWaitsForTheClientAndNotMuchLonger) {
+  CollectUntilStopped();
+  const auto session = StartAtPrefill();
+  WizardSession::Require([&] { return m_collecting.load(); }, "nothing is collected");
+  const ULONGLONG before = ::GetTickCount64();
+  session->ClickButton(IDCANCEL);
+  EXPECT_EQ(session->Result(), IDCANCEL);
+  EXPECT_LE(::GetTickCount64() - before, kPollMs + kSlackMs);
+  EXPECT_FALSE(m_collecting);
+  EXPECT_EQ(m_clients.client.collections, 1);
+}
+
+TEST_F(PrefillPageTest, ClosingDropsThousandsOfFoundAddresses) {
+  CollectUntilStopped();
+  for (int i = 0; i < 20'000; ++i) {
+    m_clients.client.addresses.insert(std::to_wstring(i) + L"@b.org");
+  }
+  const auto session = StartAtPrefill();
+  WizardSession::Require([&] { return m_collecting.load(); }, "nothing is collected");
+  const ULONGLONG before = ::GetTickCount64();
+  session->Close();
+  EXPECT_EQ(session->Result(), IDCANCEL);
+  EXPECT_LE(::GetTickCount64() - before, kPollMs + kSlackMs);
+}
+
+TEST_F(PrefillPageTest, OwnerThatGoesEndsTheWorkerAsWell) {
+  CollectUntilStopped();
+  std::atomic<HWND> owner = nullptr;
+  WizardSession session(
+      [&](WizardRequest* request) {
+        const ModuleStateGuard guard;
+        owner = ::CreateWindowExW(0, L"STATIC", L"A host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 40, 40,
+                                  400, 300, nullptr, nullptr, nullptr, nullptr);
+        CWizardSheet sheet(L"Kestrelon", request, owner, 0);
+        return static_cast<int32_t>(sheet.DoModal());
+      },
+      &m_request);
+  session.WaitForPage(Page::kWelcome);
+  session.ClickButton(kNextButton);
+  session.WaitForTree();
+  session.ClickItem(L"Inbox");
+  session.ClickButton(kNextButton);
+  WizardSession::Require([&] { return m_collecting.load(); }, "nothing is collected");
+  ::PostMessageW(owner, WM_CLOSE, 0, 0);
+  EXPECT_EQ(session.Result(), IDCANCEL);
+  EXPECT_FALSE(m_collecting);
+}
+
+TEST_F(PrefillPageTest, ClientThatFailsLeavesWhatArrived) {
+  m_clients.client.addresses = {L"some@b.org"};
+  m_clients.client.collectResult = kFail;
+  const auto session = StartAtPrefill();
+  session->WaitForAddresses();
+  EXPECT_THAT(session->Addresses(), ElementsAre(L"some@b.org"));
+}
+
+TEST_F(PrefillPageTest, ClientThatThrowsLeavesAnEmptyGrid) {
+  m_clients.client.addresses = {L"some@b.org"};
+  m_clients.client.whileCollecting = [](const ProgressCallbacks* /*callbacks*/) {
+    throw std::bad_alloc();
+  };
+  const auto session = StartAtPrefill();
+  session->WaitForAddresses();
+  EXPECT_THAT(session->Addresses(), IsEmpty());
+}
+
+TEST_F(PrefillPageTest, NoRequestFailsWithANullPointer) {
+  AddressSet addresses;
+  EXPECT_EQ(CWizardSheet::CollectSentAddresses(&addresses, nullptr, nullptr), kNullPointer);
+  EXPECT_THAT(addresses, IsEmpty());
+}
+
+TEST_F(PrefillPageTest, RecordOfTheClientIsFilledAsAgreed) {
+  bool asAgreed = false;
+  m_clients.client.whileCollecting = [&asAgreed](const ProgressCallbacks* callbacks) {
+    void* const handle = callbacks->handle;
+    callbacks->reservedThree(handle, 1, 2);
+    callbacks->reservedTwo(handle, 1);
+    asAgreed = handle != nullptr && callbacks->text != nullptr && callbacks->text[0] == 0 &&
+               callbacks->reserved[0] == nullptr && callbacks->isCancelled(handle) == 0 &&
+               callbacks->reservedQuery(handle) == 0 && callbacks->isFinished(handle) == 0;
+  };
+  const auto session = StartAtPrefill();
+  session->WaitForAddresses();
+  EXPECT_TRUE(asAgreed);
+}
+
+TEST_F(PrefillPageTest, BarFollowsTheClient) {
+  CollectUntilStopped();
+  const auto session = StartAtPrefill();
+  const HWND page = session->CurrentPage();
+  const auto range = [&] { return Ask(*session, kProgressBar, PBM_GETRANGE, FALSE); };
+  const auto position = [&] { return Ask(*session, kProgressBar, PBM_GETPOS); };
+  ::SendMessageW(page, kRangeMessage, 0, 300);
+  EXPECT_EQ(range(), 300);
+  EXPECT_EQ(position(), 0);
+  ::SendMessageW(page, kAdvanceMessage, 0, 7);
+  EXPECT_EQ(position(), 7);
+  ::SendMessageW(page, kAdvanceMessage, 0, -5);
+  EXPECT_EQ(position(), 7);
+  ::SendMessageW(page, kAdvanceMessage, 0, 293);
+  EXPECT_EQ(position(), 300);
+  ::SendMessageW(page, kRangeMessage, 0, 0);
+  EXPECT_EQ(range(), 1);
+  EXPECT_EQ(position(), 1);
+  ::SendMessageW(page, kRangeMessage, 0, 70'000);
+  EXPECT_EQ(range(), 70'000 - 65'536);
+}
+
+TEST_F(PrefillPageTest, NextWithAnOpenEditStays) {
+  const auto session = StartAtAddresses({L"anna@b.org"});
+  session->ClickControl(kAddButton);
+  WaitForEdit(*session);
+  ::SendMessageW(session->Sheet(), PSM_PRESSBUTTON, PSBTN_NEXT, 0);
+  EXPECT_TRUE(session->IsOn(Page::kPrefill));
+  EXPECT_TRUE(IsEditOpen(*session));
+}
+
+TEST_F(PrefillPageTest, KeptAddressesReachTheRequestAndTheWhitelist) {
+  const auto session = StartAtAddresses({L"Anna@b.org", L"ben@b.org"});
+  SelectRow(*session, 1);
+  session->ClickControl(kRemoveButton);
+  WizardSession::Require([&] { return session->Addresses().size() == 1; }, "nothing was removed");
+  Finish(*session);
+  EXPECT_THAT(m_request.prefillAddresses, ElementsAre(L"anna@b.org"));
+  EXPECT_TRUE(IsAddressWhitelisted(L"anna@b.org"));
+  EXPECT_FALSE(IsAddressWhitelisted(L"ben@b.org"));
+}
+
+TEST_F(PrefillPageTest, RemovingAllAddsNothingAndRemovesNothingFromAnEarlierWhitelist) {
+  AddAddressToWhitelist(L"anna@b.org", false);
+  m_request.prefillAddresses = {L"stale@b.org"};
+  const auto session = StartAtAddresses({L"anna@b.org", L"ben@b.org"});
+  SelectRow(*session, -1);
+  session->ClickControl(kRemoveButton);
+  WizardSession::Require([&] { return session->Addresses().empty(); }, "nothing was removed");
+  Finish(*session);
+  EXPECT_THAT(m_request.prefillAddresses, IsEmpty());
+  EXPECT_TRUE(IsAddressWhitelisted(L"anna@b.org"));
+  EXPECT_FALSE(IsAddressWhitelisted(L"ben@b.org"));
+  EXPECT_FALSE(IsAddressWhitelisted(L"stale@b.org"));
+}
+
+TEST_F(PrefillPageTest, RemoveIsOfferedOnlyWhileRowsAreSelected) {
+  const auto session = StartAtAddresses({L"anna@b.org", L"ben@b.org"});
+  const auto isOffered = [&] { return ::IsWindowEnabled(session->Control(kRemoveButton)) != FALSE; };
+  EXPECT_FALSE(isOffered());
+  SelectRow(*session, 0);
+  EXPECT_TRUE(isOffered());
+  SelectRow(*session, 0, false);
+  EXPECT_FALSE(isOffered());
+}
+
+TEST_F(PrefillPageTest, AddedAddressTakesItsSortedPlace) {
+  const auto session = StartAtAddresses({L"anna@b.org", L"zoe@b.org"});
+  session->ClickControl(kAddButton);
+  WaitForEdit(*session);
+  Type(*session, L"Mia@b.org");
+  ::PostMessageW(::FindWindowExW(session->AddressGrid(), nullptr, L"Edit", nullptr), WM_KEYDOWN,
+                 VK_RETURN, 1);
+  WizardSession::Require([&] { return !IsEditOpen(*session); }, "the edit stayed");
+  EXPECT_THAT(session->Addresses(), ElementsAre(L"anna@b.org", L"mia@b.org", L"zoe@b.org"));
+}
+
+TEST_F(PrefillPageTest, InsertAndDeleteKeysAddAndRemove) {
+  const auto session = StartAtAddresses({L"anna@b.org", L"ben@b.org"});
+  WizardSession::Require([&] { return session->IsButtonUsable(kNextButton); }, "no Next");
+  ::SetForegroundWindow(session->Sheet());
+  PressKey(VK_DOWN);
+  PressKey(VK_HOME);
+  WizardSession::Require([&] { return Ask(*session, kGrid, LVM_GETSELECTEDCOUNT) == 1; },
+                         "no row is selected");
+  PressKey(VK_DELETE);
+  WizardSession::Require([&] { return session->Addresses().size() == 1; }, "nothing was removed");
+  EXPECT_THAT(session->Addresses(), ElementsAre(L"ben@b.org"));
+  PressKey(VK_INSERT);
+  WaitForEdit(*session);
+  EXPECT_EQ(Ask(*session, kGrid, LVM_GETITEMCOUNT), 2);
+  // Within an edit the two keys are the edit's own.
+  PressKey(VK_DELETE);
+  PressKey(VK_INSERT);
+  PressKey(VK_ESCAPE);
+  WizardSession::Require([&] { return !IsEditOpen(*session); }, "the edit stayed");
+  EXPECT_THAT(session->Addresses(), ElementsAre(L"ben@b.org"));
+}
+
+TEST_F(PrefillPageTest, ComingBackShowsTheGridAsItWasLeftAndReadsNothingAgain) {
+  const auto session = StartAtAddresses({L"anna@b.org", L"ben@b.org"});
+  SelectRow(*session, 0);
+  session->ClickControl(kRemoveButton);
+  WizardSession::Require([&] { return session->Addresses().size() == 1; }, "nothing was removed");
+  session->ClickButton(kNextButton);
+  session->WaitForPage(Page::kSettings);
+  session->ClickButton(kBackButton);
+  session->WaitForAddresses();
+  EXPECT_THAT(session->Addresses(), ElementsAre(L"ben@b.org"));
+  EXPECT_EQ(m_clients.client.collections, 1);
+  EXPECT_TRUE(WaitUntil([&] { return session->IsButtonUsable(kNextButton); }));
+}
+
+TEST_F(PrefillPageTest, MoreAddressesThanAQueueTakesAllArriveInOrder) {
+  for (int i = 0; i < 12'000; ++i) {
+    std::wstring number = std::to_wstring(i);
+    number.insert(0, 5 - number.size(), L'0');
+    m_clients.client.addresses.insert(L"user" + number + L"@b.org");
+  }
+  const auto session = StartAtPrefill();
+  session->WaitForAddresses();
+  EXPECT_EQ(Ask(*session, kGrid, LVM_GETITEMCOUNT), 12'000);
+  for (const int row : {0, 1, 999, 5'000, 11'999}) {
+    EXPECT_EQ(WizardSession::CellText(session->AddressGrid(), row, 0),
+              *std::next(m_clients.client.addresses.begin(), row));
+  }
+  session->ClickButton(kNextButton);
+  session->WaitForPage(Page::kSettings);
+  EXPECT_EQ(m_request.prefillAddresses, m_clients.client.addresses);
+}
+
+}  // namespace
+}  // namespace postmarker::test
