@@ -4,7 +4,6 @@
 #include "support/Text.h"
 
 namespace postmarker {
-
 std::wstring Widen(std::string_view narrow) {
   if (narrow.empty()) {
     return {};
@@ -21,11 +20,18 @@ std::string Narrow(std::wstring_view wide) {
     return {};
   }
   const int length = static_cast<int>(wide.size());
-  const int needed =
-      ::WideCharToMultiByte(CP_THREAD_ACP, 0, wide.data(), length, nullptr, 0, nullptr, nullptr);
-  std::string narrow(static_cast<size_t>(needed), '\0');
-  ::WideCharToMultiByte(CP_THREAD_ACP, 0, wide.data(), length, narrow.data(), needed, nullptr,
-                        nullptr);
+  std::string narrow;
+  // A character that merely looks alike (an A with a line above it, and A) must not make one of two
+  // folders. UTF-8 as the code page, which has all characters, refuses the flag.
+  for (const DWORD flags : {DWORD{WC_NO_BEST_FIT_CHARS}, DWORD{0}}) {
+    const int needed = ::WideCharToMultiByte(CP_THREAD_ACP, flags, wide.data(), length, nullptr, 0,
+                                             nullptr, nullptr);
+    narrow.resize(static_cast<size_t>(needed));
+    if (::WideCharToMultiByte(CP_THREAD_ACP, flags, wide.data(), length, narrow.data(), needed,
+                              nullptr, nullptr) != 0) {
+      break;
+    }
+  }
   return narrow;
 }
 

@@ -32,6 +32,10 @@ TEST(Text, WhatTheCodePageLacksBecomesAQuestionMark) {
   EXPECT_EQ(Narrow(L"a\x65E5z"), "a?z");
 }
 
+TEST(Text, WhatMerelyLooksAlikeIsNotTakenForIt) {
+  EXPECT_EQ(Narrow(L"\x0100\x221E\x03B1"), "???");
+}
+
 TEST(Text, Utf8ConvertsThereAndBackInUtf16Units) {
   EXPECT_EQ(WidenUtf8("a\xC3\xA4\xE2\x82\xAC"), L"a\x00E4\x20AC");
   const std::wstring pair = {0xD83D, 0xDE00};
