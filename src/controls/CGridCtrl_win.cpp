@@ -259,6 +259,7 @@ void CGridCtrl::Sort() {
   if (count < 2) {
     return;
   }
+  m_sortTexts.reserve(static_cast<size_t>(count));
   for (int row = 0; row < count; ++row) {
     m_sortTexts.push_back(ItemText(row, m_sortColumn));
   }
@@ -269,6 +270,7 @@ void CGridCtrl::Sort() {
   m_sortTexts.clear();
   // The list view compares the numbers of its items. They are ranks for the time of the sort.
   std::vector<LPARAM> data;
+  data.reserve(static_cast<size_t>(count));
   for (int row = 0; row < count; ++row) {
     data.push_back(ItemData(row));
   }

@@ -60,8 +60,9 @@ int KsFileExtensionsGridCtrl::AddExtension(const FileExtensionRow& row) {
 }
 
 std::vector<FileExtensionRow> KsFileExtensionsGridCtrl::ReadExtensions() const {
-  std::vector<FileExtensionRow> rows;
   const int count = ItemCount();
+  std::vector<FileExtensionRow> rows;
+  rows.reserve(static_cast<size_t>(count));
   for (int row = 0; row < count; ++row) {
     rows.push_back({ItemText(row, kExtensionColumn), ItemText(row, kActionColumn),
                     IsCellChecked(row, kCheckColumn)});

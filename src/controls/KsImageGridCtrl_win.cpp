@@ -45,6 +45,11 @@ int IconSize(HICON icon) {
 
 }  // namespace
 
+const MessageEntry KsImageGridCtrl::kEntries[] = {
+    OnMessage(WM_GETOBJECT, &KsImageGridCtrl::HandleGetObject),
+};
+const MessageTable KsImageGridCtrl::kMessages = {&CGridCtrl::kMessages, KsImageGridCtrl::kEntries};
+
 KsImageGridCtrl::KsImageGridCtrl()
     : m_borderBrush(::CreateSolidBrush(kBorderColor)),
       m_plainBrush(::CreateSolidBrush(kPlainColor)),
@@ -214,6 +219,9 @@ void KsImageGridCtrl::OnCellClicked(int row, int col) {
 
 void KsImageGridCtrl::OnFocusCellChanged(GridCell /*before*/, GridCell now) {
   const int entry = EntryAt(now.row, now.col);
+  if (entry != -1 && ::GetFocus() == Handle()) {
+    ::NotifyWinEvent(EVENT_OBJECT_FOCUS, Handle(), OBJID_CLIENT, entry + 1);
+  }
   if (m_selectsWithFocus && entry != -1 && entry != m_selected) {
     SelectEntry(entry);
     TellActivity();
@@ -279,6 +287,36 @@ LRESULT KsImageGridCtrl::OnSetFocus(const MessageArgs& args) {
   const LRESULT result = CGridCtrl::OnSetFocus(args);
   m_selectsWithFocus = true;
   return result;
+}
+
+LRESULT KsImageGridCtrl::HandleGetObject(const MessageArgs& args) {
+  // The id has 32 bits, whatever the width of the argument.
+  if (static_cast<DWORD>(args.lParam) == static_cast<DWORD>(OBJID_CLIENT)) {
+    if (const LRESULT answer = AnswerWithTiles(Handle(), args.wParam)) {
+      return answer;
+    }
+  }
+  return Default(args);
+}
+
+bool KsImageGridCtrl::ReadTileFacts(int tile, TileFacts* facts) const {
+  Tile read;
+  if (!ReadTile(tile, &read)) {
+    return false;
+  }
+  const GridCell cell = TileCell(tile, m_columnCount);
+  facts->name = TileText(read.name, read.status);
+  facts->place = CellRectangle(cell.row, cell.col);
+  ::MapWindowPoints(Handle(), nullptr, reinterpret_cast<POINT*>(&facts->place), 2);
+  facts->enabled = read.enabled && ::IsWindowEnabled(Handle());
+  facts->selected = tile == m_selected;
+  facts->focused = ::GetFocus() == Handle() && FocusCell() == cell;
+  return true;
+}
+
+void KsImageGridCtrl::ChooseTile(int tile) {
+  const GridCell cell = TileCell(tile, m_columnCount);
+  ActOnCell(cell.row, cell.col, nullptr);
 }
 
 LRESULT KsImageGridCtrl::OnScroll(const MessageArgs& args) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "controls/CGridCtrl_win.h"
+#include "controls/TileAccessible_win.h"
 #include "controls/TileLayout.h"
 #include "support/CriticalSection_win.h"
 
@@ -14,10 +15,11 @@ namespace postmarker {
 
 // The entries fill the columns of a row and then the next row. One of them can be selected, by a
 // click, by the arrow keys, or by typing its name. A disabled one can have the focus, so that
-// everybody can read why it is disabled, and the selection, but it gives no selected text.
+// everybody can read why it is disabled, and the selection, but it gives no selected text. To
+// programs for the blind it is a list with an item for each entry.
 //
 // For the window's thread; AddEntry, EntryCount and SelectedText may be called on any.
-class KsImageGridCtrl : public CGridCtrl {
+class KsImageGridCtrl : public CGridCtrl, public TileSource {
  public:
   // Sent to the parent, without parameters, when a person does something in the grid: chooses,
   // scrolls or moves the focus. Tips that speak of the choice are out of date then.
@@ -58,6 +60,9 @@ class KsImageGridCtrl : public CGridCtrl {
   LRESULT OnSetFocus(const MessageArgs& args) override;
   LRESULT OnScroll(const MessageArgs& args) override;
   void DrawCell(DrawContext* context) const override;
+  [[nodiscard]] const MessageTable* Messages() const override { return &kMessages; }
+  static const MessageTable kMessages;
+  static const MessageEntry kEntries[];
 
  private:
   struct Entry {
@@ -75,6 +80,11 @@ class KsImageGridCtrl : public CGridCtrl {
     bool enabled = true;
   };
 
+  LRESULT HandleGetObject(const MessageArgs& args);
+  [[nodiscard]] int TileCount() const override { return EntryCount(); }
+  bool ReadTileFacts(int tile, TileFacts* facts) const override;
+  void ChooseTile(int tile) override;
+
   [[nodiscard]] bool ReadTile(int entry, Tile* tile) const;
   [[nodiscard]] int EntryAt(int row, int col) const;
   [[nodiscard]] TileLayout Layout(HDC dc) const;
@@ -85,6 +95,8 @@ class KsImageGridCtrl : public CGridCtrl {
   void FocusFirstTile();
   void InvalidateEntry(int entry) const;
   void DrawTile(const DrawContext& context, const Tile& tile, bool selected) const;
+  void DrawTileBackground(const DrawContext& context, bool usable, bool filled,
+                          bool selected) const;
   void DrawTileText(const DrawContext& context, const Tile& tile, const TileLayout& layout,
                     bool selected) const;
   void DrawMark(const DrawContext& context) const;

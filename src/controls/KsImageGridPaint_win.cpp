@@ -35,6 +35,9 @@ void Frame(HDC dc, RECT rect, HBRUSH brush, int thickness) {
 void WashOut(HDC dc, const RECT& rect) {
   const int width = rect.right - rect.left;
   const int height = rect.bottom - rect.top;
+  if (width <= 0 || height <= 0) {
+    return;
+  }
   BITMAPINFO info = {};
   info.bmiHeader = {sizeof(info.bmiHeader), width, height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
   void* bits = nullptr;
@@ -45,7 +48,8 @@ void WashOut(HDC dc, const RECT& rect) {
     ::BitBlt(memory, 0, 0, width, height, dc, rect.left, rect.top, SRCCOPY);
     ::GdiFlush();
     auto* const pixels = static_cast<uint32_t*>(bits);
-    std::transform(pixels, pixels + width * height, pixels, [](uint32_t pixel) {
+    const size_t count = static_cast<size_t>(width) * static_cast<size_t>(height);
+    std::transform(pixels, pixels + count, pixels, [](uint32_t pixel) {
       const uint32_t grey =
           ((pixel & 0xFF) + ((pixel >> 8) & 0xFF) * 2 + ((pixel >> 16) & 0xFF)) / 4;
       const uint32_t light = 0x80 + grey / 2;
@@ -89,35 +93,15 @@ void KsImageGridCtrl::DrawCell(DrawContext* context) const {
 }
 
 void KsImageGridCtrl::DrawTile(const DrawContext& context, const Tile& tile, bool selected) const {
-  const bool systemColors = UsesSystemColors();
-  const bool usable = tile.enabled && context.enabled;
   const bool filled = selected && tile.enabled;
-  HBRUSH background = m_plainBrush.Get();
-  if (systemColors) {
-    background = ::GetSysColorBrush(filled ? COLOR_HIGHLIGHT : COLOR_WINDOW);
-  } else if (filled) {
-    background = m_selectedBrush.Get();
-  } else if (context.hovered && usable) {
-    background = m_hoverBrush.Get();
-  }
-  RECT tileRect = context.rect;
-  ::FillRect(context.dc, &tileRect,
-             systemColors ? ::GetSysColorBrush(COLOR_WINDOW) : m_plainBrush.Get());
-  ::InflateRect(&tileRect, -Scaled(2), -Scaled(2));
-  ::FillRect(context.dc, &tileRect, background);
-  if (filled) {
-    Frame(context.dc, tileRect,
-          ::GetSysColorBrush(systemColors ? COLOR_HIGHLIGHTTEXT : COLOR_HIGHLIGHT), Scaled(2));
-  } else if (context.hovered || context.focused || selected) {
-    Frame(context.dc, tileRect,
-          systemColors ? ::GetSysColorBrush(COLOR_WINDOWTEXT) : m_borderBrush.Get(), 1);
-  }
+  const bool usable = tile.enabled && context.enabled;
+  DrawTileBackground(context, usable, filled, selected);
   const TileLayout layout = Layout(context.dc);
   const RECT image = Moved(layout.image, context.rect);
   if (tile.icon != nullptr) {
     ::DrawIconEx(context.dc, image.left, image.top, tile.icon, m_imageSize, m_imageSize, 0, nullptr,
                  DI_NORMAL);
-    if (!usable && !systemColors) {
+    if (!usable && !UsesSystemColors()) {
       WashOut(context.dc, image);
     }
   }
@@ -131,6 +115,31 @@ void KsImageGridCtrl::DrawTile(const DrawContext& context, const Tile& tile, boo
     ::SetTextColor(context.dc, RGB(0, 0, 0));
     ::SetBkColor(context.dc, RGB(255, 255, 255));
     ::DrawFocusRect(context.dc, &frame);
+  }
+}
+
+void KsImageGridCtrl::DrawTileBackground(const DrawContext& context, bool usable, bool filled,
+                                         bool selected) const {
+  const bool systemColors = UsesSystemColors();
+  HBRUSH background = m_plainBrush.Get();
+  if (systemColors) {
+    background = ::GetSysColorBrush(filled ? COLOR_HIGHLIGHT : COLOR_WINDOW);
+  } else if (filled) {
+    background = m_selectedBrush.Get();
+  } else if (context.hovered && usable) {
+    background = m_hoverBrush.Get();
+  }
+  RECT tile = context.rect;
+  ::FillRect(context.dc, &tile,
+             systemColors ? ::GetSysColorBrush(COLOR_WINDOW) : m_plainBrush.Get());
+  ::InflateRect(&tile, -Scaled(2), -Scaled(2));
+  ::FillRect(context.dc, &tile, background);
+  if (filled) {
+    Frame(context.dc, tile,
+          ::GetSysColorBrush(systemColors ? COLOR_HIGHLIGHTTEXT : COLOR_HIGHLIGHT), Scaled(2));
+  } else if (context.hovered || context.focused || selected) {
+    Frame(context.dc, tile,
+          systemColors ? ::GetSysColorBrush(COLOR_WINDOWTEXT) : m_borderBrush.Get(), 1);
   }
 }
 

@@ -1,15 +1,11 @@
 // In-place editing.
-#include <gmock/gmock.h>
-
-#include <thread>
+#include <gtest/gtest.h>
 
 #include "controls/CellEditor_win.h"
 #include "controls/TestGrid_win.h"
 
 namespace postmarker::test {
 namespace {
-
-using testing::ElementsAre;
 
 class CGridCtrlEditTest : public CGridCtrlTest {
  protected:

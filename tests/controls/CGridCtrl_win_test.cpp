@@ -115,6 +115,7 @@ TEST_F(CGridCtrlTest, SortingKeepsNumbersSelectionAndFocusOfTheRows) {
   EXPECT_EQ(m_grid.FocusCell(), (GridCell{0, kChoice}));
   EXPECT_EQ(m_grid.NextItem(-1, LVNI_FOCUSED), 0);
   std::vector<LPARAM> data;
+  data.reserve(6);
   for (int row = 0; row < 6; ++row) {
     data.push_back(m_grid.ItemData(row));
   }

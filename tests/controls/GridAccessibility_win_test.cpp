@@ -58,11 +58,104 @@ TEST_F(GridAccessibilityTest, AddressGridAndItsEditorHaveNames) {
   grid.EndEdit(false);
 }
 
-TEST_F(GridAccessibilityTest, GridOfTilesHasTheNameOfItsWindow) {
-  KsImageGridCtrl grid;
-  Show(&grid, LVS_SINGLESEL | LVS_NOCOLUMNHEADER);
-  grid.SetAccessibleName(L"Mail programs");
-  EXPECT_EQ(NameOf(grid.Handle()), L"Mail programs");
+class TilesAccessibilityTest : public GridAccessibilityTest {
+ protected:
+  TilesAccessibilityTest() {
+    Show(&m_grid, LVS_SINGLESEL | LVS_NOCOLUMNHEADER);
+    m_grid.Initialise(125);
+    m_grid.SetAccessibleName(L"Mail programs");
+    m_grid.AddEntry(L"Alpha", L"", nullptr, true);
+    m_grid.AddEntry(L"Beta", L"Not found", nullptr, false);
+    m_grid.AddEntry(L"Gamma", L"", nullptr, true);
+    m_grid.AddEntry(L"Delta", L"", nullptr, true);
+    ::SetFocus(m_grid.Handle());
+    m_grid.SelectEntry(1);
+    m_accessible = Accessible(m_grid.Handle());
+  }
+  [[nodiscard]] std::wstring Name(LONG id) const {
+    Bstr name;
+    m_accessible->get_accName(Child(id), name.Put());
+    return name ? name.Get() : L"";
+  }
+  [[nodiscard]] LONG State(LONG id) const {
+    VARIANT state = {};
+    EXPECT_EQ(m_accessible->get_accState(Child(id), &state), S_OK);
+    return state.lVal;
+  }
+
+  KsImageGridCtrl m_grid;
+  ComPtr<IAccessible> m_accessible;
+};
+
+TEST_F(TilesAccessibilityTest, GridIsAListWithAnItemForEachTile) {
+  ASSERT_TRUE(m_accessible);
+  LONG count = 0;
+  EXPECT_EQ(m_accessible->get_accChildCount(&count), S_OK);
+  EXPECT_EQ(count, 4);
+  EXPECT_EQ(Name(CHILDID_SELF), L"Mail programs");
+  EXPECT_EQ(Name(1), L"Alpha");
+  EXPECT_EQ(Name(2), L"Beta, Not found");
+  EXPECT_EQ(Name(5), L"");
+  VARIANT role = {};
+  EXPECT_EQ(m_accessible->get_accRole(Child(CHILDID_SELF), &role), S_OK);
+  EXPECT_EQ(role.lVal, ROLE_SYSTEM_LIST);
+  EXPECT_EQ(m_accessible->get_accRole(Child(4), &role), S_OK);
+  EXPECT_EQ(role.lVal, ROLE_SYSTEM_LISTITEM);
+}
+
+TEST_F(TilesAccessibilityTest, StatesTellSelectionFocusAndWhatCanNotBeChosen) {
+  ASSERT_TRUE(m_accessible);
+  constexpr LONG kBase = STATE_SYSTEM_SELECTABLE | STATE_SYSTEM_FOCUSABLE;
+  EXPECT_EQ(State(1), kBase);
+  EXPECT_EQ(State(2),
+            kBase | STATE_SYSTEM_UNAVAILABLE | STATE_SYSTEM_SELECTED | STATE_SYSTEM_FOCUSED);
+  VARIANT found = {};
+  EXPECT_EQ(m_accessible->get_accFocus(&found), S_OK);
+  EXPECT_EQ(found.lVal, 2);
+  EXPECT_EQ(m_accessible->get_accSelection(&found), S_OK);
+  EXPECT_EQ(found.lVal, 2);
+  VARIANT state = {};
+  EXPECT_EQ(m_accessible->get_accState(Child(5), &state), E_INVALIDARG);
+}
+
+TEST_F(TilesAccessibilityTest, PlacesAreThoseOfTheTiles) {
+  ASSERT_TRUE(m_accessible);
+  RECT cell = m_grid.CellRectangle(1, 0);
+  ::MapWindowPoints(m_grid.Handle(), nullptr, reinterpret_cast<POINT*>(&cell), 2);
+  LONG left = 0;
+  LONG top = 0;
+  LONG width = 0;
+  LONG height = 0;
+  EXPECT_EQ(m_accessible->accLocation(&left, &top, &width, &height, Child(4)), S_OK);
+  EXPECT_EQ(left, cell.left);
+  EXPECT_EQ(top, cell.top);
+  EXPECT_EQ(width, cell.right - cell.left);
+  EXPECT_EQ(height, cell.bottom - cell.top);
+  VARIANT hit = {};
+  EXPECT_EQ(m_accessible->accHitTest(cell.left + 3, cell.top + 3, &hit), S_OK);
+  EXPECT_EQ(hit.lVal, 4);
+  EXPECT_EQ(m_accessible->accHitTest(cell.right + 3, cell.top + 3, &hit), S_OK);
+  EXPECT_EQ(hit.lVal, CHILDID_SELF);
+  EXPECT_EQ(m_accessible->accHitTest(0, 0, &hit), S_FALSE);
+}
+
+TEST_F(TilesAccessibilityTest, TileIsSelectedOnRequest) {
+  ASSERT_TRUE(m_accessible);
+  m_parent.activities = 0;
+  EXPECT_EQ(m_accessible->accSelect(SELFLAG_TAKESELECTION, Child(3)), S_OK);
+  EXPECT_EQ(m_grid.SelectedText(), L"Gamma");
+  EXPECT_GE(m_parent.activities, 1);
+  EXPECT_EQ(m_accessible->accSelect(SELFLAG_TAKESELECTION, Child(9)), E_INVALIDARG);
+}
+
+TEST_F(TilesAccessibilityTest, ObjectMayOutliveTheGrid) {
+  ASSERT_TRUE(m_accessible);
+  ::DestroyWindow(m_grid.Handle());
+  LONG count = 7;
+  EXPECT_EQ(m_accessible->get_accChildCount(&count), S_OK);
+  EXPECT_EQ(count, 0);
+  EXPECT_EQ(Name(1), L"");
+  EXPECT_NE(m_accessible->accSelect(SELFLAG_TAKESELECTION, Child(1)), S_OK);
 }
 
 }  // namespace

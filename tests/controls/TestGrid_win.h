@@ -92,6 +92,7 @@ class CGridCtrlTest : public GridFixture {
 
   [[nodiscard]] std::vector<std::wstring> Texts(int col) const {
     std::vector<std::wstring> texts;
+    texts.reserve(static_cast<size_t>(m_grid.ItemCount()));
     for (int row = 0; row < m_grid.ItemCount(); ++row) {
       texts.push_back(m_grid.ItemText(row, col));
     }

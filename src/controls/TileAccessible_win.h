@@ -1,0 +1,38 @@
+// The tiles of a grid as the platform's accessibility interface shows them: a list of items, each
+// with its name, its state and its place.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+namespace postmarker {
+
+// What there is to tell of one tile.
+struct TileFacts {
+  std::wstring name;
+  RECT place = {};  // on the screen
+  bool enabled = true;
+  bool selected = false;
+  bool focused = false;
+};
+
+// A window object that shows tiles. Asked on the window's thread.
+class TileSource {
+ public:
+  // The number of tiles; they count from 0.
+  [[nodiscard]] virtual int TileCount() const = 0;
+  // False for a number without a tile.
+  virtual bool ReadTileFacts(int tile, TileFacts* facts) const = 0;
+  // Selects a tile in the person's name.
+  virtual void ChooseTile(int tile) = 0;
+
+ protected:
+  ~TileSource() = default;
+};
+
+// The answer to WM_GETOBJECT for the client area of a window whose CWnd is a TileSource. The object
+// given out may live longer than the window: it then says that there is nothing.
+LRESULT AnswerWithTiles(HWND window, WPARAM wParam);
+
+}  // namespace postmarker
