@@ -34,7 +34,8 @@ constexpr char kUsage[] =
     "  --hook          hand the sheet's window to the suite's window hook module\n"
     "  --language LL   use the texts of res\\LL (sets the suite's language in the registry)\n"
     "  --json          print the record as JSON\n"
-    "  --prefill       show no wizard, but fill the list of allowed senders from all mail clients\n";
+    "  --prefill       show no wizard, but fill the list of allowed senders from all mail "
+    "clients\n";
 
 struct Options {
   WizardRequest request;

@@ -123,8 +123,9 @@ TEST_F(AccountToolsTest, AddressLongerThanTheRegionIsNotSent) {
 
 TEST_F(AccountToolsTest, CallsOnSeveralThreadsAreIndependent) {
   StartResident();
-  std::vector<std::thread> threads;
   std::vector<std::wstring> targets(5);
+  std::vector<std::thread> threads;
+  threads.reserve(targets.size());
   for (std::wstring& target : targets) {
     threads.emplace_back([&] {
       EXPECT_EQ(RunTextCommand({m_rendezvous.c_str(), 20'000, 20'000, 20'000}, 21,

@@ -1,5 +1,6 @@
 #include <windows.h>
 
+#include <aclapi.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -26,7 +27,7 @@ using test::PatientListening;
 // Fails at once or not at all.
 bool FailsAtOnce(const std::function<bool()>& attempt) {
   const ElapsedTime elapsed;
-  return !attempt() && !elapsed.IsMoreThan(1'000);
+  return !attempt() && !elapsed.IsMoreThan(5'000);
 }
 
 bool SectionExists(const std::wstring& name) {
@@ -146,6 +147,44 @@ TEST_F(ChannelHandshakeTest, RendezvousHoldsTheRandomPrivateName) {
   EXPECT_FALSE(SectionExists(name)) << "the ends have closed what they had";
   EXPECT_FALSE(EventExists(name + L".ServerEvt"));
   EXPECT_FALSE(EventExists(name + L".ClientEvt"));
+}
+
+// The mask that the object's list grants to everyone; 0 if the list is another.
+DWORD MaskForEveryone(HANDLE object) {
+  ACL* list = nullptr;
+  PSECURITY_DESCRIPTOR descriptor = nullptr;
+  if (::GetSecurityInfo(object, SE_KERNEL_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr,
+                        &list, nullptr, &descriptor) != ERROR_SUCCESS) {
+    return 0;
+  }
+  const ScopeExit free([descriptor] { ::LocalFree(descriptor); });
+  void* found = nullptr;
+  if (list == nullptr || list->AceCount != 1 || !::GetAce(list, 0, &found)) {
+    return 0;
+  }
+  auto* const entry = static_cast<ACCESS_ALLOWED_ACE*>(found);
+  return ::IsWellKnownSid(&entry->SidStart, WinWorldSid) ? entry->Mask : 0;
+}
+
+TEST_F(ChannelHandshakeTest, EachObjectGrantsItsOwnRightsToEveryone) {
+  auto server = ListenInBackground(m_name, PatientListening());
+  ASSERT_TRUE(WaitForMutex(m_name));
+  const std::string bytes = RendezvousBytes(m_name);
+  std::wstring name(m_name.size() + 33, L'?');
+  std::memcpy(name.data(), bytes.data() + 4, name.size() * sizeof(wchar_t));
+  const auto section = [](const std::wstring& which) {
+    return KernelHandle(::OpenFileMappingW(READ_CONTROL, FALSE, which.c_str()));
+  };
+  const auto event = [](const std::wstring& which) {
+    return KernelHandle(::OpenEventW(READ_CONTROL, FALSE, which.c_str()));
+  };
+  EXPECT_EQ(MaskForEveryone(section(m_name).Get()), 0x6U);
+  EXPECT_EQ(MaskForEveryone(section(name).Get()), 0x6U);
+  EXPECT_EQ(MaskForEveryone(event(name + L".ServerEvt").Get()), 0x100002U);
+  EXPECT_EQ(MaskForEveryone(event(name + L".ClientEvt").Get()), 0x100002U);
+  const KernelHandle mutex(::OpenMutexW(READ_CONTROL, FALSE, DispatchMutexName(m_name).c_str()));
+  EXPECT_EQ(MaskForEveryone(mutex.Get()), 0x100001U);
+  EXPECT_TRUE(Connect(PatientConnecting()));
 }
 
 TEST_F(ChannelHandshakeTest, PrivateNamesDiffer) {

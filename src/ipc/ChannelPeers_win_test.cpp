@@ -202,6 +202,7 @@ TEST(ManyClients, EachGetsAChannelOfItsOwn) {
   });
   std::vector<ChannelEnd> ends(kClients);
   std::vector<std::thread> clients;
+  clients.reserve(kClients);
   for (ChannelEnd& end : ends) {
     clients.emplace_back([&] { ChannelConnectRetry(name.c_str(), &end, PatientConnecting()); });
   }
@@ -212,6 +213,7 @@ TEST(ManyClients, EachGetsAChannelOfItsOwn) {
 
   // Each client announces its number; each server's end finds another one.
   std::vector<std::thread> senders;
+  senders.reserve(kClients);
   std::atomic<uint32_t> sent = 0;
   for (uint32_t i = 0; i < kClients; ++i) {
     ASSERT_NE(ends[i], nullptr) << i;

@@ -99,7 +99,7 @@ TEST(FolderText, IdsAreBytesOfTheCodePage) {
 }
 
 TEST(FolderText, UnitsOfThePathAreKeptWhateverTheyAre) {
-  const MailFolderRef folder = {std::wstring(L"\x3B1\xD83D\xDE00 \xD800 a\0b", 10), "", "", 0};
+  const MailFolderRef folder = {std::wstring(L"\x3B1\xD83D\xDE00 \xD800 a\0b", 9), "", "", 0};
   EXPECT_EQ(DecodeFolderText(EncodeFolderText(folder)), folder);
 }
 

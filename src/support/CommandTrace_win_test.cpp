@@ -82,6 +82,33 @@ TEST(CommandTrace, LineGoesBehindWhatAnotherWriterHasOpen) {
   EXPECT_EQ(folder.TraceLines().size(), 1U);
 }
 
+TEST(CommandTrace, LinesOfSeveralWritersDoNotMix) {
+  const TraceFolder folder;
+  folder.MakeSuiteFolder();
+  TraceCommand(0, Now());
+  std::vector<std::thread> writers;
+  for (int32_t command : {11, 22, 33, 44}) {
+    writers.emplace_back([command] {
+      for (int i = 0; i < 40; ++i) {
+        TraceCommand(command, Now());
+      }
+    });
+  }
+  for (std::thread& writer : writers) {
+    writer.join();
+  }
+  const std::wregex line(
+      LR"(\d{4}/\d\d/\d\d \d\d:\d\d:\d\d\.\d{3} \| support_test\.exe {15}\| .{5} \| .{5}ms\r\n)");
+  const std::vector<std::wstring> lines = folder.TraceLines();
+  // Windows appends in one step. Wine looks for the end and then writes, so now and then a line
+  // comes to stand on another one, which is as long here.
+  EXPECT_LE(lines.size(), 161U);
+  EXPECT_GT(lines.size(), 100U);
+  for (const std::wstring& text : lines) {
+    EXPECT_TRUE(std::regex_match(text, line));
+  }
+}
+
 TEST(CommandTrace, WithoutTheSuitesFolderThereIsNone) {
   const TraceFolder folder;
   TraceCommand(21, Now());

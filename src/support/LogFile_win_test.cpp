@@ -122,11 +122,13 @@ TEST_F(LogFileTest, WideArgumentsComeInThePersonsCodePage) {
   EXPECT_EQ(Text(), Narrow(L"caf\xE9"));
 }
 
-TEST_F(LogFileTest, FormatThatFailsReturns13) {
+TEST_F(LogFileTest, FormatThatFailsReturns13AndWritesNothing) {
   LogFile log(m_path.c_str(), true);
-  // Half of a pair stands for no character of any code page.
-  const uint32_t result = log.Write("%ls", L"a\xD800");
-  EXPECT_TRUE(result == kBadFormat || (result == 0 && !Text().empty()));
+  // Half of a pair is in no code page.
+  EXPECT_EQ(log.Write("%ls", L"a\xD800"), kBadFormat);
+  EXPECT_EQ(Text(), "");
+  EXPECT_EQ(log.Write("on"), 0U);
+  EXPECT_EQ(Text(), "on");
 }
 
 TEST_F(LogFileTest, LocaleOfTheThreadIsAsBefore) {

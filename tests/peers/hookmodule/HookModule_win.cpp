@@ -65,10 +65,10 @@ std::wstring PathIn(const std::wstring& folderText) {
 json CreateFolder(const std::wstring& file, json state, const std::wstring& name,
                   const std::wstring& parent) {
   json& created = state["created"];
-  const json folder = {{"name", NarrowUtf8(PathIn(parent) + L"\\" + name)},
-                       {"firstId", "new-" + std::to_string(created.size() + 1)},
-                       {"secondId", "made"},
-                       {"flag", 1}};
+  json folder = {{"name", NarrowUtf8(PathIn(parent) + L"\\" + name)},
+                 {"firstId", "new-" + std::to_string(created.size() + 1)},
+                 {"secondId", "made"},
+                 {"flag", 1}};
   created.push_back(folder);
   std::ofstream(std::filesystem::path(file)) << state.dump(1);
   return folder;
