@@ -99,9 +99,8 @@ bool IsWindowsLiveMailInstalled(const MachineView& machine) {
 bool HasMailIdentity(const MachineView& machine) {
   for (const auto& identity :
        machine.SubkeyNames(RegistryRoot::kUser, kIdentities, kIdentityNameRoom)) {
-    if (machine.HasKey(RegistryRoot::kUser,
-                       Below(kIdentities, identity) +
-                           L"\\software\\microsoft\\outlook express\\5.0")) {
+    if (machine.HasKey(RegistryRoot::kUser, Below(kIdentities, identity) +
+                                                L"\\software\\microsoft\\outlook express\\5.0")) {
       return true;
     }
   }

@@ -64,8 +64,8 @@ std::wstring ModuleFolder() {
 std::vector<BYTE> ReadVersionResource(const std::wstring& path) {
   DWORD ignored = 0;
   std::vector<BYTE> info(::GetFileVersionInfoSizeW(path.c_str(), &ignored));
-  if (info.empty() || !::GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(info.size()),
-                                             info.data())) {
+  if (info.empty() ||
+      !::GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(info.size()), info.data())) {
     return {};
   }
   return info;
@@ -86,8 +86,8 @@ class WindowsMachine final : public MachineView {
     for (DWORD i = 0; key; ++i) {
       std::array<wchar_t, kLongestKeyName> name = {};
       auto length = static_cast<DWORD>(std::min<size_t>(room, name.size()));
-      const LSTATUS status = ::RegEnumKeyExW(key.Get(), i, name.data(), &length, nullptr, nullptr,
-                                             nullptr, nullptr);
+      const LSTATUS status =
+          ::RegEnumKeyExW(key.Get(), i, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
       if (status == ERROR_SUCCESS) {
         names.emplace_back(name.data(), length);
       } else if (status != ERROR_MORE_DATA) {
@@ -118,8 +118,7 @@ class WindowsMachine final : public MachineView {
 
   std::optional<std::wstring> Expand(const std::wstring& text) const override {
     std::wstring expanded(kExpandedRoom, L'\0');
-    const DWORD needed =
-        ::ExpandEnvironmentStringsW(text.c_str(), expanded.data(), kExpandedRoom);
+    const DWORD needed = ::ExpandEnvironmentStringsW(text.c_str(), expanded.data(), kExpandedRoom);
     if (needed == 0 || needed > kExpandedRoom) {
       return std::nullopt;
     }

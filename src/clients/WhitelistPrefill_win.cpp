@@ -91,8 +91,8 @@ KernelHandle LaunchWhitelistPrefill() {
   RegistryKey::Create(HKEY_CURRENT_USER, kSpamfilterKey, KEY_WRITE | SuiteKeyView())
       .WriteDword(kWhitelistPrefilled, 1);
   LibraryHandle module(HoldThisModule());
-  KernelHandle thread(::CreateThread(nullptr, 0, &HarvestThread, module.Get(), CREATE_SUSPENDED,
-                                     nullptr));
+  KernelHandle thread(
+      ::CreateThread(nullptr, 0, &HarvestThread, module.Get(), CREATE_SUSPENDED, nullptr));
   if (thread) {
     // The thread gives the reference back.
     (void)module.Release();

@@ -87,9 +87,9 @@ TEST_F(HookModuleTest, LoadTakesAllSevenEntryPointsAndUnloadClearsThem) {
 }
 
 TEST_F(HookModuleTest, ModuleThatLacksAnEntryPointIsUnloadedAgainAndNoRuleIsAdded) {
-  for (const wchar_t* missing : {L"InitSpam", L"UninitSpam", L"AddIncomingRule",
-                                 L"CanSubclassWindow", L"InitHookWindow", L"UninitHookWindow",
-                                 L"MainWndProc"}) {
+  for (const wchar_t* missing :
+       {L"InitSpam", L"UninitSpam", L"AddIncomingRule", L"CanSubclassWindow", L"InitHookWindow",
+        L"UninitHookWindow", L"MainWndProc"}) {
     const std::wstring file = std::wstring(L"ShimWithout") + missing + L".dll";
     SCOPED_TRACE(NarrowUtf8(file));
     ASSERT_TRUE(std::filesystem::exists(HookPath(file)));

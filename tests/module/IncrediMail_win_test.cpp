@@ -128,7 +128,7 @@ TEST_P(IncrediMailFormsTest, FolderAddressesAndRuleReachTheirPlaces) {
   EXPECT_EQ(m_request.spamFolder, (MailFolderRef{path, id, Narrow(person.identity), 1}));
   const FilterSettings settings(L"IncrediMail");
   EXPECT_EQ(settings.GetSpamFolderId(), id);
-  EXPECT_EQ(settings.GetSpamFolderName(), path);
+  EXPECT_EQ(settings.GetSpamFolderName(), path + L"\\");
   EXPECT_EQ(StoreIdOf(settings), Narrow(person.identity));
   EXPECT_THAT(Whitelist(),
               ElementsAre(L"cc1@example.com", L"cc2@example.com", L"friend1@example.com",

@@ -22,6 +22,7 @@ class ScriptedTbChannel : public thunderbird::TbChannel {
   // What the bridge will find, in order.
   void Say(const std::wstring& message) { m_steps.push_back({0, message, false}); }
   void Pause(int64_t milliseconds) { m_steps.push_back({milliseconds, {}, false}); }
+  void SayForEver(const std::wstring& message) { m_endless = message; }
   void Break() { m_steps.push_back({0, {}, true}); }
 
   [[nodiscard]] int64_t Clock() const { return m_now; }
@@ -38,11 +39,15 @@ class ScriptedTbChannel : public thunderbird::TbChannel {
       m_pauseEnd = -1;
       m_steps.pop_front();
     }
-    return !m_steps.empty();
+    return !m_steps.empty() || !m_endless.empty();
   }
 
   bool Read(std::wstring* message) override {
     ++reads;
+    *message = m_endless;
+    if (m_steps.empty() && !m_endless.empty()) {
+      return true;
+    }
     message->clear();
     if (m_steps.empty() || m_steps.front().breaks) {
       return false;
@@ -71,6 +76,7 @@ class ScriptedTbChannel : public thunderbird::TbChannel {
   };
 
   std::deque<Step> m_steps;
+  std::wstring m_endless;  // after the steps, if not empty
   int64_t m_now = 1'000'000;
   int64_t m_pauseEnd = -1;
 };

@@ -6,6 +6,7 @@
 #include <array>
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "clients/ClientTable.h"
@@ -29,6 +30,9 @@ class ScriptedClient : public MailClientAdapter {
   mutable std::atomic<int> creations = 0;
   mutable std::atomic<int> moveSwitches = 0;
   mutable std::atomic<int> collections = 0;
+  bool needsHold = false;
+  mutable std::atomic<int> holds = 0;  // that are there now
+  mutable std::atomic<int> connections = 0;
 
   void ListFolders(MailFolderList* out, const ClientSession& /*session*/) const override {
     if (beforeListing) {
@@ -67,6 +71,20 @@ class ScriptedClient : public MailClientAdapter {
     return !storeId.empty();
   }
   void SetMoveMails(bool /*move*/) const override { ++moveSwitches; }
+  [[nodiscard]] std::unique_ptr<ClientHold> MakeHold() const override {
+    return needsHold ? std::make_unique<Hold>(this) : nullptr;
+  }
+
+ private:
+  class Hold : public ClientHold {
+   public:
+    explicit Hold(const ScriptedClient* client) : m_client(client) { ++client->holds; }
+    ~Hold() override { --m_client->holds; }
+    void Connect() override { ++m_client->connections; }
+
+   private:
+    const ScriptedClient* m_client;
+  };
 };
 
 // A store with a root, an inbox with a folder in it, and a trash.

@@ -29,8 +29,8 @@ struct Spoken {
 
 Spoken Ask(HWND window) {
   ComPtr<IAccessible> object;
-  if (FAILED(::AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT),
-                                          IID_IAccessible, object.PutVoid()))) {
+  if (FAILED(::AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT), IID_IAccessible,
+                                          object.PutVoid()))) {
     return {};
   }
   VARIANT self = {};
@@ -134,7 +134,7 @@ TEST_F(AccessibilityTest, EveryPageIsReadInOrderAndWorkedByKeysAlone) {
   WizardSession::Require([&] { return ::IsWindowEnabled(session->Control(13034)) != FALSE; },
                          "no row is selected");
   EXPECT_THAT(Walk(*session),
-              ElementsAre("10016 Addresses that you want to allow (Alt+a)", "13033 Add (Alt+d)",
+              ElementsAre("10016 Addresses that you want to allow (Alt+A)", "13033 Add (Alt+d)",
                           "13034 Remove (Alt+R)", "12323 < Back (Alt+B)", "12324 Next > (Alt+N)",
                           "2 Cancel"));
   PressKey(L'N', {VK_MENU});

@@ -1,10 +1,13 @@
 #include <windows.h>
 
 #include <commctrl.h>
+#include <oaidl.h>
+#include <objidl.h>
 
 #include <gmock/gmock.h>
 
 #include "settings/AddressLists.h"
+#include "support/ComPtr_win.h"
 #include "wizard/ClientGrid_win.h"
 #include "wizard/WizardFixture_win.h"
 
@@ -30,6 +33,50 @@ constexpr DWORD kPollMs = 30;
 
 // How long closing may take beyond the client's interval on a busy machine.
 constexpr DWORD kSlackMs = 700;
+
+// COM interfaces have no virtual destructor, by their nature.
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
+// A client's object that lives in the apartment of the sheet's thread and counts its calls.
+class ApartmentObject final : public IDispatch {
+ public:
+  std::atomic<int> calls = 0;
+
+  STDMETHODIMP QueryInterface(REFIID id, void** object) override {
+    const bool isKnown = id == IID_IUnknown || id == IID_IDispatch;
+    *object = isKnown ? this : nullptr;
+    return isKnown ? S_OK : E_NOINTERFACE;
+  }
+  // It lives as long as its test.
+  STDMETHODIMP_(ULONG) AddRef() override { return 2; }
+  STDMETHODIMP_(ULONG) Release() override { return 1; }
+  STDMETHODIMP GetTypeInfoCount(UINT* count) override {
+    *count = 0;
+    return S_OK;
+  }
+  STDMETHODIMP GetTypeInfo(UINT /*type*/, LCID /*locale*/, ITypeInfo** /*info*/) override {
+    return E_NOTIMPL;
+  }
+  STDMETHODIMP GetIDsOfNames(REFIID /*id*/, LPOLESTR* /*names*/, UINT /*count*/, LCID /*locale*/,
+                             DISPID* /*ids*/) override {
+    return E_NOTIMPL;
+  }
+  STDMETHODIMP Invoke(DISPID /*member*/, REFIID /*id*/, LCID /*locale*/, WORD /*flags*/,
+                      DISPPARAMS* /*parameters*/, VARIANT* /*result*/, EXCEPINFO* /*exception*/,
+                      UINT* /*argument*/) override {
+    ++calls;
+    return S_OK;
+  }
+};
+
+constexpr CLSID kGlobalInterfaceTable = {0x00000323, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+
+ComPtr<IGlobalInterfaceTable> OpenTable() {
+  ComPtr<IGlobalInterfaceTable> table;
+  (void)::CoCreateInstance(kGlobalInterfaceTable, nullptr, CLSCTX_INPROC_SERVER,
+                           IID_IGlobalInterfaceTable, table.PutVoid());
+  return table;
+}
 
 class PrefillPageTest : public WizardFixture {
  protected:
@@ -162,6 +209,48 @@ TEST_F(PrefillPageTest, CancelWaitsForTheClientAndNotMuchLonger) {
   EXPECT_LE(::GetTickCount64() - before, kPollMs + kSlackMs);
   EXPECT_FALSE(m_collecting);
   EXPECT_EQ(m_clients.client.collections, 1);
+}
+
+// As in a host that is the client itself.
+TEST_F(PrefillPageTest, ClientInTheSheetsApartmentCanAnswerWhileTheWizardCloses) {
+  ApartmentObject object;
+  std::atomic<DWORD> cookie = 0;
+  std::atomic<HRESULT> answer = E_PENDING;
+  m_clients.client.whileCollecting = [&](const ProgressCallbacks* callbacks) {
+    ComPtr<IDispatch> client;
+    (void)OpenTable()->GetInterfaceFromGlobal(cookie, IID_IDispatch, client.PutVoid());
+    m_collecting = true;
+    while (callbacks->isCancelled(callbacks->handle) == 0) {
+      ::Sleep(kPollMs);
+    }
+    ::Sleep(kPollMs);  // by now the sheet's thread waits
+    DISPPARAMS none = {};
+    answer = client
+                 ? client->Invoke(1, IID_NULL, 0, DISPATCH_METHOD, &none, nullptr, nullptr, nullptr)
+                 : E_POINTER;
+  };
+  WizardSession session(
+      [&](WizardRequest* request) {
+        const ComApartment apartment;
+        const auto table = OpenTable();
+        DWORD registered = 0;
+        table->RegisterInterfaceInGlobal(&object, IID_IDispatch, &registered);
+        cookie = registered;
+        const int32_t result = RunSheet(request);
+        table->RevokeInterfaceFromGlobal(registered);
+        return result;
+      },
+      &m_request);
+  session.WaitForPage(Page::kWelcome);
+  session.ClickButton(kNextButton);
+  session.WaitForTree();
+  session.ClickItem(L"Inbox");
+  session.ClickButton(kNextButton);
+  WizardSession::Require([&] { return m_collecting.load(); }, "nothing is collected");
+  session.ClickButton(IDCANCEL);
+  EXPECT_EQ(session.Result(), IDCANCEL);
+  EXPECT_EQ(answer, S_OK);
+  EXPECT_EQ(object.calls, 1);
 }
 
 TEST_F(PrefillPageTest, ClosingDropsThousandsOfFoundAddresses) {
@@ -297,7 +386,9 @@ TEST_F(PrefillPageTest, RemovingAllAddsNothingAndRemovesNothingFromAnEarlierWhit
 
 TEST_F(PrefillPageTest, RemoveIsOfferedOnlyWhileRowsAreSelected) {
   const auto session = StartAtAddresses({L"anna@b.org", L"ben@b.org"});
-  const auto isOffered = [&] { return ::IsWindowEnabled(session->Control(kRemoveButton)) != FALSE; };
+  const auto isOffered = [&] {
+    return ::IsWindowEnabled(session->Control(kRemoveButton)) != FALSE;
+  };
   EXPECT_FALSE(isOffered());
   SelectRow(*session, 0);
   EXPECT_TRUE(isOffered());

@@ -97,6 +97,30 @@ TEST_F(SheetTest, OneSheetHasOneWorker) {
   EXPECT_EQ(m_clients.client.listings, 1);
 }
 
+TEST_F(SheetTest, ClientThatNeedsItIsHeldFromTheWorkersStartToTheSheetsEnd) {
+  m_clients.client.needsHold = true;
+  {
+    Sheet s(&m_request);
+    EXPECT_EQ(m_clients.client.holds, 0);
+    s.sheet.StartFolderWorker();
+    s.sheet.StartFolderWorker();
+    EXPECT_TRUE(WaitUntil([&] { return s.sheet.AreFoldersReady(); }));
+    EXPECT_EQ(m_clients.client.holds, 1);
+    EXPECT_EQ(m_clients.client.connections, 1);
+  }
+  EXPECT_EQ(m_clients.client.holds, 0);
+}
+
+TEST_F(SheetTest, PreparingTwiceConnectsTheOneHoldTwice) {
+  m_clients.client.needsHold = true;
+  Sheet s(&m_request);
+  MailFolderList folders;
+  s.sheet.GetFolders(&folders);
+  s.sheet.StartFolderWorker();
+  EXPECT_EQ(m_clients.client.holds, 1);
+  EXPECT_EQ(m_clients.client.connections, 2);
+}
+
 TEST_F(SheetTest, CreatedFolderBecomesTheSpamFolderAndTheLastOfTheList) {
   Sheet s(&m_request);
   MailFolderList folders;

@@ -9,7 +9,6 @@
 namespace postmarker {
 namespace {
 
-using test::ImBytes;
 using Entries = std::vector<std::string>;
 
 constexpr size_t kFirst = 470;
@@ -101,6 +100,18 @@ TEST_F(ImContacts, OlderBookIsNotReadBesideADatabase) {
   EXPECT_EQ(Collect(), AddressSet{L"newer@x"});
   test::WriteFile(m_identity.AddressFile("AddrBook.db3"), "no database");
   EXPECT_EQ(Collect(), AddressSet{});
+}
+
+TEST_F(ImContacts, DatabaseThatIsLockedOrLacksTheTableAddsNothing) {
+  const std::wstring path = m_identity.AddressFile("AddrBook.db3");
+  test::ImDatabase(path).Run("CREATE TABLE Other (Email TEXT)");
+  EXPECT_EQ(Collect(), AddressSet{});
+  test::ImDatabase client(path);
+  client.AddContacts({L"ann@x"});
+  client.Run("BEGIN EXCLUSIVE");
+  EXPECT_EQ(Collect(), AddressSet{});
+  client.Run("COMMIT");
+  EXPECT_EQ(Collect(), AddressSet{L"ann@x"});
 }
 
 TEST_F(ImContacts, WithoutABookNothingIsAdded) {

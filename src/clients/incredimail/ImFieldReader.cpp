@@ -57,7 +57,8 @@ std::wstring ImFieldReader::ReadText() {
     MoveToEnd();
     return {};
   }
-  const std::string_view stored = m_bytes.substr(m_cursor, size);
+  const std::string_view stored =
+      m_bytes.substr(static_cast<size_t>(m_cursor), static_cast<size_t>(size));
   std::string narrow;
   narrow.reserve(stored.size() / 2 + 1);
   std::copy_if(stored.begin(), stored.end(), std::back_inserter(narrow),
@@ -75,14 +76,14 @@ void ImFieldReader::SkipText() {
 }
 
 int32_t ImFieldReader::ReadShortLength() {
-  int32_t length = 0;
+  int8_t last = 0;
   for (uint64_t i = 0; i < kCountSize; ++i) {
     if (ByteAt(m_cursor + i) != 0) {
-      length = SignedByteAt(m_cursor + i);
+      last = SignedByteAt(m_cursor + i);
     }
   }
   Advance(kCountSize);
-  return length;
+  return last;
 }
 
 uint32_t ImFieldReader::DwordAt(uint64_t offset) const {

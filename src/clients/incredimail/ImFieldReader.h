@@ -41,7 +41,7 @@ class ImFieldReader {
   int32_t ReadShortLength();
 
   [[nodiscard]] uint8_t ByteAt(uint64_t offset) const {
-    return offset < Size() ? static_cast<uint8_t>(m_bytes[offset]) : 0;
+    return offset < Size() ? static_cast<uint8_t>(m_bytes[static_cast<size_t>(offset)]) : 0;
   }
   [[nodiscard]] int8_t SignedByteAt(uint64_t offset) const {
     return static_cast<int8_t>(ByteAt(offset));

@@ -23,7 +23,7 @@ constexpr wchar_t kZeroId[] = L"{00000000-0000-0000-0000-000000000000}";
 
 // Lengths that lead back make entries that are read again and again. This many may be, beyond what
 // the file has room for.
-constexpr uint64_t kEntriesReadAgain = 16'384;
+constexpr uint64_t kEntriesReadAgain = 4096;
 
 // Walks over the entries of a list. Functions give false where the walk can't go on.
 class EntryReader : public ImFieldReader {

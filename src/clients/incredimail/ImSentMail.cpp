@@ -1,7 +1,6 @@
 #include "clients/incredimail/ImSentMail.h"
 
 #include <algorithm>
-#include <iterator>
 #include <memory>
 #include <optional>
 
@@ -78,9 +77,8 @@ void ImAddressCollector::AddAsciiInLowerCase(std::string_view recipients) {
 }
 
 void ImAddressCollector::AddTo(AddressSet* addresses) const {
-  auto next = addresses->begin();
   for (const std::string_view address : m_addresses.Sorted()) {
-    next = std::next(addresses->emplace_hint(next, Widen(address)));
+    addresses->emplace_hint(addresses->end(), Widen(address));
   }
 }
 

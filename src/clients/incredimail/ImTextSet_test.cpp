@@ -36,8 +36,8 @@ TEST(ImTextSet, TextsThatBeginAlikeAreInOrder) {
 TEST(ImTextSet, ManyTextsAreAllThere) {
   ImTextSet set;
   std::set<std::string> expected;
-  for (int i = 0; i < 50'000; ++i) {
-    const std::string text = "person." + std::to_string(i * 7919 % 30'000) + "@example.com";
+  for (int i = 0; i < 20'000; ++i) {
+    const std::string text = "person." + std::to_string(i * 7919 % 12'000) + "@example.com";
     EXPECT_EQ(set.Add(text), expected.insert(text).second);
   }
   const Texts sorted = set.Sorted();

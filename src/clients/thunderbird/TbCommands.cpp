@@ -10,6 +10,10 @@ namespace {
 
 constexpr int32_t kPollMilliseconds = 100;
 
+// Characters, a million mails with their recipients. A reply that never ends must not keep a worker
+// and all memory.
+constexpr size_t kLongestReply = 100'000'000;
+
 // Takes one message of a reply; false ends the command.
 using MessageHandler = std::function<bool(const std::wstring& message)>;
 
@@ -22,8 +26,9 @@ void ReadReply(TbChannel* channel, std::wstring_view command, int32_t limitSecon
                const MessageHandler& handle) {
   const std::wstring endMarker = EndMarker(command);
   const int64_t start = channel->Now();
+  size_t length = 0;
   std::wstring message;
-  while (!channel->IsAbandoned()) {
+  while (length < kLongestReply && !channel->IsAbandoned()) {
     if (!channel->HasMessage()) {
       if (Seconds(channel->Now() - start) >= limitSeconds) {
         return;
@@ -31,6 +36,8 @@ void ReadReply(TbChannel* channel, std::wstring_view command, int32_t limitSecon
       channel->Sleep(kPollMilliseconds);
     } else if (!channel->Read(&message) || message == endMarker || !handle(message)) {
       return;
+    } else {
+      length += message.size() + 1;
     }
   }
 }

@@ -167,6 +167,14 @@ TEST_F(TbCommandsTest, AbandonedCommandEndsWithinOnePoll) {
   EXPECT_EQ(m_channel.reads, 0);
 }
 
+TEST_F(TbCommandsTest, ReplyThatNeverEndsIsCut) {
+  m_channel.SayForEver(std::wstring(1023, L'x'));
+  AddressSet addresses;
+  EXPECT_EQ(GiveContacts(&m_channel, &addresses, kLimit), kOk);
+  EXPECT_EQ(m_channel.reads, 97'657);
+  EXPECT_EQ(addresses.size(), 1U);
+}
+
 TEST_F(TbCommandsTest, ContactsAreTakenUnchanged) {
   AddressSet addresses;
   m_channel.Say(L"Anna@Post.Example");

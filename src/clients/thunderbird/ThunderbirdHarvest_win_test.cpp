@@ -1,0 +1,149 @@
+// The collecting of addresses against a stand-in for Thunderbird in a process of its own.
+#include <windows.h>
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+#include "support/Handles_win.h"
+#include "support/Text.h"
+#include "support/ThunderbirdFixture_win.h"
+
+namespace postmarker::test {
+namespace {
+
+using std::chrono::milliseconds;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// The page's side of a harvest.
+class ThunderbirdHarvestTest : public ThunderbirdTest {
+ protected:
+  ThunderbirdHarvestTest() : m_stop(::CreateEventW(nullptr, TRUE, FALSE, nullptr)) {
+    m_callbacks.handle = this;
+    m_callbacks.isCancelled = &IsStopped;
+    m_callbacks.setProgress = &SetTotal;
+    m_callbacks.increaseProgress = &Increase;
+  }
+
+  static int32_t POSTMARKER_CALL IsStopped(void* handle) {
+    auto* const self = static_cast<ThunderbirdHarvestTest*>(handle);
+    return ::WaitForSingleObject(self->m_stop.Get(), 0) == WAIT_OBJECT_0 ? 1 : 0;
+  }
+  static void POSTMARKER_CALL SetTotal(void* handle, const wchar_t* /*text*/, int32_t total) {
+    static_cast<ThunderbirdHarvestTest*>(handle)->m_total = total;
+  }
+  static void POSTMARKER_CALL Increase(void* handle, int32_t steps) {
+    static_cast<ThunderbirdHarvestTest*>(handle)->m_steps += steps;
+  }
+
+  ResultCode Collect() {
+    return ThunderbirdAdapter().CollectSentAddresses(&m_addresses, {}, &m_callbacks);
+  }
+
+  // How long a harvest goes on after Cancel, which is pressed while this command is silent.
+  milliseconds TimeFromCancel(const std::wstring& silentCommand, DWORD pressedAfter = 50) {
+    std::chrono::steady_clock::time_point cancelled;
+    std::thread person([&] {
+      Client().Require(silentCommand, "the command did not arrive");
+      ::Sleep(pressedAfter);
+      cancelled = std::chrono::steady_clock::now();
+      ::SetEvent(m_stop.Get());
+    });
+    EXPECT_EQ(Collect(), kOk);
+    const auto end = std::chrono::steady_clock::now();
+    person.join();
+    return std::chrono::duration_cast<milliseconds>(end - cancelled);
+  }
+
+  KernelHandle m_stop;
+  ProgressCallbacks m_callbacks;
+  AddressSet m_addresses;
+  int32_t m_total = 0;
+  int32_t m_steps = 0;
+};
+
+TEST_F(ThunderbirdHarvestTest, ContactsAndRecipientsAreCollectedWithProgress) {
+  EXPECT_EQ(Collect(), kOk);
+  EXPECT_THAT(m_addresses, ElementsAre(L"Ben@Post.Example", L"bond@mi6.example",
+                                       L"clara@post.example", L"dmitri@post.example"));
+  EXPECT_EQ(m_total, 2);
+  EXPECT_EQ(m_steps, 2);
+}
+
+TEST_F(ThunderbirdHarvestTest, WithoutCallbacksTheSameIsCollected) {
+  EXPECT_EQ(ThunderbirdAdapter().CollectSentAddresses(&m_addresses, {}, nullptr), kOk);
+  EXPECT_EQ(m_addresses.size(), 4U);
+}
+
+TEST_F(ThunderbirdHarvestTest, SilentHarvestDoesNotCountTheMails) {
+  Client().ClearJournal();
+  EXPECT_EQ(ThunderbirdAdapter().HarvestAddresses(&m_addresses, {}), kOk);
+  EXPECT_EQ(m_addresses.size(), 4U);
+  EXPECT_EQ(Client().Count(L"SentItemsEntries"), 0);
+  EXPECT_EQ(Client().Count(L"GiveContacts"), 1);
+}
+
+TEST_F(ThunderbirdHarvestTest, CancelBeforeTheStartCollectsNothing) {
+  ::SetEvent(m_stop.Get());
+  EXPECT_EQ(Collect(), kOk);
+  EXPECT_THAT(m_addresses, IsEmpty());
+}
+
+TEST_F(ThunderbirdHarvestTest, CancelDuringTheCountTheContactsOrTheMailsEndsWithinOnePoll) {
+  for (const char* command : {"SentItemsEntries", "GiveContacts", "GiveAddressesFromSentItems"}) {
+    ::ResetEvent(m_stop.Get());
+    Client().ClearJournal();
+    Client().SetMailbox(MailboxWith("{\"" + std::string(command) + "\": {\"stopAfter\": 1}}"));
+    // A poll of 100 ms, the closing of the connection, and what a busy machine adds.
+    EXPECT_LT(TimeFromCancel(WidenUtf8(command)), milliseconds(500)) << command;
+  }
+}
+
+TEST_F(ThunderbirdHarvestTest, CancelKeepsWhatArrivedAndAStartedClientIsToldToExit) {
+  End();
+  Client().SetMailbox(MailboxWith(R"({"GiveAddressesFromSentItems": {"stopAfter": 2}})"));
+  EXPECT_LT(TimeFromCancel(L"GiveAddressesFromSentItems", 300), milliseconds(500));
+  EXPECT_EQ(m_addresses.size(), 4U);
+  Client().Require(L"exit", "the client was not told to exit");
+}
+
+TEST_F(ThunderbirdHarvestTest, CancelInAStreamThatNeverPausesEndsIt) {
+  std::string raw = "\"a@post.example\"";
+  for (int i = 0; i < 30; ++i) {
+    raw += ",\"a@post.example\"";
+  }
+  Client().SetMailbox(
+      MailboxWith("{\"GiveContacts\": {\"raw\": [" + raw + "], \"repeat\": true}}"));
+  EXPECT_LT(TimeFromCancel(L"GiveContacts"), milliseconds(500));
+}
+
+// The real limits: each silent command of each operation ends after 20 s, all of them side by side.
+TEST_F(ThunderbirdHarvestTest, EverySilentCommandOfTheAdapterEndsAfterTwentySeconds) {
+  Client().SetMailbox(MailboxWith(
+      R"({"GiveAllFolders": {"stopAfter": 1}, "AddNewFolder": {"stopAfter": 0},
+          "SetMoveMails": {"stopAfter": 0}, "SentItemsEntries": {"stopAfter": 0}})"));
+  const ThunderbirdAdapter adapter;
+  milliseconds times[4] = {};
+  MailFolderList folders;
+  std::thread threads[] = {
+      std::thread([&] { times[0] = TimeOf([&] { adapter.ListFolders(&folders, {}); }); }),
+      std::thread([&] {
+        MailFolderRef created;
+        times[1] = TimeOf([&] { EXPECT_EQ(adapter.CreateFolder(L"x", {}, {}, &created), kOk); });
+      }),
+      std::thread([&] { times[2] = TimeOf([&] { adapter.SetMoveMails(true); }); }),
+      std::thread([&] { times[3] = TimeOf([&] { EXPECT_EQ(Collect(), kOk); }); })};
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(folders.size(), 1U);
+  EXPECT_EQ(m_addresses.size(), 4U);
+  for (const milliseconds time : times) {
+    EXPECT_GE(time, milliseconds(19'400));
+    EXPECT_LT(time, milliseconds(24'000));
+  }
+}
+
+}  // namespace
+}  // namespace postmarker::test
