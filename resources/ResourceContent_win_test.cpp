@@ -23,9 +23,8 @@ constexpr UINT kTexts[] = {
     IDS_ADDRESS_GRID,       IDS_DOMAIN_COLUMN,      IDS_TYPE_ADDRESS,
     IDS_ADDRESSES_LEFT_OUT, IDS_ADDRESS_COLUMN};
 
-constexpr UINT kTiles[] = {IDB_TILE_OUTLOOK,           IDB_TILE_WINDOWS_MAIL,
-                           IDB_TILE_OUTLOOK_EXPRESS,   IDB_TILE_THUNDERBIRD,
-                           IDB_TILE_INCREDIMAIL,       IDB_TILE_WINDOWS_LIVE_MAIL};
+constexpr UINT kTiles[] = {IDB_TILE_OUTLOOK,     IDB_TILE_WINDOWS_MAIL, IDB_TILE_OUTLOOK_EXPRESS,
+                           IDB_TILE_THUNDERBIRD, IDB_TILE_INCREDIMAIL,  IDB_TILE_WINDOWS_LIVE_MAIL};
 
 size_t Count(const std::wstring& text, const std::wstring& part) {
   size_t count = 0;
@@ -197,9 +196,8 @@ TEST_P(ContentTest, ResourcesAreMarkedWithTheModulesLanguage) {
   const bool german = std::wstring(GetParam()) == L"de";
   const WORD language = german ? MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN)
                                : MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US);
-  for (const UINT id :
-       {IDD_PAGE_WELCOME, IDD_PAGE_CHOOSE_CLIENT, IDD_PAGE_SPAM_FOLDER, IDD_PAGE_PREFILL,
-        IDD_PAGE_SETTINGS, IDD_NEW_FOLDER}) {
+  for (const UINT id : {IDD_PAGE_WELCOME, IDD_PAGE_CHOOSE_CLIENT, IDD_PAGE_SPAM_FOLDER,
+                        IDD_PAGE_PREFILL, IDD_PAGE_SETTINGS, IDD_NEW_FOLDER}) {
     EXPECT_NE(nullptr,
               ::FindResourceExW(m_module.Handle(), RT_DIALOG, MAKEINTRESOURCEW(id), language))
         << id;

@@ -21,8 +21,8 @@ namespace {
 constexpr int kMargin = 7;
 constexpr UINT kPages[] = {IDD_PAGE_WELCOME, IDD_PAGE_CHOOSE_CLIENT, IDD_PAGE_SPAM_FOLDER,
                            IDD_PAGE_PREFILL, IDD_PAGE_SETTINGS};
-constexpr UINT kDialogs[] = {IDD_PAGE_WELCOME,     IDD_PAGE_CHOOSE_CLIENT, IDD_PAGE_SPAM_FOLDER,
-                             IDD_PAGE_PREFILL,     IDD_PAGE_SETTINGS,      IDD_NEW_FOLDER};
+constexpr UINT kDialogs[] = {IDD_PAGE_WELCOME, IDD_PAGE_CHOOSE_CLIENT, IDD_PAGE_SPAM_FOLDER,
+                             IDD_PAGE_PREFILL, IDD_PAGE_SETTINGS,      IDD_NEW_FOLDER};
 
 // Letters of the sheet's own buttons, in the languages of the system that the module can meet:
 // Back, Next, Finish, Help; Zurück, Weiter.
@@ -338,8 +338,8 @@ TEST(LayoutOfLanguagesTest, DialogsHoldTheControlsThatTheCodeUses) {
   }
   const HiddenDialog clients(module, IDD_PAGE_CHOOSE_CLIENT, 96);
   const HiddenDialog prefill(module, IDD_PAGE_PREFILL, 96);
-  for (const auto& [page, grid] : {std::pair(&clients, IDC_CLIENT_GRID),
-                                   std::pair(&prefill, IDC_ADDRESS_GRID)}) {
+  for (const auto& [page, grid] :
+       {std::pair(&clients, IDC_CLIENT_GRID), std::pair(&prefill, IDC_ADDRESS_GRID)}) {
     EXPECT_NE(nullptr, page->Find(IDC_HEADING));
     EXPECT_NE(nullptr, page->Find(IDC_BODY));
     ASSERT_NE(nullptr, page->Find(grid));

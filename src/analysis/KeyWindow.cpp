@@ -39,12 +39,20 @@ void KeyWindow::BeginBehind(std::string_view lower) {
   Begin(lower, false);
 }
 
+// What was cut off begins with the upper bound.
+bool KeyWindow::BeginNext() {
+  if (!m_hasUpper) {
+    return false;
+  }
+  Begin(m_upper, true);
+  return true;
+}
+
 void KeyWindow::BeginAt(std::string_view key) {
   Begin(key, true);
   SetUpper(std::string(key) + '\0');
 }
 
-// `lower` may be a view into this window.
 void KeyWindow::Begin(std::string_view lower, bool lowerBelongs) {
   m_lower = std::string(lower);
   m_lowerPrefix = SortPrefix(m_lower);
@@ -229,8 +237,9 @@ KeyWindow::Item KeyWindow::At(size_t index) const {
 
 size_t KeyWindow::NewKeys() const {
   size_t found = 0;
-  for (size_t i = 0; i < m_count; ++i) {
-    found += (ReadValue(m_bytes.data() + m_slots[i]) & kNewMark) != 0 ? 1U : 0U;
+  for (size_t offset = 0; offset < m_used;) {
+    found += (ReadValue(m_bytes.data() + offset) & kNewMark) != 0 ? 1U : 0U;
+    offset += ReadRecord(static_cast<uint32_t>(offset)).size;
   }
   return found;
 }

@@ -35,6 +35,9 @@ class KeyWindow {
   // window held is gone.
   void BeginBehind(std::string_view lower);
 
+  // Begins the stretch behind the one that was filled. False where that was the last.
+  bool BeginNext();
+
   // Begins the stretch of one key alone.
   void BeginAt(std::string_view key);
 
@@ -63,18 +66,16 @@ class KeyWindow {
 
   // What comes from here on for the first time is counted by NewKeys(). For the rule kOnce.
   void BeginNew() { m_markNew = true; }
-  // Keys of a sorted window that came first behind BeginNew.
+  // Keys of the window that came first behind BeginNew.
   [[nodiscard]] size_t NewKeys() const;
 
   // Puts the keys in order; nothing may be added afterwards.
   void Sort();
 
-  // Keys of the sorted window. Views live until the window begins anew.
   [[nodiscard]] size_t Size() const { return m_count; }
-  [[nodiscard]] Item At(size_t index) const;
 
-  // True if no key was left out behind the last one.
-  [[nodiscard]] bool IsLast() const { return !m_hasUpper; }
+  // Keys of the sorted window. Views live until the window begins anew.
+  [[nodiscard]] Item At(size_t index) const;
 
  private:
   struct Record;

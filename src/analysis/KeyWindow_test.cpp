@@ -26,10 +26,9 @@ Counts ReadAll(KeyWindow::Rule rule, size_t memory, const Feed& feed, size_t* wi
       EXPECT_TRUE(counts.empty() || counts.rbegin()->first < item.key);
       counts.emplace_hint(counts.end(), item.key, item.count);
     }
-    if (window.IsLast()) {
+    if (!window.BeginNext()) {
       return counts;
     }
-    window.BeginBehind(window.At(window.Size() - 1).key);
   }
 }
 
@@ -104,7 +103,7 @@ TEST(KeyWindow, AMissingKeyIsCountedOnlyWhereItHasNotCome) {
   EXPECT_EQ(window.At(0).key, "c");
   EXPECT_EQ(window.At(0).count, 2);
   EXPECT_EQ(window.At(1).count, 7);
-  EXPECT_TRUE(window.IsLast());
+  EXPECT_FALSE(window.BeginNext());
 }
 
 TEST(KeyWindow, MayBeOfOneKey) {

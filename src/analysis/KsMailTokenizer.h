@@ -170,6 +170,8 @@ class KsMailTokenizer : public KsMailHeaderParser {
   void CollectSubjectTokens(std::string_view key, std::string_view value);
   void CollectSenderTokens(std::string_view key, std::string_view label, std::string_view value);
   void CollectAddressTokens(std::string_view label, std::string_view address);
+  void CollectWords(std::string_view text, const std::string& prefix, TokenCountMap* ownTokens,
+                    WordList* ownWords);
   void CollectNameTokens(std::string_view key, std::string_view displayName);
   void ProcessTextPart(const std::string& part, const HelperText* helper, bool isHtml,
                        TextStats* stats);

@@ -458,6 +458,11 @@ void TokenCountMap::Clear() {
   ChargeHeld();
 }
 
+void TokenCountMap::Drop() {
+  Clear();
+  m_diverted = true;
+}
+
 void TokenCountMap::ReadThrough(Recount recount, KeyWindow::Rule rule, size_t memory) {
   m_entries.Clear(0);
   m_slots = std::vector<Slot>();

@@ -121,8 +121,16 @@ class TokenCountMap {
   // map is read.
   void ReadThrough(Recount recount, KeyWindow::Rule rule, size_t memory);
 
+  // The map is empty, and what is added is passed over, up to the next Clear.
+  void Drop();
+
   // What is added to a map that is read through goes to `window`, or nowhere where it is null.
   void DivertTo(KeyWindow* window) { m_window = window; }
+
+  // False where keys that begin with `prefix` go nowhere, however many are added.
+  [[nodiscard]] bool Takes(std::string_view prefix) const {
+    return !m_diverted || (m_window != nullptr && m_window->MayHold(prefix));
+  }
 
   [[nodiscard]] Iterator begin() const { return Iterator(this); }
   [[nodiscard]] End end() const { return {}; }

@@ -146,16 +146,29 @@ void KsMailTokenizer::CountHeaders(const Sources& sources) {
 }
 
 void KsMailTokenizer::CollectSubjectTokens(std::string_view key, std::string_view value) {
+  CollectWords(SpreadSubject(value), std::string(key) + "*", &m_subjectTokens, &m_subjectWords);
+}
+
+// Counts the words of a header's text, with a prefix among all tokens, and as they are in a map of
+// their own.
+void KsMailTokenizer::CollectWords(std::string_view text, const std::string& prefix,
+                                   TokenCountMap* ownTokens, WordList* ownWords) {
   m_localTokens.Clear();
   m_localWords.Clear();
-  Tokenize(SpreadSubject(value), &m_localTokens, &m_localWords, &m_textUrls, &m_textAddresses);
-  const std::string prefix = std::string(key) + "*";
-  m_localTokens.ForEach([&](std::string_view word, int32_t count) {
-    m_tokens.Add(prefix, word, count);
-    m_subjectTokens.Add(word, count);
-  });
+  const bool counts = m_tokens.Takes(prefix);
+  const bool countsOwn = ownTokens->Takes({});
+  if (!counts && !countsOwn) {
+    m_localTokens.Drop();
+  }
+  Tokenize(text, &m_localTokens, &m_localWords, &m_textUrls, &m_textAddresses);
+  if (counts || countsOwn) {
+    m_localTokens.ForEach([&](std::string_view word, int32_t count) {
+      m_tokens.Add(prefix, word, count);
+      ownTokens->Add(word, count);
+    });
+  }
   m_bodyWords.Append(m_localWords);
-  m_subjectWords.Append(m_localWords);
+  ownWords->Append(m_localWords);
 }
 
 void KsMailTokenizer::CollectSenderTokens(std::string_view key, std::string_view label,
@@ -173,6 +186,9 @@ void KsMailTokenizer::CollectAddressTokens(std::string_view label, std::string_v
     address.remove_prefix(colon + 1);
   }
   const std::string prefix = std::string(label) + "*";
+  if (!m_tokens.Takes(prefix)) {
+    return;
+  }
   m_tokens.Add(prefix, address, 1);
   if (const size_t at = address.find('@'); at != kNone) {
     const std::string_view local = address.substr(0, at);
@@ -193,16 +209,8 @@ void KsMailTokenizer::CollectAddressTokens(std::string_view label, std::string_v
 }
 
 void KsMailTokenizer::CollectNameTokens(std::string_view key, std::string_view displayName) {
-  m_localTokens.Clear();
-  m_localWords.Clear();
-  Tokenize(LowerText(displayName), &m_localTokens, &m_localWords, &m_textUrls, &m_textAddresses);
-  const std::string prefix = std::string(key) + "name*";
-  m_localTokens.ForEach([&](std::string_view word, int32_t count) {
-    m_tokens.Add(prefix, word, count);
-    m_fromNameTokens.Add(word, count);
-  });
-  m_bodyWords.Append(m_localWords);
-  m_fromNameWords.Append(m_localWords);
+  CollectWords(LowerText(displayName), std::string(key) + "name*", &m_fromNameTokens,
+               &m_fromNameWords);
 }
 
 // HTML parts come first. `stats` may be null.

@@ -10,12 +10,15 @@
 namespace postmarker {
 namespace {
 
-// What an object and a walk through its features take at most: 4.5 times the message, and a fixed
-// amount. With the message itself, what single steps need and what an allocator wastes, that stays
-// below 6 times and 2 MiB.
-constexpr uint64_t kMessageHalves = 9;
-constexpr size_t kFixedMemory = size_t{5} << 18;
+// What an object and its features take at most: 6 times the message and 2 MiB, with something to
+// spare for what single steps need.
+constexpr uint64_t kMessageFactor = 6;
+constexpr size_t kFixedMemory = (size_t{2} << 20) - (size_t{96} << 10);
 constexpr size_t kLeastMemory = size_t{1} << 19;
+
+// A walk through features that are not held need not take all that: the last quarter would bring
+// little.
+constexpr size_t kWindowQuarters = 3;
 
 size_t MemoryOf(const std::vector<std::string>& parts) {
   size_t memory = parts.capacity() * sizeof(std::string);
@@ -43,13 +46,17 @@ size_t KsMailTokenizer::FeatureMemory() const {
   for (const auto* const parts : {&PlainParts(), &HtmlParts(), &PdfBlobs(), &ImageBlobs()}) {
     held += MemoryOf(*parts);
   }
-  const auto most = static_cast<size_t>(
-      std::min<uint64_t>(kMessageHalves * m_messageSize / 2 + kFixedMemory, SIZE_MAX));
-  return std::max(kLeastMemory, most - std::min(most, held));
+  const uint64_t most = kMessageFactor * m_messageSize + kFixedMemory;
+  return static_cast<size_t>(
+      std::clamp<uint64_t>(most - std::min<uint64_t>(most, held), kLeastMemory, SIZE_MAX));
+}
+
+size_t KsMailTokenizer::WindowMemory() const {
+  return FeatureMemory() / 4 * kWindowQuarters;
 }
 
 void KsMailTokenizer::ReadFeaturesThrough() {
-  const size_t memory = FeatureMemory();
+  const size_t memory = WindowMemory();
   for (TokenCountMap* const map : AllMaps()) {
     const bool once = map == &m_tokens || map == &m_subjectTokens || map == &m_fromNameTokens;
     map->ReadThrough([this, map](KeyWindow* window) { RunPass(map, window); },
@@ -59,7 +66,7 @@ void KsMailTokenizer::ReadFeaturesThrough() {
     list->ReadThrough([this, list](WordSink* sink) { RunWordPass(list, sink); }, memory);
   }
   CountParts(&m_stats);
-  m_stats.firstPartNewTokens = FirstPartNewTokens(memory);
+  m_firstPartPending = true;
 }
 
 // What need not be read for a map or list is left out.
@@ -110,7 +117,7 @@ void KsMailTokenizer::DropAll() {
 }
 
 // The keys that come first in the first part, and not in a header already.
-int32_t KsMailTokenizer::FirstPartNewTokens(size_t memory) {
+int32_t KsMailTokenizer::FirstPartNewTokens() {
   const bool isHtml = !HtmlParts().empty();
   const std::vector<std::string>& parts = isHtml ? HtmlParts() : PlainParts();
   const HelperText* const helper = isHtml && !m_htmlTexts.empty() ? &m_htmlTexts.front() : nullptr;
@@ -118,7 +125,7 @@ int32_t KsMailTokenizer::FirstPartNewTokens(size_t memory) {
     return 0;
   }
   size_t found = 0;
-  KeyWindow window(KeyWindow::Rule::kOnce, memory);
+  KeyWindow window(KeyWindow::Rule::kOnce, WindowMemory());
   window.BeginBehind({});
   for (;;) {
     m_tokens.DivertTo(&window);
@@ -126,12 +133,10 @@ int32_t KsMailTokenizer::FirstPartNewTokens(size_t memory) {
     CountHeaders(Sources());
     window.BeginNew();
     ProcessTextPart(parts.front(), helper, isHtml, nullptr);
-    window.Sort();
     found += window.NewKeys();
-    if (window.IsLast()) {
+    if (!window.BeginNext()) {
       return static_cast<int32_t>(found);
     }
-    window.BeginBehind(window.At(window.Size() - 1).key);
   }
 }
 

@@ -36,8 +36,8 @@ class AddressValidator {
   void SetMode(AddressMode mode);
 
   // White space at the ends does not count. A null text is invalid. The time that the platform's
-  // engine takes for an address can double with every two characters of it, so callers bound the
-  // length.
+  // engine takes for an address can double with every two characters of it; that of
+  // MakePromptEngine (AddressMatcher.h) gives the same answer at once.
   [[nodiscard]] bool IsValid(const wchar_t* text) const;
 
  private:

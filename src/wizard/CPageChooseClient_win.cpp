@@ -49,8 +49,7 @@ const MessageEntry CPageChooseClient::kEntries[] = {
 const MessageTable CPageChooseClient::kMessages = {&CPageWizardDefault::kMessages,
                                                    CPageChooseClient::kEntries};
 
-CPageChooseClient::CPageChooseClient()
-    : CPageWizardDefault(IDD_PAGE_CHOOSE_CLIENT, PSWIZB_NEXT) {}
+CPageChooseClient::CPageChooseClient() : CPageWizardDefault(IDD_PAGE_CHOOSE_CLIENT, PSWIZB_NEXT) {}
 
 void CPageChooseClient::DoDataExchange(const CDataExchange& /*exchange*/) {
   m_clientGrid.Attach(Item(IDC_CLIENT_GRID));

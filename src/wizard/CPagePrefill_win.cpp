@@ -82,8 +82,6 @@ void CPagePrefill::SetUpGrid() {
   const int width = client.right - ::GetSystemMetrics(SM_CXVSCROLL);
   m_addressGrid.Initialise(width / kColumns, CurrentScreenScale().Height(kRowHeight),
                            LoadPrompts());
-  // Until the rows are shown, the list need not keep its scroll bar up with each of them.
-  m_addressGrid.SetRedraw(false);
 }
 
 void CPagePrefill::StartWorker() {
@@ -103,8 +101,8 @@ void CPagePrefill::StopWorker() {
     ::SetEvent(m_stopEvent.Get());
   }
   if (m_workerThread) {
-    // A client that lives in this apartment must be able to answer the worker meanwhile, so messages
-    // go on. Nothing may close the wizard a second time.
+    // A client that lives in this apartment must be able to answer the worker meanwhile, so
+    // messages go on. Nothing may close the wizard a second time.
     m_isStopping = true;
     const HWND sheet = Sheet() != nullptr ? Sheet()->Handle() : nullptr;
     ::EnableWindow(sheet, FALSE);
@@ -176,8 +174,6 @@ LRESULT CPagePrefill::HandleAddress(const MessageArgs& args) {
 
 LRESULT CPagePrefill::HandleFinished(const MessageArgs& args) {
   ShowFinished(static_cast<uint32_t>(args.lParam));
-  m_addressGrid.SetRedraw(true);
-  ::InvalidateRect(m_addressGrid.Handle(), nullptr, TRUE);
   // The button that had it is gone, or the system has moved it on to Cancel.
   FocusGrid();
   return 0;

@@ -19,7 +19,7 @@ struct ClientOffer {
 // A client's tile.
 struct ClientTile {
   std::wstring name;
-  std::wstring status;   // why it can't be chosen; empty if it can
+  std::wstring status;  // why it can't be chosen; empty if it can
   bool isEnabled = true;
 };
 

@@ -163,9 +163,6 @@ void PostedAddresses(benchmark::State& state) {
     session.Result();
   }
   state.counters["longest_wait_ms"] = longestWait;
-  state.counters["us_per_address"] = benchmark::Counter(
-      static_cast<double>(state.range(0)) * 1e-6,
-      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 BENCHMARK(PostedAddresses)
