@@ -19,10 +19,12 @@ class TempFolder {
  public:
   TempFolder() {
     static std::atomic<unsigned> count{0};
-    const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-    m_path = std::filesystem::temp_directory_path() /
-             ("postmarker-test-" + std::to_string(now) + "-" + std::to_string(++count));
-    std::filesystem::create_directories(m_path);
+    // Tests of several programs run at once: a folder that is there already is somebody else's.
+    do {
+      const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+      m_path = std::filesystem::temp_directory_path() /
+               ("postmarker-test-" + std::to_string(now) + "-" + std::to_string(++count));
+    } while (!std::filesystem::create_directory(m_path));
   }
   TempFolder(const TempFolder&) = delete;
   TempFolder& operator=(const TempFolder&) = delete;
