@@ -165,15 +165,16 @@ class ReadCounter {
   int m_watch;
 };
 
-constexpr uint32_t kOlderMessages = 2000;
+constexpr size_t kOlderMessages = 2000;
 
 // Messages of about 5 KB, each with copies.
 void MakeOlderStore(const test::ImIdentityFolder& identity) {
   test::ImMessages messages;
   for (uint32_t i = 0; i < kOlderMessages; ++i) {
     const std::string number = std::to_string(i);
-    std::string message = "From: me@example.com\r\nTo: to" + number + "@example.com\r\nCc: copy" +
-                          number + "@example.com\r\nSubject: Message\r\n\r\n";
+    std::string message = "From: me@example.com\r\nTo: to";
+    message.append(number).append("@example.com\r\nCc: copy").append(number);
+    message += "@example.com\r\nSubject: Message\r\n\r\n";
     while (message.size() < 5000) {
       message += "This is a line of a mail that somebody wrote to somebody else once.\r\n";
     }
@@ -225,7 +226,8 @@ void GatherOlderAgainstBareFiles(benchmark::State& state) {
     }));
   }
   ::unsetenv("TMPDIR");
-  state.counters["reads_per_message"] = static_cast<double>(reads) / kOlderMessages;
+  state.counters["reads_per_message"] =
+      static_cast<double>(reads) / static_cast<double>(kOlderMessages);
   state.counters["gather_ms"] = Median(gather) * 1e3;
   state.counters["bare_files_ms"] = Median(bare) * 1e3;
   state.counters["ratio"] = Median(gather) / Median(bare);

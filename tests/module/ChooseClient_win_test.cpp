@@ -148,6 +148,26 @@ TEST_F(ChooseClientTest, ByKeysAlone) {
   ExpectOutcome(*session);
 }
 
+TEST_F(ChooseClientTest, ThunderbirdWithoutTheExtensionIsShownButCannotBeChosen) {
+  const std::wstring key = L"Software\\Mozilla\\Mozilla Thunderbird";
+  RegistryKey::Create(HKEY_LOCAL_MACHINE, key, KEY_ALL_ACCESS | KEY_WOW64_32KEY)
+      .WriteString(L"CurrentVersion", L"2.0");
+  RegistryKey::Create(HKEY_LOCAL_MACHINE, key + L"\\2.0\\Main", KEY_ALL_ACCESS | KEY_WOW64_32KEY)
+      .WriteString(L"PathToExe", L"C:\\Programs\\thunderbird.exe");
+  Load();
+  const auto session = Start();
+  PressKey(VK_RETURN);
+  session->WaitForPage(Page::kClients);
+  EXPECT_THAT(TileTexts(*session),
+              ElementsAre(L"Microsoft Outlook, Not found",
+                          L"Mozilla Thunderbird, Extension missing", L"IncrediMail"));
+  ClickTile(*session, L"Mozilla Thunderbird, Extension missing");
+  session->ClickButton(kNextButton);
+  EXPECT_TRUE(WaitUntil([] { return FindVisibleWindow(L"KsToolTipWnd") != nullptr; }));
+  EXPECT_TRUE(session->IsOn(Page::kClients));
+  EXPECT_EQ(m_request.clientName, L"");
+}
+
 TEST_F(ChooseClientTest, SecondRunBeginsWithTheClientOfTheFirst) {
   SetActionPlugin(L"IncrediMail");
   Load();
