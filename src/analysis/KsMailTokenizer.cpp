@@ -33,6 +33,7 @@ void KsMailTokenizer::Clear() {
   m_headerSources.Clear();
   ForgetHelperTexts();
   m_featuresPending = false;
+  m_firstPartPending = false;
 }
 
 ResultCode KsMailTokenizer::Parse(const wchar_t* path, HtmlToText htmlToText,

@@ -94,7 +94,7 @@ class KsMailTokenizer : public KsMailHeaderParser {
   // Words that look like URLs; words with an "@".
   const TokenCountMap& TextUrls() { return Complete(m_textUrls); }
   const TokenCountMap& TextAddresses() { return Complete(m_textAddresses); }
-  const TextStats& Stats() { return Complete(m_stats); }
+  const TextStats& Stats();
 
   [[nodiscard]] size_t FingerprintCount() const { return m_fingerprints.size(); }
   // REQUIRES: `index` is below FingerprintCount().
@@ -113,8 +113,8 @@ class KsMailTokenizer : public KsMailHeaderParser {
   void OnBodyDone(int level) override;
   [[nodiscard]] bool WantsSingleBytes() const override;
 
-  // The bytes that features may take besides what the walk has kept, and those that one walk
-  // through a map or list may take where they need more.
+  // The bytes that features may take besides what the walk has kept. Where they need more, one walk
+  // through a map or list takes no more than that.
   [[nodiscard]] virtual size_t FeatureMemory() const;
 
  private:
@@ -158,7 +158,8 @@ class KsMailTokenizer : public KsMailHeaderParser {
   void CountParts(TextStats* stats);
   void CountSequences();
   void ReadFeaturesThrough();
-  [[nodiscard]] int32_t FirstPartNewTokens(size_t memory);
+  [[nodiscard]] int32_t FirstPartNewTokens();
+  [[nodiscard]] size_t WindowMemory() const;
   [[nodiscard]] Sources SourcesOf(const void* feature) const;
   void RunPass(const TokenCountMap* target, KeyWindow* window);
   void RunWordPass(const WordList* target, WordSink* sink);
@@ -205,6 +206,7 @@ class KsMailTokenizer : public KsMailHeaderParser {
   std::vector<std::string> m_pdfTexts;
   bool m_pdfFailed = false;
   bool m_featuresPending = false;
+  bool m_firstPartPending = false;  // of m_stats, where features are not held
   uint32_t m_messageSize = 0;
   TokenCountMap m_localTokens;
   WordList m_localWords;

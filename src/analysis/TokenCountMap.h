@@ -58,10 +58,13 @@ class TokenCountMap {
 
     explicit Iterator(const TokenCountMap* map);
     void SortPlaces();
+    void SortNumbers();
+    void FillWindow();
     void NextWindow();
 
     const TokenCountMap* m_map;
-    std::vector<Place> m_order;
+    std::vector<Place> m_places;          // of a map of moderate size
+    std::vector<uint32_t> m_numbers;      // of entries, in order, of a large one
     std::unique_ptr<KeyWindow> m_window;  // of a map that is not held
     size_t m_size = 0;
     size_t m_position = 0;
@@ -199,8 +202,7 @@ class TokenCountMap {
   static constexpr uint32_t kGapped = 0x80000000U;
   static constexpr size_t kLongestPiece = 127;
   static constexpr size_t kLongestGapped = 2 * kLongestPiece;
-  static constexpr size_t kBlockMemory =
-      EntryList::kBlock * (sizeof(Entry) + sizeof(Iterator::Place));
+  static constexpr size_t kMostPlaces = 32768;
   static constexpr size_t kFewEntries = 8;  // up to so many are found by walking them
 
   struct SequenceWord;
@@ -223,6 +225,7 @@ class TokenCountMap {
   void Charge(size_t bytes);
   void ChargeHeld();
   [[nodiscard]] size_t HeldMemory() const;
+  [[nodiscard]] static size_t BlocksMemory(size_t blocks);
 
   EntryList m_entries;
   std::vector<Slot> m_slots;  // a power of two, empty while there are few entries

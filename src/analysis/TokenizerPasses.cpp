@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "analysis/KsMailTokenizer.h"
 #include "analysis/SequenceSink.h"
@@ -10,9 +11,9 @@
 namespace postmarker {
 namespace {
 
-// What an object and its features take at most: 6 times the message and 2 MiB, with something to
-// spare for what single steps need.
-constexpr uint64_t kMessageFactor = 6;
+// What an object and its features take at most, with something to spare for what single steps need:
+// with the message itself that makes 6 times its size and 2 MiB.
+constexpr uint64_t kMessageFactor = 5;
 constexpr size_t kFixedMemory = (size_t{2} << 20) - (size_t{96} << 10);
 constexpr size_t kLeastMemory = size_t{1} << 19;
 
@@ -114,6 +115,14 @@ void KsMailTokenizer::DropAll() {
   for (WordList* const list : AllLists()) {
     list->DivertTo(nullptr);
   }
+}
+
+const TextStats& KsMailTokenizer::Stats() {
+  CollectFeatures();
+  if (std::exchange(m_firstPartPending, false)) {
+    m_stats.firstPartNewTokens = FirstPartNewTokens();
+  }
+  return m_stats;
 }
 
 // The keys that come first in the first part, and not in a header already.

@@ -151,7 +151,7 @@ inline std::vector<HostileShape> TextShapes() {
           OneTagShape("redirections to hosts", html, "<a href=\"", "http://a%d.de/"),
           OneTagShape("a base of many hosts", html, "<base href=\"", "http://a%d.de/"),
           OneTagShape("links of one tag", html, "<a ", "x=a%d "),
-          RepeatedShape("mail links", html, "<a href=mailto:a%d@b%d.de>"),
+          RepeatedShape("mail links", html, "<a href=\"mailto:a%d@b%d.de\">"),
           RepeatedShape("alternative texts", html, "<img alt=\"a%d b%d.de\">"),
           {"links to a long base",
            [html](size_t size) {
@@ -161,7 +161,7 @@ inline std::vector<HostileShape> TextShapes() {
            }},
           OneTagShape("attributes", html, "<font ", "a=%d "),
           OneTagShape("attributes without values", html, "<td ", "a "),
-          RepeatedShape("visible hosts", html + "<a href=http://b.de>", "a%d.de "),
+          RepeatedShape("visible hosts", html + "<a href=\"http://b.de\">", "a%d.de "),
           RepeatedShape("dots", plain, "a."),
           RepeatedShape("letters", plain, "a "),
           RepeatedShape("addresses", plain, "a@b%d.com "),
