@@ -64,8 +64,8 @@ inline std::string HeadersOfWords(std::string_view name, size_t length, std::str
   return text + "\r\n";
 }
 
-inline HostileShape WordHeadersShape(const char* name, std::string header, size_t length,
-                                     std::string end) {
+inline HostileShape WordHeadersShape(const char* name, const std::string& header, size_t length,
+                                     const std::string& end) {
   return {name, [=](size_t size) { return HeadersOfWords(header, length, end, size); }};
 }
 
@@ -128,8 +128,8 @@ inline std::vector<HostileShape> EntityShapes() {
 
 // One tag that fills most of what is read of a part, and then links that fall back to it if it is a
 // base.
-inline HostileShape OneTagShape(const char* name, std::string head, std::string open,
-                                std::string piece) {
+inline HostileShape OneTagShape(const char* name, const std::string& head, const std::string& open,
+                                const std::string& piece) {
   return {name, [=](size_t size) {
             const size_t room = std::min<size_t>(size, 131072) * 7 / 8;
             const std::string tag = open + Repeated(piece, room) + "\">";
