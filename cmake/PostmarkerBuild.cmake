@@ -75,6 +75,16 @@ target_link_libraries(pm_test_headers PRIVATE pm_flags pm_gmock_main pm_test_sup
 target_compile_options(pm_test_headers PRIVATE -O0)
 target_precompile_headers(pm_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 
+# The standard library's headers, and in the Windows builds the platform's, take half of the product's compile time: they
+# are compiled once as well. clang-tidy, which reads each source without them, shows what one forgot to include.
+file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/product_headers.cpp CONTENT "static_assert(true);\n")
+add_library(pm_product_headers STATIC EXCLUDE_FROM_ALL ${CMAKE_BINARY_DIR}/product_headers.cpp)
+target_link_libraries(pm_product_headers PRIVATE pm_flags)
+target_precompile_headers(pm_product_headers PRIVATE
+  $<$<BOOL:${WIN32}>:<windows.h$<ANGLE-R>>
+  <algorithm> <array> <cstdint> <cstring> <functional> <map> <memory> <optional> <set> <span> <string> <string_view>
+  <utility> <vector>)
+
 # pm_test(NAME SOURCES... LINKS...): one GoogleTest program and one CTest entry for it. The JSON report of
 # each goes to <build>/reports, from which scripts/test counts. GUI: its windows need the foreground, so
 # nothing else runs meanwhile.
@@ -124,6 +134,7 @@ function(pm_library name)
   endif()
   add_library(pm_${name} STATIC ${sources})
   target_link_libraries(pm_${name} PUBLIC pm_records ${links} PRIVATE pm_flags)
+  target_precompile_headers(pm_${name} REUSE_FROM pm_product_headers)
   if(BUILD_TESTING AND tests AND NOT POSTMARKER_FUZZ AND NOT POSTMARKER_BENCH)
     pm_test(${name}_test SOURCES ${tests} LINKS pm_${name} pm_test_support ${ARG_TEST_LINKS})
   endif()

@@ -40,8 +40,9 @@ const DLGTEMPLATE* KsContextMenuDlg::MemoryTemplate() {
   }
   const int width = textWidth + 2 * kTextMargin + 2 * kMargin;
   const auto rows = static_cast<int>(m_items.size());
-  m_template = std::make_unique<DialogTemplate>(L"", WS_POPUP | WS_BORDER, WS_EX_TOOLWINDOW,
-                                                SIZE{width, rows * kRowHeight + 2 * kMargin});
+  m_template =
+      std::make_unique<DialogTemplate>(std::wstring(), WS_POPUP | WS_BORDER, WS_EX_TOOLWINDOW,
+                                       SIZE{width, rows * kRowHeight + 2 * kMargin});
   int top = kMargin;
   for (const ContextMenuItem& item : m_items) {
     m_template->AddControl(DialogTemplate::ControlClass::kButton, static_cast<uint16_t>(item.id),

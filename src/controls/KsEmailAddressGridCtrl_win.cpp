@@ -148,7 +148,7 @@ bool KsEmailAddressGridCtrl::BeginNewRow() {
   if (IsEditing()) {
     return false;
   }
-  const int row = InsertItem(ItemCount(), L"");
+  const int row = InsertItem(ItemCount(), std::wstring());
   if (row == -1) {
     return false;
   }

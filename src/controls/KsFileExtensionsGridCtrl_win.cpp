@@ -51,7 +51,7 @@ int KsFileExtensionsGridCtrl::AddExtension(const FileExtensionRow& row) {
   if (!form || FindExtension(*form) != -1) {
     return -1;
   }
-  const int inserted = InsertItem(ItemCount(), L"", row.checked ? 1 : 0);
+  const int inserted = InsertItem(ItemCount(), std::wstring(), row.checked ? 1 : 0);
   if (inserted != -1) {
     SetItemText(inserted, kExtensionColumn, *form);
     SetItemText(inserted, kActionColumn, row.action);

@@ -88,7 +88,7 @@ bool KsImageGridCtrl::Initialise(int columnWidth) {
   m_columnWidth = columnWidth;
   m_columnCount = TileColumnCount(client.right, ::GetSystemMetrics(SM_CXVSCROLL), columnWidth);
   for (int col = 0; col < m_columnCount; ++col) {
-    if (InsertColumn(col, L"", columnWidth) == -1) {
+    if (InsertColumn(col, std::wstring(), columnWidth) == -1) {
       return false;
     }
   }
@@ -151,7 +151,7 @@ void KsImageGridCtrl::ShowEntry(int entry) {
     return;
   }
   if (cell.row >= ItemCount()) {
-    InsertItem(cell.row, L"");
+    InsertItem(cell.row, std::wstring());
   }
   SetItemText(cell.row, cell.col, TileText(tile.name, tile.status));
 }

@@ -119,7 +119,7 @@ const DLGTEMPLATE* KsMessageBoxDlg::MemoryTemplate() {
       SIZE{width, buttonTop + kButtonHeight + kMargin});
   using Control = DialogTemplate::ControlClass;
   if (icon) {
-    m_template->AddControl(Control::kStatic, kIconId, L"", SS_ICON,
+    m_template->AddControl(Control::kStatic, kIconId, std::wstring(), SS_ICON,
                            {kMargin, kMargin, kMargin + kIconSize, kMargin + kIconSize});
   }
   const int textTop = kMargin + (contentHeight - static_cast<int>(text.cy)) / 2;

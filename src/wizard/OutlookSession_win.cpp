@@ -64,7 +64,7 @@ HRESULT StartOutlook(ComPtr<IDispatch>* out) {
 
 std::wstring GetOutlookDefaultProfile() {
   const RegistryKey key = RegistryKey::Open(HKEY_CURRENT_USER, kProfilesKey, kProfileAccess);
-  return key.ReadString(L"DefaultProfile", kProfileRoom).value_or(L"");
+  return key.ReadString(L"DefaultProfile", kProfileRoom).value_or(std::wstring());
 }
 
 OutlookSession::OutlookSession() {

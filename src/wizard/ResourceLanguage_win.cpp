@@ -48,7 +48,7 @@ std::wstring FolderAbove(const std::wstring& path, int levels) {
 std::wstring ReadLanguageSetting() {
   const RegistryKey key =
       RegistryKey::Open(HKEY_LOCAL_MACHINE, kMainKey, KEY_QUERY_VALUE | SuiteKeyView());
-  return key.ReadString(L"Language", kLanguageRoom).value_or(L"");
+  return key.ReadString(L"Language", kLanguageRoom).value_or(std::wstring());
 }
 
 std::wstring ScanForLanguage(const std::wstring& executable) {

@@ -90,7 +90,7 @@ ResultCode AssembleMessage(const std::wstring& headerId, std::unique_ptr<char[]>
   *length = 0;
   ImHeader found;
   if (header == nullptr) {
-    const ResultCode result = ReadHeader(&found, headerId, L"");
+    const ResultCode result = ReadHeader(&found, headerId, std::wstring());
     if (Failed(result)) {
       return result;
     }
