@@ -192,6 +192,8 @@ TEST_F(PrefillPageTest, StopShowsWhatWasCollectedSoFar) {
   CollectUntilStopped();
   m_clients.client.addresses = {L"early@b.org"};
   const auto session = StartAtPrefill();
+  // A stop before that collects nothing.
+  WizardSession::Require([&] { return m_collecting.load(); }, "nothing is collected");
   session->ClickControl(kStopButton);
   session->WaitForAddresses();
   EXPECT_FALSE(::IsWindowEnabled(session->Control(kStopButton)));
