@@ -12,7 +12,6 @@ export LC_ALL=C.UTF-8
 # The person's screen is never taken by accident: only a caller that was told to names it here.
 unset DISPLAY
 readonly wine_state=$WINEPREFIX/postmarker
-readonly wine_first_display=97 wine_last_display=196
 
 wine_display_works() { xdpyinfo -display "$1" >/dev/null 2>&1; }
 
@@ -33,25 +32,23 @@ wine_read_screen() {
   wine_screen=$display wine_screen_pid=$pid
 }
 
-# A lock file in /tmp may be of a server that is gone or of another person: the next number is tried then.
+# The server looks for a free number itself, so that two that start at once never get the same one.
 wine_start_screen() {
   local number pid
   if wine_read_screen; then return; fi
   # Windows of a screen that is gone can't move to another one: programs and server of that time end here.
   wineserver -k 2>/dev/null || true
-  for number in $(seq "$wine_first_display" "$wine_last_display"); do
-    if wine_display_works ":$number"; then continue; fi
-    # In a session of its own, so that Ctrl-C at the terminal does not reach it.
-    setsid Xvfb ":$number" -screen 0 1280x1024x24 -nolisten tcp -noreset \
-      </dev/null >"$wine_state/xvfb.log" 2>&1 &
-    pid=$!
-    while kill -0 "$pid" 2>/dev/null; do
-      if wine_display_works ":$number" && kill -0 "$pid" 2>/dev/null; then
-        printf ':%s %s\n' "$number" "$pid" >"$wine_state/screen"
-        return
-      fi
-      sleep 0.05
-    done
+  : >"$wine_state/display"
+  # In a session of its own, so that Ctrl-C at the terminal does not reach it.
+  setsid Xvfb -displayfd 6 -screen 0 1280x1024x24 -nolisten tcp -noreset \
+    </dev/null >"$wine_state/xvfb.log" 2>&1 6>"$wine_state/display" &
+  pid=$!
+  while kill -0 "$pid" 2>/dev/null; do
+    if read -r number <"$wine_state/display" && wine_display_works ":$number"; then
+      printf ':%s %s\n' "$number" "$pid" >"$wine_state/screen"
+      return
+    fi
+    sleep 0.05
   done
   echo "wine: no virtual screen can be started; see $wine_state/xvfb.log" >&2
   return 1
