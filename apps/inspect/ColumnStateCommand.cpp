@@ -1,18 +1,11 @@
 // column-state: the kept layout of a grid's columns.
-#include <charconv>
-
 #include "Commands.h"
+#include "NumberArgument.h"
 #include "controls/ColumnState.h"
 #include "support/Text.h"
 
 namespace postmarker::inspect {
 namespace {
-
-bool ReadCount(const std::string& text, uint32_t* count) {
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, *count);
-  return error == std::errc() && stop == end;
-}
 
 void WriteColumns(JsonWriter* json, const ColumnState& state) {
   json->Key("order").Number(static_cast<int64_t>(state.sortOrder));
@@ -31,7 +24,7 @@ void WriteColumns(JsonWriter* json, const ColumnState& state) {
 
 bool RunColumnState(const Arguments& arguments, JsonWriter* json) {
   uint32_t columns = 0;
-  if (!ReadCount(arguments.texts.front(), &columns)) {
+  if (!ReadNumber(arguments.texts.front(), &columns)) {
     return false;
   }
   const auto state = ParseColumnState(WidenUtf8(arguments.texts.back()), columns);

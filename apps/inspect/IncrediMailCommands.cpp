@@ -1,8 +1,8 @@
 // imm-folders, imh, imm-message, imb and incredimail: the files of IncrediMail's stores.
-#include <charconv>
 #include <string>
 
 #include "Commands.h"
+#include "NumberArgument.h"
 #include "clients/incredimail/ImAddressFile.h"
 #include "clients/incredimail/ImFolderFile.h"
 #include "clients/incredimail/ImFolderTree.h"
@@ -35,12 +35,6 @@ void WriteHeader(JsonWriter* json, const ImHeader& header) {
   json->Key("lightMsgSize").Number(header.LightMsgSize);
   json->Key("msgPos").Number(header.MsgPos);
   json->EndObject();
-}
-
-bool ReadNumber(const std::string& text, uint32_t* number) {
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, *number);
-  return error == std::errc() && stop == end;
 }
 
 // A folder with the separator that the readers want at its end.

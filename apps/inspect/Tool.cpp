@@ -1,12 +1,12 @@
 #include "Tool.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
 
 #include "Commands.h"
+#include "NumberArgument.h"
 
 namespace postmarker::inspect {
 namespace {
@@ -39,12 +39,6 @@ bool IsOption(std::string_view text) {
   return text.size() > 2 && text.starts_with("--");
 }
 
-bool ReadNumber(const std::string& text, uint32_t* number) {
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, *number);
-  return error == std::errc() && stop == end && *number > 0;
-}
-
 // The value that stands behind the option at arguments[*i]; nothing at the end.
 std::optional<std::string> NextValue(const std::vector<std::string>& arguments, size_t* i) {
   return *i + 1 < arguments.size() ? std::optional(arguments[++*i]) : std::nullopt;
@@ -58,7 +52,7 @@ bool ReadOption(const std::vector<std::string>& arguments, size_t* i, Invocation
   }
   if (name == "--repeat") {
     const std::optional<std::string> value = NextValue(arguments, i);
-    return value && ReadNumber(*value, &invocation->repeat);
+    return value && ReadNumber(*value, &invocation->repeat) && invocation->repeat > 0;
   }
   // A command's own options are checked once it is known.
   const auto takesValue = [&](const Command& command) {
