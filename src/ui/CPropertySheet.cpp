@@ -1,6 +1,7 @@
 #include "ui/CPropertySheet.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "support/UniqueHandle.h"
 #include "ui/CWinApp.h"
@@ -17,6 +18,14 @@ constexpr int kNextButton = 12324;
 constexpr int kFinishButton = 12325;
 
 constexpr UINT kOwnerWatchMs = 250;
+
+// What a dialog takes before its controls do. Everything else goes straight to its window, as
+// asking the sheet costs more than most messages do, and thousands may stand in the queue.
+bool IsInput(UINT message) {
+  return (message >= WM_KEYFIRST && message <= WM_KEYLAST) ||
+         (message >= WM_MOUSEFIRST && message <= WM_MOUSELAST) ||
+         (message >= WM_NCMOUSEMOVE && message <= WM_NCXBUTTONDBLCLK);
+}
 
 // The owner's end sends no message to a sheet of another thread. A timer wakes the modal loop,
 // which looks.
@@ -111,7 +120,7 @@ bool CPropertySheet::IsOpen() const {
 INT_PTR CPropertySheet::RunModalLoop() {
   ThreadState* const state = ThreadState::Current();
   const OwnerWatch watch(m_owner);
-  while (IsOpen()) {
+  while (!std::exchange(m_mayHaveEnded, false) || IsOpen()) {
     if (m_owner != nullptr && !::IsWindow(m_owner)) {
       return IDCANCEL;
     }
@@ -125,7 +134,7 @@ INT_PTR CPropertySheet::RunModalLoop() {
       ::PostQuitMessage(static_cast<int>(message.wParam));
       return IDCANCEL;
     }
-    const bool taken = Handle() != nullptr &&
+    const bool taken = Handle() != nullptr && IsInput(message.message) &&
                        Send(PSM_ISDIALOGMESSAGE, 0, reinterpret_cast<LPARAM>(&message)) != 0;
     if (!taken) {
       ::TranslateMessage(&message);
@@ -174,6 +183,7 @@ LRESULT CPropertySheet::WindowProc(const MessageArgs& args) {
   const bool mayEnd = args.message == WM_COMMAND || args.message == WM_CLOSE ||
                       args.message == WM_SYSCOMMAND || args.message == PSM_PRESSBUTTON ||
                       args.message == WM_NCDESTROY;
+  m_mayHaveEnded = m_mayHaveEnded || mayEnd;
   // A message sent by another thread is handled within GetMessage, which then goes on waiting: wake
   // the loop.
   if (mayEnd && !IsOpen()) {

@@ -44,6 +44,7 @@ class CPropertySheet : public CWnd {
   std::wstring m_caption;
   HWND m_owner;
   UINT m_firstPage;
+  bool m_mayHaveEnded = true;  // since the modal loop looked last
   std::vector<CPropertyPage*> m_pages;
 };
 
