@@ -23,6 +23,9 @@ class HeaderLog {
 
   void Clear();
 
+  // How many headers it holds.
+  [[nodiscard]] size_t Count() const { return m_count; }
+
   // The bytes that the log takes.
   [[nodiscard]] size_t Memory() const {
     return m_pool.Reserved() + m_order.capacity() * sizeof(uint32_t);

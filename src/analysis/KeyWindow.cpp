@@ -11,7 +11,8 @@ namespace {
 
 constexpr size_t kValueSize = sizeof(uint32_t);
 constexpr uint32_t kNewMark = 2;  // counts of the rule kOnce are 1 and multiples of 4
-constexpr size_t kLeastSlots = 64;
+constexpr size_t kLeastPlaces = 64;
+constexpr size_t kMostSamples = 64;
 constexpr size_t kPadding = sizeof(uint64_t);  // behind the records, for SortPrefixOfPadded
 
 uint32_t ReadValue(const char* record) {
@@ -26,11 +27,10 @@ void WriteValue(char* record, uint32_t value) {
 
 }  // namespace
 
-// A record is the value, the key's length with a bit for one that is to be dropped, and the key.
+// A record is the value, the key's length and the key.
 struct KeyWindow::Record {
   std::string_view key;
   size_t size;
-  bool dropped;
 };
 
 KeyWindow::KeyWindow(Rule rule, size_t memory) : m_rule(rule), m_memory(memory) {}
@@ -58,118 +58,137 @@ void KeyWindow::Begin(std::string_view lower, bool lowerBelongs) {
   m_lowerPrefix = SortPrefix(m_lower);
   m_lowerBelongs = lowerBelongs;
   m_hasUpper = false;
+  ++m_bounds;
   m_markNew = false;
   m_used = 0;
   m_count = 0;
-  std::fill(m_slots.begin(), m_slots.end(), 0);
+  m_index.Clear();
 }
 
 // A third of the memory is for the index, the rest for the records.
 void KeyWindow::MakeIndex() {
-  const size_t slots = std::max(kLeastSlots, m_memory / 3 / (sizeof(uint32_t) + 1));
-  m_slots.assign(slots, 0);
-  m_tags.assign(slots, 0);
+  m_index.Reset(std::max(kLeastPlaces, m_memory / 3 / TagIndex::kBytesPerPlace));
 }
 
 void KeyWindow::SetUpper(std::string_view upper) {
   m_upper = upper;
   m_upperPrefix = SortPrefix(upper);
   m_hasUpper = true;
+  ++m_bounds;
+}
+
+KeyWindow::RestRange KeyWindow::RestsBehind(std::string_view prefix) const {
+  if (!MayHold(prefix)) {
+    return {1, 0};
+  }
+  RestRange range;
+  if (m_lower.starts_with(prefix)) {
+    range.low = SortPrefix(std::string_view(m_lower).substr(prefix.size()));
+  }
+  if (m_hasUpper && m_upper.starts_with(prefix)) {
+    range.high = SortPrefix(std::string_view(m_upper).substr(prefix.size()));
+  }
+  return range;
 }
 
 KeyWindow::Record KeyWindow::ReadRecord(uint32_t offset) const {
   const char* const start = m_bytes.data() + offset;
   size_t length = 0;
   const char* const text = TakePackedLength(start + kValueSize, &length);
-  const bool dropped = (length & 1) != 0;
-  length >>= 1;
-  return {{text, length}, static_cast<size_t>(text - start) + length, dropped};
+  return {{text, length}, static_cast<size_t>(text - start) + length};
 }
 
 std::string_view KeyWindow::LongKeyAt(uint32_t offset) const {
   return ReadRecord(offset).key;
 }
 
-// The slot of a key, or the free one where it belongs.
-size_t KeyWindow::FindSlot(std::string_view key, uint32_t hash) const {
-  const auto tag = static_cast<uint8_t>(hash);
-  auto slot = static_cast<size_t>((uint64_t{hash} * m_slots.size()) >> 32);
-  while (m_slots[slot] != 0 && (m_tags[slot] != tag || KeyAt(m_slots[slot] - 1) != key)) {
-    slot = slot + 1 == m_slots.size() ? 0 : slot + 1;
-  }
-  return slot;
-}
-
-void KeyWindow::SetSlot(size_t slot, uint32_t hash, size_t offset) {
-  m_slots[slot] = static_cast<uint32_t>(offset + 1);
-  m_tags[slot] = static_cast<uint8_t>(hash);
-}
-
 // Counts may run over; they do so as unsigned numbers.
-void KeyWindow::AddHeld(std::string_view key, int32_t count, bool once) {
-  if (m_slots.empty()) {
+void KeyWindow::AddHeld(std::string_view key, TextHash textHash, int32_t count, bool once) {
+  if (m_index.Empty()) {
     MakeIndex();
   }
-  const uint32_t hash = TextHash(key).Bits();
-  const uint32_t found = m_slots[FindSlot(key, hash)];
-  if (found == 0) {
+  const uint32_t hash = textHash.Bits();
+  const size_t place = Find(key, hash);
+  if (m_index.IsFree(place)) {
     const auto value = static_cast<uint32_t>(count);
-    Append(key, hash, once ? (m_markNew ? 1 | kNewMark : 1) : value);
+    Append(key, hash, place, once ? (m_markNew ? 1 | kNewMark : 1) : value);
     return;
   }
-  char* const record = m_bytes.data() + found - 1;
+  char* const record = m_bytes.data() + m_index.At(place);
   const uint32_t value = ReadValue(record);
   WriteValue(record, once ? value | 1 : value + static_cast<uint32_t>(count));
 }
 
 void KeyWindow::AddMissing(std::string_view key, int32_t count) {
-  if (Holds(key) && (m_slots.empty() || m_slots[FindSlot(key, TextHash(key).Bits())] == 0)) {
-    AddHeld(key, count, false);
+  const TextHash hash(key);
+  if (Holds(key) && (m_index.Empty() || m_index.IsFree(Find(key, hash.Bits())))) {
+    AddHeld(key, hash, count, false);
   }
 }
 
-void KeyWindow::Append(std::string_view key, uint32_t hash, uint32_t value) {
-  const size_t size = kValueSize + PackedLengthSize(key.size() << 1) + key.size();
-  MakeRoom(size);
-  if (!Holds(key)) {
-    return;  // what was cut off begins in front of it
+// `place` is where the key belongs in the index, as long as nothing is cut off.
+void KeyWindow::Append(std::string_view key, uint32_t hash, size_t place, uint32_t value) {
+  const size_t size = kValueSize + PackedLengthSize(key.size()) + key.size();
+  if (MakeRoom(size, key)) {
+    if (!Holds(key)) {
+      return;  // what was cut off begins in front of it
+    }
+    place = Find(key, hash);
   }
   char* const record = m_bytes.data() + m_used;
   WriteValue(record, value);
-  char* const text = PutPackedLength(record + kValueSize, key.size() << 1);
+  char* const text = PutPackedLength(record + kValueSize, key.size());
   std::memcpy(text, key.data(), key.size());
-  SetSlot(FindSlot(key, hash), hash, m_used);
+  m_index.Set(place, hash, static_cast<uint32_t>(m_used));
   m_used += size;
   ++m_count;
 }
 
-void KeyWindow::MakeRoom(size_t recordSize) {
+// True if keys were cut off for it.
+bool KeyWindow::MakeRoom(size_t recordSize, std::string_view key) {
   const size_t most = m_memory - m_memory / 3;
-  while ((m_used + recordSize > most && m_count > 1) || (m_count + 1) * 4 > m_slots.size() * 3) {
-    Cut();
+  bool hasCut = false;
+  while ((m_used + recordSize > most && m_count > 1) || (m_count + 1) * 4 > m_index.Places() * 3) {
+    Cut(key);
+    hasCut = true;
   }
   const size_t needed = m_used + recordSize;
   if (needed + kPadding > m_bytes.size()) {
     // The first growth takes all that is meant for records: it is not doubled step by step.
     m_bytes.resize(std::max(needed, most) + kPadding);
   }
+  return hasCut;
 }
 
-// Gives up the upper half of the keys.
-void KeyWindow::Cut() {
-  const size_t shared = SharedPrefix();
-  CollectOffsets();
-  const auto middle = m_slots.begin() + static_cast<ptrdiff_t>(m_count / 2);
-  const auto end = m_slots.begin() + static_cast<ptrdiff_t>(m_count);
-  std::nth_element(m_slots.begin(), middle, end,
-                   [this, shared](uint32_t a, uint32_t b) { return IsInFront(a, b, shared); });
-  SetUpper(KeyAt(*middle));
-  for (auto offset = middle; offset != end; ++offset) {
-    char* const length = m_bytes.data() + *offset + kValueSize;
-    *length = static_cast<char>(*length | 1);
+// Gives up about the upper half of the keys, or an eighth where the key that comes next belongs
+// there: keys that come in their order fill the memory. A sample is near enough to all keys, and
+// costs next to nothing.
+void KeyWindow::Cut(std::string_view next) {
+  const std::vector<std::string_view> sample = SortedSample();
+  const size_t size = sample.size();
+  std::string_view upper = sample[size - std::max<size_t>(1, size / 8)];
+  if (next < upper) {
+    upper = sample[size / 2];
   }
+  SetUpper(upper);
   DropCut();
   IndexAgain();
+}
+
+// The places of the index are in no order of the keys.
+std::vector<std::string_view> KeyWindow::SortedSample() const {
+  std::vector<std::string_view> sample;
+  sample.reserve(kMostSamples);
+  const size_t step = std::max<size_t>(1, m_index.Places() / kMostSamples);
+  for (size_t place = 0; place < m_index.Places() && sample.size() < kMostSamples;) {
+    const bool isFree = m_index.IsFree(place);
+    if (!isFree) {
+      sample.push_back(KeyAt(m_index.At(place)));
+    }
+    place += isFree ? 1 : step;
+  }
+  std::sort(sample.begin(), sample.end());
+  return sample;
 }
 
 // Moves the records that stay together.
@@ -178,7 +197,8 @@ void KeyWindow::DropCut() {
   m_count = 0;
   for (size_t offset = 0; offset < m_used;) {
     const Record record = ReadRecord(static_cast<uint32_t>(offset));
-    if (!record.dropped) {
+    const uint64_t prefix = SortPrefixOfPadded(record.key);
+    if (prefix < m_upperPrefix || (prefix == m_upperPrefix && record.key < m_upper)) {
       std::memmove(m_bytes.data() + kept, m_bytes.data() + offset, record.size);
       kept += record.size;
       ++m_count;
@@ -189,11 +209,11 @@ void KeyWindow::DropCut() {
 }
 
 void KeyWindow::IndexAgain() {
-  std::fill(m_slots.begin(), m_slots.end(), 0);
+  m_index.Clear();
   for (size_t offset = 0; offset < m_used;) {
     const Record record = ReadRecord(static_cast<uint32_t>(offset));
     const uint32_t hash = TextHash(record.key).Bits();
-    SetSlot(FindSlot(record.key, hash), hash, offset);
+    m_index.Set(m_index.FindFree(hash), hash, static_cast<uint32_t>(offset));
     offset += record.size;
   }
 }
@@ -215,21 +235,15 @@ bool KeyWindow::IsInFront(uint32_t a, uint32_t b, size_t shared) const {
   return leftPrefix != rightPrefix ? leftPrefix < rightPrefix : left < right;
 }
 
-// Makes a list of the records' offsets of the index.
-void KeyWindow::CollectOffsets() {
-  const auto end = std::remove(m_slots.begin(), m_slots.end(), 0U);
-  std::for_each(m_slots.begin(), end, [](uint32_t& offset) { --offset; });
-}
-
 void KeyWindow::Sort() {
   const size_t shared = SharedPrefix();
-  CollectOffsets();
-  std::sort(m_slots.begin(), m_slots.begin() + static_cast<ptrdiff_t>(m_count),
+  m_sorted = m_index.TakeNumbers();
+  std::sort(m_sorted.begin(), m_sorted.end(),
             [this, shared](uint32_t a, uint32_t b) { return IsInFront(a, b, shared); });
 }
 
 KeyWindow::Item KeyWindow::At(size_t index) const {
-  const uint32_t offset = m_slots[index];
+  const uint32_t offset = m_sorted[index];
   const uint32_t value = ReadValue(m_bytes.data() + offset);
   const uint32_t count = m_rule == Rule::kOnce ? value & ~kNewMark : value;
   return {KeyAt(offset), static_cast<int32_t>(count)};

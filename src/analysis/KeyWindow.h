@@ -2,19 +2,22 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "analysis/SortPrefix.h"
+#include "analysis/TagIndex.h"
+#include "analysis/TextHash.h"
 
 namespace postmarker {
 
 // Takes everything that is counted for a map and keeps as much as its memory allows: the smallest
 // keys behind a lower bound, with their whole counts. Whoever counts everything again for each
 // window, and moves the bound on behind the last key of the window before, sees the whole map in
-// its order. At least half of the memory is filled in each pass, so the number of passes is the
-// size of the map through that of the window. One thread at a time.
+// its order. About half of the memory or more is filled in each pass, so the number of passes
+// is the size of the map through that of the window. One thread at a time.
 class KeyWindow {
  public:
   // How a count follows from what is added with Add.
@@ -44,14 +47,15 @@ class KeyWindow {
   // Counts a key, which is not empty.
   void Add(std::string_view key, int32_t count) {
     if (Holds(key)) {
-      AddHeld(key, count, m_rule == Rule::kOnce);
+      AddHeld(key, TextHash(key), count, m_rule == Rule::kOnce);
     }
   }
 
-  // Adds to the count of a key, whatever the rule. REQUIRES: `weight` is a multiple of 4.
-  void AddWeight(std::string_view key, int32_t weight) {
+  // Adds to the count of a key, whatever the rule. REQUIRES: `hash` is the key's, and `weight` a
+  // multiple of 4.
+  void AddWeight(std::string_view key, TextHash hash, int32_t weight) {
     if (Holds(key)) {
-      AddHeld(key, weight, false);
+      AddHeld(key, hash, weight, false);
     }
   }
 
@@ -60,6 +64,18 @@ class KeyWindow {
     return (!m_hasUpper || prefix < m_upper) &&
            (std::string_view(m_lower).substr(0, prefix.size()) <= prefix);
   }
+
+  // What may stand behind `prefix` in a key of the stretch, told by the SortPrefix of that rest:
+  // from `low` to `high`. Another rest may still not belong, as may one within. None does where
+  // `low` is above `high`. Valid while Bounds() stays the same.
+  struct RestRange {
+    uint64_t low = 0;
+    uint64_t high = ~uint64_t{0};
+  };
+  [[nodiscard]] RestRange RestsBehind(std::string_view prefix) const;
+
+  // Another number each time that the stretch begins anew or ends earlier.
+  [[nodiscard]] uint32_t Bounds() const { return m_bounds; }
 
   // Counts a key if it has not come so far.
   void AddMissing(std::string_view key, int32_t count);
@@ -92,13 +108,13 @@ class KeyWindow {
     return m_lowerBelongs ? key >= m_lower : key > m_lower;
   }
 
-  void AddHeld(std::string_view key, int32_t count, bool once);
+  void AddHeld(std::string_view key, TextHash textHash, int32_t count, bool once);
   void Begin(std::string_view lower, bool lowerBelongs);
   [[nodiscard]] Record ReadRecord(uint32_t offset) const;
   [[nodiscard]] std::string_view KeyAt(uint32_t offset) const {
     const char* const length = m_bytes.data() + offset + sizeof(uint32_t);
     if (static_cast<unsigned char>(*length) < 0x80) {
-      return {length + 1, static_cast<size_t>(static_cast<unsigned char>(*length)) >> 1};
+      return {length + 1, static_cast<size_t>(static_cast<unsigned char>(*length))};
     }
     return LongKeyAt(offset);
   }
@@ -106,14 +122,15 @@ class KeyWindow {
   [[nodiscard]] bool IsInFront(uint32_t a, uint32_t b, size_t shared) const;
   [[nodiscard]] size_t SharedPrefix() const;
   void MakeIndex();
-  [[nodiscard]] size_t FindSlot(std::string_view key, uint32_t hash) const;
-  void SetSlot(size_t slot, uint32_t hash, size_t offset);
-  void Append(std::string_view key, uint32_t hash, uint32_t value);
-  void MakeRoom(size_t recordSize);
-  void Cut();
+  [[nodiscard]] size_t Find(std::string_view key, uint32_t hash) const {
+    return m_index.Find(hash, [&](uint32_t offset) { return KeyAt(offset) == key; });
+  }
+  void Append(std::string_view key, uint32_t hash, size_t place, uint32_t value);
+  bool MakeRoom(size_t recordSize, std::string_view key);
+  void Cut(std::string_view next);
+  [[nodiscard]] std::vector<std::string_view> SortedSample() const;
   void DropCut();
   void IndexAgain();
-  void CollectOffsets();
   void SetUpper(std::string_view upper);
 
   Rule m_rule;
@@ -125,10 +142,11 @@ class KeyWindow {
   bool m_lowerBelongs = false;
   bool m_hasUpper = false;
   bool m_markNew = false;
-  std::vector<uint32_t> m_slots;  // offsets plus 1; once sorted, offsets in order
-  std::vector<uint8_t> m_tags;    // a byte of the hash for each slot
-  std::vector<char> m_bytes;      // records
-  size_t m_used = 0;              // of m_bytes
+  uint32_t m_bounds = 0;
+  TagIndex m_index;              // of offsets
+  std::span<uint32_t> m_sorted;  // offsets in the order of the keys, once they are sorted
+  std::vector<char> m_bytes;     // records
+  size_t m_used = 0;             // of m_bytes
   size_t m_count = 0;
 };
 

@@ -76,8 +76,9 @@ TEST(KeyWindow, CountsOnceButAddsWeights) {
   }
   const auto feed = [&](KeyWindow* window) {
     for (size_t i = 1; i < keys.size(); ++i) {
-      window->AddWeight(keys[i - 1] + keys[i], 4);
-      window->AddWeight(keys[i], 16);
+      const std::string both = keys[i - 1] + keys[i];
+      window->AddWeight(both, TextHash(both), 4);
+      window->AddWeight(keys[i], TextHash(keys[i]), 16);
     }
     window->BeginNew();
     for (const std::string& key : keys) {
@@ -88,6 +89,42 @@ TEST(KeyWindow, CountsOnceButAddsWeights) {
     size_t windows = 0;
     EXPECT_EQ(ReadAll(KeyWindow::Rule::kOnce, memory, feed, &windows), expected) << memory;
   }
+}
+
+TEST(KeyWindow, KeysInTheirOrderFillIt) {
+  constexpr int kKeys = 20000;
+  constexpr size_t kMemory = 50000;
+  const auto feed = [&](KeyWindow* window) {
+    for (int i = 0; i < kKeys; ++i) {
+      window->Add(std::to_string(100000 + i), 1);
+    }
+  };
+  size_t windows = 0;
+  EXPECT_EQ(ReadAll(KeyWindow::Rule::kSum, kMemory, feed, &windows).size(), size_t{kKeys});
+  // The index has 5 bytes for a place, in a third of the memory, and a quarter of it stays free.
+  constexpr size_t kMostKeys = kMemory / 3 / 5 * 3 / 4;
+  EXPECT_LE(windows, kKeys * 8 / 7 / kMostKeys + 1);
+}
+
+TEST(KeyWindow, TellsWhatMayStandBehindAPrefix) {
+  KeyWindow window(KeyWindow::Rule::kSum, 1000);
+  const auto rests = [&](std::string_view prefix) {
+    const KeyWindow::RestRange range = window.RestsBehind(prefix);
+    return std::pair(range.low, range.high);
+  };
+  const std::pair<uint64_t, uint64_t> all(0, ~uint64_t{0});
+  window.BeginBehind({});
+  EXPECT_EQ(rests("any"), all);
+  const uint32_t bounds = window.Bounds();
+  window.BeginAt("p*key");
+  EXPECT_NE(window.Bounds(), bounds);
+  EXPECT_EQ(rests("p*"), std::pair(SortPrefix("key"), SortPrefix(std::string_view("key\0", 4))));
+  EXPECT_EQ(rests(""), std::pair(SortPrefix("p*key"), SortPrefix("p*key")));
+  EXPECT_GT(rests("a*").first, rests("a*").second);
+  EXPECT_GT(rests("q*").first, rests("q*").second);
+  window.BeginBehind("p*key");
+  EXPECT_EQ(rests("q*"), all);
+  EXPECT_EQ(rests("p*"), std::pair(SortPrefix("key"), ~uint64_t{0}));
 }
 
 TEST(KeyWindow, AMissingKeyIsCountedOnlyWhereItHasNotCome) {

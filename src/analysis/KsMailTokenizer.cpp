@@ -15,6 +15,7 @@ KsMailTokenizer::KsMailTokenizer() {
   for (WordList* const list : AllLists()) {
     list->ChargeTo(&m_budget);
   }
+  m_budget.SetRelief([this] { SpareMemory(); });
 }
 
 KsMailTokenizer::~KsMailTokenizer() = default;

@@ -157,6 +157,7 @@ class KsMailTokenizer : public KsMailHeaderParser {
   void CountHeaders(const Sources& sources);
   void CountParts(TextStats* stats);
   void CountSequences();
+  void SpareMemory();
   void ReadFeaturesThrough();
   [[nodiscard]] int32_t FirstPartNewTokens();
   [[nodiscard]] size_t WindowMemory() const;
@@ -201,7 +202,8 @@ class KsMailTokenizer : public KsMailHeaderParser {
   int32_t m_hashBufferUsed = 0;
   HtmlToText m_htmlToText = nullptr;
   PdfHelper* m_pdfHelper = nullptr;
-  HeaderLog m_headerSources;  // headers whose tokens are counted later
+  HeaderLog m_headerSources;    // headers whose tokens are counted later
+  size_t m_headersCounted = 0;  // of them
   std::vector<HelperText> m_htmlTexts;
   std::vector<std::string> m_pdfTexts;
   bool m_pdfFailed = false;

@@ -2,30 +2,73 @@
 
 #include <utility>
 
+#include "analysis/SortPrefix.h"
 #include "analysis/TokenCountMap.h"
 
 namespace postmarker {
+namespace {
 
-SequenceSink::SequenceSink(KeyWindow* window, std::string_view prefix)
-    : m_window(window), m_prefix(prefix) {}
-
-void SequenceSink::Take(std::string_view word) {
-  const bool counts = m_window->MayHold(m_prefix);
-  if (counts && !m_second.empty()) {
-    Count(m_second, word, {}, kPairWeight);
-  }
-  if (counts && !m_first.empty()) {
-    Count(m_first, word, {}, kPairWeight);
-    Count(m_first, m_second, word, kTripleWeight);
-  }
-  std::swap(m_first, m_second);
-  m_second.assign(word);
+// The SortPrefix of a text of `length` bytes that begins with `first`, and what begins with
+// `second` behind it.
+uint64_t StartOfBoth(uint64_t first, size_t length, uint64_t second) {
+  return length >= sizeof(first) ? first : first | second >> (8 * length);
 }
 
-void SequenceSink::Count(std::string_view first, std::string_view second, std::string_view third,
-                         int32_t weight) {
-  m_key.assign(m_prefix).append(first).append(second).append(third);
-  m_window->AddWeight(m_key, weight);
+}  // namespace
+
+SequenceSink::SequenceSink(KeyWindow* window, std::string_view prefix)
+    : m_window(window),
+      m_prefix(prefix),
+      m_prefixHash(prefix),
+      m_range(window->RestsBehind(prefix)),
+      m_bounds(window->Bounds()) {}
+
+void SequenceSink::Take(std::string_view word) {
+  if (m_bounds != m_window->Bounds()) {
+    m_range = m_window->RestsBehind(m_prefix);
+    m_bounds = m_window->Bounds();
+  }
+  std::swap(m_first, m_second);
+  std::swap(m_second, m_third);
+  m_third.text.assign(word);
+  m_third.start = SortPrefix(word);
+  m_third.hash = TextHash(word);
+  if (!m_second.text.empty()) {
+    CountPair(m_second, m_third);
+  }
+  if (!m_first.text.empty()) {
+    CountPair(m_first, m_third);
+    CountTriple();
+  }
+}
+
+void SequenceSink::CountPair(const Word& first, const Word& second) {
+  if (MayCount(StartOfBoth(first.start, first.text.size(), second.start))) {
+    BeginKey(first);
+    ContinueKey(second);
+    m_window->AddWeight(m_key, m_keyHash, kPairWeight);
+  }
+}
+
+void SequenceSink::CountTriple() {
+  const uint64_t tail = StartOfBoth(m_second.start, m_second.text.size(), m_third.start);
+  if (MayCount(StartOfBoth(m_first.start, m_first.text.size(), tail))) {
+    BeginKey(m_first);
+    ContinueKey(m_second);
+    ContinueKey(m_third);
+    m_window->AddWeight(m_key, m_keyHash, kTripleWeight);
+  }
+}
+
+void SequenceSink::BeginKey(const Word& word) {
+  m_key.assign(m_prefix);
+  m_keyHash = m_prefixHash;
+  ContinueKey(word);
+}
+
+void SequenceSink::ContinueKey(const Word& word) {
+  m_key.append(word.text);
+  m_keyHash = m_keyHash.Joined(word.hash, word.text.size());
 }
 
 }  // namespace postmarker

@@ -6,6 +6,7 @@
 #include <numeric>
 #include <utility>
 
+#include "analysis/SequenceEstimate.h"
 #include "analysis/SortPrefix.h"
 
 namespace postmarker {
@@ -17,6 +18,11 @@ constexpr size_t kMostKeptSlots =
 constexpr size_t kLeastWindow = 1024;
 constexpr size_t kMostKeptBlocks = 16;   // of entries, by Clear
 constexpr size_t kMostReserved = 16384;  // words for which room is made beforehand
+
+// A tight index stays quick while an eighth of it is free.
+size_t TightPlaces(size_t entries) {
+  return entries + entries / 7 + 1;
+}
 
 uint32_t GappedShape(uint32_t gapped, size_t head, size_t gap, size_t tail) {
   return gapped | static_cast<uint32_t>(head << 16 | gap << 8 | tail);
@@ -80,7 +86,7 @@ TokenCountMap::Iterator::Iterator(const TokenCountMap* map) : m_map(map) {
     return;
   }
   m_size = map->m_entries.Size();
-  if (m_size <= kMostPlaces) {
+  if (m_size <= kMostPlaces && !map->m_isTight) {
     SortPlaces();
   } else {
     SortNumbers();
@@ -175,9 +181,15 @@ bool TokenCountMap::Matches(const Entry& entry, const Wanted& wanted) const {
          key.ends_with(wanted.tail);
 }
 
-// The entry of a key. Where it is missing, null, and *freeSlot is where it belongs in the index.
+// The entry of a key. Where it is missing, null, and *freeSlot is where it belongs in the index, if
+// that is not tight.
 TokenCountMap::Entry* TokenCountMap::FindEntry(const Wanted& wanted, size_t* freeSlot) {
   *freeSlot = 0;
+  if (!m_tight.Empty()) {
+    const size_t place = m_tight.Find(
+        wanted.hash, [&](uint32_t number) { return Matches(m_entries[number], wanted); });
+    return m_tight.IsFree(place) ? nullptr : &m_entries[m_tight.At(place)];
+  }
   if (m_slots.empty()) {
     for (size_t i = 0; i < m_entries.Size(); ++i) {
       if (Matches(m_entries[i], wanted)) {
@@ -207,7 +219,14 @@ const TokenCountMap::Entry* TokenCountMap::Find(std::string_view key) const {
 
 // Few entries have no index, so the first one is made from their keys.
 void TokenCountMap::Rehash(size_t slotCount) {
-  Charge(slotCount * sizeof(Slot));  // the old ones are still there
+  const size_t memory = slotCount * sizeof(Slot);
+  if (m_budget != nullptr && !m_budget->HasRoom(memory)) {
+    m_budget->Relieve();
+    if (m_isTight) {
+      return;
+    }
+  }
+  Charge(memory);  // the old ones are still there
   std::vector<Slot> slots(slotCount);
   const size_t mask = slotCount - 1;
   const auto put = [&](const Slot& old) {
@@ -233,8 +252,64 @@ void TokenCountMap::Rehash(size_t slotCount) {
   ChargeHeld();
 }
 
+void TokenCountMap::Tighten() {
+  const size_t entries = m_entries.Size();
+  if (m_slots.size() > kMostKeptSlots) {
+    Tighten(entries * 2);
+  } else if (m_tight.Places() > TightPlaces(entries + entries / 8 + kFewEntries)) {
+    MakeTightIndex(entries);
+  }
+}
+
+void TokenCountMap::Tighten(size_t entries) {
+  m_isTight = true;
+  m_slots = std::vector<Slot>();
+  MakeTightIndex(entries);
+}
+
+// Makes the index anew from the keys, for so many entries if there is room for them. The old one is
+// given back before.
+void TokenCountMap::MakeTightIndex(size_t entries) {
+  m_tight.Reset(0);
+  ChargeHeld();
+  const size_t places = TightPlaces(std::clamp(entries, m_entries.Size() + 1, MostEntries()));
+  Charge(places * TagIndex::kBytesPerPlace);
+  m_tight.Reset(places);
+  char buffer[kLongestGapped];
+  for (size_t i = 0; i < m_entries.Size(); ++i) {
+    const uint32_t hash = TextHash(KeyOf(m_entries[i], buffer)).Bits();
+    m_tight.Set(m_tight.FindFree(hash), hash, static_cast<uint32_t>(i));
+  }
+}
+
+// How many entries there may be when what is left of the budget is spent on entries without texts
+// of their own, and an index of just the right size.
+size_t TokenCountMap::MostEntries() const {
+  const size_t entries = m_entries.Size();
+  if (m_budget == nullptr) {
+    return SIZE_MAX;
+  }
+  const size_t indexed = TightPlaces(entries) * TagIndex::kBytesPerPlace;
+  const size_t room = m_budget->Room();
+  const size_t least = entries + entries / 16 + kFewEntries;
+  return room < indexed ? least : std::max(least, entries + (room - indexed) / kTightEntry);
+}
+
+// Puts the last entry into the index.
+void TokenCountMap::PutTight(uint32_t hash) {
+  const size_t entries = m_entries.Size();
+  if (TightPlaces(entries) > m_tight.Places()) {
+    MakeTightIndex(entries * 2);
+  } else {
+    m_tight.Set(m_tight.FindFree(hash), hash, static_cast<uint32_t>(entries - 1));
+  }
+}
+
 // Makes the index large enough for so many entries.
 void TokenCountMap::Reserve(size_t entries) {
+  if (m_isTight) {
+    return;
+  }
   size_t slots = std::max(kFirstSlots, m_slots.size());
   while (entries * 4 > slots * 3) {
     slots *= slots < kMostKeptSlots ? 4 : 2;
@@ -247,7 +322,9 @@ void TokenCountMap::Reserve(size_t entries) {
 void TokenCountMap::Insert(const Entry& entry, uint32_t hash, size_t freeSlot) {
   const size_t entries = m_entries.Size() + 1;
   AddEntry(entry);
-  if (entries * 4 <= m_slots.size() * 3) {
+  if (m_isTight) {
+    PutTight(hash);
+  } else if (entries * 4 <= m_slots.size() * 3) {
     m_slots[freeSlot] = {static_cast<uint32_t>(entries), hash};
   } else if (entries > kFewEntries) {
     InsertAndGrow(hash);
@@ -259,7 +336,7 @@ void TokenCountMap::InsertAndGrow(uint32_t hash) {
   const auto number = static_cast<uint32_t>(m_entries.Size());
   const bool fromKeys = m_slots.empty();
   Reserve(number);
-  if (fromKeys) {
+  if (fromKeys || m_isTight) {
     return;
   }
   const size_t mask = m_slots.size() - 1;
@@ -286,14 +363,16 @@ void TokenCountMap::Charge(size_t bytes) {
 }
 
 // Walking the map takes memory too; it is charged with the entries.
-size_t TokenCountMap::BlocksMemory(size_t blocks) {
+size_t TokenCountMap::BlocksMemory(size_t blocks) const {
   const size_t entries = blocks * EntryList::kBlock;
+  const size_t places = m_isTight ? 0 : std::min(entries, kMostPlaces);
   return entries * (sizeof(Entry) + sizeof(uint32_t)) +
-         std::min(entries, kMostPlaces) * (sizeof(Iterator::Place) - sizeof(uint32_t));
+         places * (sizeof(Iterator::Place) - sizeof(uint32_t));
 }
 
 size_t TokenCountMap::HeldMemory() const {
-  return BlocksMemory(m_entries.Blocks()) + m_slots.capacity() * sizeof(Slot) + m_pool.Reserved();
+  return BlocksMemory(m_entries.Blocks()) + m_slots.capacity() * sizeof(Slot) +
+         m_tight.Places() * TagIndex::kBytesPerPlace + m_pool.Reserved();
 }
 
 void TokenCountMap::ChargeHeld() {
@@ -362,7 +441,22 @@ void TokenCountMap::AddPooled(const Wanted& wanted, const Entry& entry) {
   }
 }
 
+// Counting that would be given up in the end is not begun.
+void TokenCountMap::CheckSequencesFit(const WordList& words) const {
+  const size_t most = 3 * words.Size();
+  if (m_budget == nullptr || most <= m_budget->Room() / kTightEntry) {
+    return;
+  }
+  const size_t index = HeldMemory() - m_pool.Reserved();
+  const size_t tight = std::min(index, m_entries.Size() * kTightEntry);
+  const size_t room = (m_budget->Room() + index - tight) / kTightEntry;
+  if (EstimateSequences(words) > room + room / 16) {
+    throw MemoryBudget::Exceeded();
+  }
+}
+
 void TokenCountMap::AddPlainSequences(const WordList& words) {
+  CheckSequencesFit(words);
   // Most sequences are new.
   Reserve(m_entries.Size() + 3 * std::min(words.Size(), kMostReserved));
   SequenceBlock block(&m_pool, words);
@@ -473,6 +567,8 @@ void TokenCountMap::Clear() {
   if (m_slots.size() > kMostKeptSlots) {
     m_slots = std::vector<Slot>();
   }
+  m_isTight = false;
+  m_tight.Reset(0);
   std::fill(m_slots.begin(), m_slots.end(), Slot{0, 0});
   m_pool.Clear();
   ChargeHeld();
@@ -486,6 +582,8 @@ void TokenCountMap::Drop() {
 void TokenCountMap::ReadThrough(Recount recount, KeyWindow::Rule rule, size_t memory) {
   m_entries.Clear(0);
   m_slots = std::vector<Slot>();
+  m_isTight = false;
+  m_tight.Reset(0);
   m_pool = TextPool();
   ChargeHeld();
   m_diverted = true;

@@ -11,6 +11,7 @@
 
 #include "analysis/KeyWindow.h"
 #include "analysis/MemoryBudget.h"
+#include "analysis/TagIndex.h"
 #include "analysis/TextHash.h"
 #include "analysis/TextPool.h"
 #include "analysis/WordList.h"
@@ -119,6 +120,11 @@ class TokenCountMap {
   // The map is empty and holds its own keys.
   void Clear();
 
+  // From now on the map finds its keys through an index that takes a third of the memory, and twice
+  // the time when it grows. Small maps stay as they are. It does so by itself where its budget does
+  // not allow more.
+  void Tighten();
+
   // The map holds nothing any more: whoever reads it has everything counted anew, and what is added
   // is passed over. Reading it takes about `memory` bytes. REQUIRES: `recount` lives as long as the
   // map is read.
@@ -205,6 +211,10 @@ class TokenCountMap {
   static constexpr size_t kMostPlaces = 32768;
   static constexpr size_t kFewEntries = 8;  // up to so many are found by walking them
 
+  // What an entry without a text of its own takes, with its place in a tight index, and in a walk.
+  static constexpr size_t kTightEntry =
+      sizeof(Entry) + TagIndex::kBytesPerPlace * 8 / 7 + 1 + sizeof(uint32_t);
+
   struct SequenceWord;
   class SequenceBlock;
 
@@ -217,7 +227,12 @@ class TokenCountMap {
   void InsertAndGrow(uint32_t hash);
   void Reserve(size_t entries);
   void Rehash(size_t slotCount);
+  void Tighten(size_t entries);
+  void MakeTightIndex(size_t entries);
+  [[nodiscard]] size_t MostEntries() const;
+  void PutTight(uint32_t hash);
   void AddPooled(const Wanted& wanted, const Entry& entry);
+  void CheckSequencesFit(const WordList& words) const;
   void AddPlainSequences(const WordList& words);
   void AddPrefixedSequences(const WordList& words, std::string_view prefix);
   [[nodiscard]] size_t CountKeys() const;
@@ -225,10 +240,12 @@ class TokenCountMap {
   void Charge(size_t bytes);
   void ChargeHeld();
   [[nodiscard]] size_t HeldMemory() const;
-  [[nodiscard]] static size_t BlocksMemory(size_t blocks);
+  [[nodiscard]] size_t BlocksMemory(size_t blocks) const;
 
   EntryList m_entries;
   std::vector<Slot> m_slots;  // a power of two, empty while there are few entries
+  bool m_isTight = false;
+  TagIndex m_tight;  // takes their place where there is no room for them
   TextPool m_pool;
   MemoryBudget* m_budget = nullptr;
   size_t m_charged = 0;

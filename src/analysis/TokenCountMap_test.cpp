@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "support/HostileMail.h"
+
 namespace postmarker {
 namespace {
 
@@ -164,6 +166,62 @@ TEST(TokenCountMap, ChargesWhatItTakesAndRefundsIt) {
   }
   budget.Charge(500000);
   EXPECT_THROW(budget.Charge(1), MemoryBudget::Exceeded);
+}
+
+// Counts words, their sequences and the words again, as much as a budget allows. False where that
+// is too little; all that was counted must be found and walked otherwise.
+bool CountsWithin(size_t limit, bool tightens) {
+  WordList words;
+  const std::string text = test::ManyWords(4, 40000);
+  for (size_t at = 0; at + 4 <= text.size(); at += 5) {
+    words.Append(std::string_view(text).substr(at, 4));
+  }
+  MemoryBudget budget;
+  budget.SetLimit(limit);
+  TokenCountMap map;
+  map.ChargeTo(&budget);
+  if (tightens) {
+    budget.SetRelief([&] { map.Tighten(); });
+  }
+  try {
+    for (int round = 0; round < 2; ++round) {
+      for (const std::string_view word : words) {
+        map.Add(word, 1);
+      }
+      map.AddWordSequences(words);
+    }
+  } catch (const MemoryBudget::Exceeded&) {
+    return false;
+  }
+  TokenCountMap expected;
+  for (const std::string_view word : words) {
+    expected.Add(word, 2);
+  }
+  for (int round = 0; round < 2; ++round) {
+    expected.AddWordSequences(words);
+  }
+  EXPECT_EQ(Content(map), Content(expected));
+  for (const auto& [key, count] : expected) {
+    EXPECT_EQ(map.Count(key), count);
+  }
+  EXPECT_FALSE(map.Contains("none"));
+  map.Clear();
+  map.Add("a", 1);
+  EXPECT_EQ(Content(map), (Model{{"a", 1}}));
+  return true;
+}
+
+TEST(TokenCountMap, HoldsHalfAsMuchAgainWhereMemoryIsShort) {
+  const auto least = [](bool tightens) {
+    size_t limit = 200000;
+    while (!CountsWithin(limit, tightens)) {
+      limit += 40000;
+    }
+    return limit;
+  };
+  const size_t tight = least(true);
+  EXPECT_LT(tight * 3, least(false) * 2) << tight;
+  EXPECT_GT(tight, 600000U);
 }
 
 TEST(TokenCountMap, ReadsThroughWhatItDoesNotHold) {

@@ -60,15 +60,21 @@ void KsMailTokenizer::CollectFeatures() {
   // A message that is too much even so costs its features, and those gathered so far stay.
   try {
     m_headerSources.Sort();
+    bool hasStats = false;
     try {
       m_budget.SetLimit(FeatureMemory());
       CountEverything(Sources(), &m_stats);
+      hasStats = true;
       CountSequences();
       m_headerSources.Clear();
       ForgetHelperTexts();
     } catch (const MemoryBudget::Exceeded&) {
-      m_stats = before;
       ReadFeaturesThrough();
+      if (!hasStats) {
+        m_stats = before;
+        CountParts(&m_stats);
+        m_firstPartPending = true;
+      }
     }
   } catch (...) {
     m_localTokens.Clear();
@@ -134,7 +140,9 @@ void KsMailTokenizer::CountHeaders(const Sources& sources) {
   if (!sources.subjects && !sources.senders) {
     return;
   }
+  m_headersCounted = 0;
   m_headerSources.ForEach([&](std::string_view key, std::string_view value) {
+    ++m_headersCounted;
     if (IsSubjectHeader(key)) {
       if (sources.subjects) {
         CollectSubjectTokens(key, value);
@@ -143,6 +151,17 @@ void KsMailTokenizer::CountHeaders(const Sources& sources) {
       CollectSenderTokens(key, SenderLabel(key).value_or(std::string_view()), value);
     }
   });
+}
+
+// Called where the tables outgrow their memory. If the headers that are left would need too much
+// even so, going on is in vain.
+void KsMailTokenizer::SpareMemory() {
+  for (TokenCountMap* const map : AllMaps()) {
+    map->Tighten();
+  }
+  if (!m_budget.LastsFor(m_headerSources.Count(), m_headersCounted)) {
+    throw MemoryBudget::Exceeded();
+  }
 }
 
 void KsMailTokenizer::CollectSubjectTokens(std::string_view key, std::string_view value) {

@@ -66,8 +66,6 @@ void KsMailTokenizer::ReadFeaturesThrough() {
   for (WordList* const list : AllLists()) {
     list->ReadThrough([this, list](WordSink* sink) { RunWordPass(list, sink); }, memory);
   }
-  CountParts(&m_stats);
-  m_firstPartPending = true;
 }
 
 // What need not be read for a map or list is left out.

@@ -110,6 +110,25 @@ TEST(TokenizerPasses, LittleMemoryGivesTheSameFeaturesOfHostileMessages) {
   }
 }
 
+// From what holds next to nothing to what holds all: tables, tighter ones, and windows.
+TEST(TokenizerPasses, AnyMemoryGivesTheSameFeatures) {
+  const std::string text =
+      "\r\nA: b\r\n\r\n" + test::ManyWords(4, 30000) + test::Repeated("%d@b%d.de ", 10000);
+  const std::string names = test::HeadersOfWords("from:", 2, "<x>", 20000);
+  for (const std::string& message : {"Subject: x" + text, names + text}) {
+    Bounded plenty(kPlenty);
+    plenty.Parse(message.data(), static_cast<uint32_t>(message.size()), nullptr, nullptr);
+    bool held = false;
+    for (size_t memory = 100000; !held; memory += memory / 4) {
+      Bounded bounded(memory);
+      bounded.Parse(message.data(), static_cast<uint32_t>(message.size()), nullptr, nullptr);
+      SCOPED_TRACE(memory);
+      ExpectSame(&plenty, &bounded);
+      held = bounded.Tokens().Held() != 0;
+    }
+  }
+}
+
 TEST(TokenizerPasses, AnObjectForgetsThatTheLastMessageWasTooMuch) {
   Bounded little(30000);
   const std::string large = "A: b\r\n\r\n" + test::ManyWords(5, 20000);
