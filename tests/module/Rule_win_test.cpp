@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "module/ModuleFixture_win.h"
+#include "wizard/ClientGrid_win.h"
 #include "wizard/WindowHook_win.h"
 
 namespace postmarker::test {
@@ -62,18 +64,30 @@ TEST(WindowHookFile, EntryPointsAreTakenByNameAndAMissingOneStaysNull) {
 }
 
 // A suite in a folder of the test's own, with the module, its texts and the window hook module.
-TEST_F(RuleTest, ModuleHooksTheSheetThroughTheSuitesWindowHookModule) {
-  const TempFolder root;
-  const auto copy = [&root](const std::wstring& from, const char* folder, const char* name) {
-    std::filesystem::create_directories(root.Path() / folder);
-    std::filesystem::copy_file(from, root.Path() / folder / name);
-  };
-  copy(StageFolder() + L"\\Spamfilter\\Postmarker.dll", "Spamfilter", "Postmarker.dll");
-  copy(StageFolder() + L"\\res\\en\\PostmarkerRes.dll", "res/en", "PostmarkerRes.dll");
-  copy(SuiteFolder() + L"\\peers\\suite\\WndShim.dll", ".", "WndShim.dll");
-  m_module = std::make_unique<Module>(TempFolder::Wide(root.Path()));
+class WindowHookTest : public RuleTest {
+ protected:
+  WindowHookTest() {
+    Copy(StageFolder() + L"\\Spamfilter\\Postmarker.dll", "Spamfilter", "Postmarker.dll");
+    Copy(StageFolder() + L"\\res\\en\\PostmarkerRes.dll", "res/en", "PostmarkerRes.dll");
+    Copy(SuiteFolder() + L"\\peers\\suite\\WndShim.dll", ".", "WndShim.dll");
+    m_module = std::make_unique<Module>(TempFolder::Wide(m_root.Path()));
+    m_request.useWindowHook = 1;
+  }
+
+  // The module is unloaded before its file goes.
+  ~WindowHookTest() override { Unload(); }
+
+ private:
+  void Copy(const std::wstring& from, const char* folder, const char* name) {
+    std::filesystem::create_directories(m_root.Path() / folder);
+    std::filesystem::copy_file(from, m_root.Path() / folder / name);
+  }
+
+  TempFolder m_root;
+};
+
+TEST_F(WindowHookTest, ModuleHooksTheSheetThroughTheSuitesWindowHookModule) {
   ASSERT_TRUE(m_module->IsLoaded());
-  m_request.useWindowHook = 1;
   {
     WizardSession session(Show(), &m_request);
     session.WaitForPage(Page::kWelcome);
@@ -89,6 +103,48 @@ TEST_F(RuleTest, ModuleHooksTheSheetThroughTheSuitesWindowHookModule) {
   EXPECT_EQ(calls(2), 1);
   Unload();
   EXPECT_EQ(::GetModuleHandleW(L"WndShim.dll"), nullptr);
+}
+
+// How many pixels of a colour a window shows.
+size_t PixelsOf(HWND window, uint32_t color) {
+  RECT client = {};
+  ::GetClientRect(window, &client);
+  BITMAPINFO info = {};
+  info.bmiHeader = {
+      sizeof(info.bmiHeader), client.right, client.bottom, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+  void* bits = nullptr;
+  const HDC dc = ::GetDC(window);
+  const HDC memory = ::CreateCompatibleDC(dc);
+  const HBITMAP bitmap = ::CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+  const HGDIOBJ before = ::SelectObject(memory, bitmap);
+  ::BitBlt(memory, 0, 0, client.right, client.bottom, dc, 0, 0, SRCCOPY);
+  ::GdiFlush();
+  const auto* const pixels = static_cast<const uint32_t*>(bits);
+  const auto size = static_cast<ptrdiff_t>(client.right) * client.bottom;
+  const auto found = std::count_if(pixels, pixels + size,
+                                   [color](uint32_t pixel) { return (pixel & 0xFFFFFF) == color; });
+  ::SelectObject(memory, before);
+  ::DeleteObject(bitmap);
+  ::DeleteDC(memory);
+  ::ReleaseDC(window, dc);
+  return static_cast<size_t>(found);
+}
+
+// The stand-in's sign is 4 by 4 pixels of a colour that nothing else has.
+TEST_F(WindowHookTest, ChosenClientHasTheSignOfTheSuitesSkin) {
+  constexpr uint32_t kSignColor = 0xFE01FD;
+  ASSERT_TRUE(m_module->IsLoaded());
+  m_request.clientName.clear();
+  WizardSession session(Show(), &m_request);
+  session.WaitForPage(Page::kWelcome);
+  session.ClickButton(kNextButton);
+  session.WaitForPage(Page::kClients);
+  const HWND grid = session.Control(kClientGrid);
+  EXPECT_EQ(PixelsOf(grid, kSignColor), 0U);
+  ClickTile(session, L"IncrediMail");
+  EXPECT_TRUE(WaitUntil([&] { return PixelsOf(grid, kSignColor) == 16; }));
+  session.ClickButton(IDCANCEL);
+  EXPECT_EQ(session.Result(), IDCANCEL);
 }
 
 }  // namespace
