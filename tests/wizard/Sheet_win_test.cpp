@@ -218,7 +218,7 @@ TEST_F(SheetTest, SheetsDestroyedWhileTheirWorkersReadLeaveNothingBehind) {
   EXPECT_LE(after.handles, before.handles + 2);
   EXPECT_LE(after.gdi, before.gdi + 2);
   EXPECT_LE(after.user, before.user + 2);
-  EXPECT_LE(after.memory, before.memory + 1024 * 1024);
+  EXPECT_LE(after.memory, before.memory + size_t{1024} * 1024);
 }
 
 // A host's way to do the same, with windows.
@@ -256,7 +256,7 @@ TEST_F(SheetTest, WizardsCancelledWhileReadingLeaveNothingBehind) {
   EXPECT_LE(after.handles, before.handles + 4);
   EXPECT_LE(after.gdi, before.gdi + 4);
   EXPECT_LE(after.user, before.user + 4);
-  EXPECT_LE(after.memory, before.memory + 2 * 1024 * 1024);
+  EXPECT_LE(after.memory, before.memory + size_t{2} * 1024 * 1024);
 }
 
 // The window hook module, stood in for by functions.
