@@ -35,6 +35,9 @@ struct Command {
   size_t fewest;           // texts
   size_t most;
   bool eachFile;  // texts are files; the command runs for each by itself
+  // An argument behind the name that looks like an option, and is none that all commands have, is a
+  // text. Such a command has no options of its own.
+  bool takesAnyText;
   std::span<const Option> options;
   // Does the work and, where `json` is not null, writes its document. False for arguments that make
   // no sense.

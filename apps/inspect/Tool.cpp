@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <optional>
+#include <string_view>
 
 #include "Commands.h"
 #include "NumberArgument.h"
@@ -12,6 +13,8 @@ namespace postmarker::inspect {
 namespace {
 
 constexpr int kWrongUsage = 2;
+constexpr std::string_view kQuiet = "--quiet";
+constexpr std::string_view kRepeat = "--repeat";
 
 struct Invocation {
   const Command* command = nullptr;
@@ -39,6 +42,22 @@ bool IsOption(std::string_view text) {
   return text.size() > 2 && text.starts_with("--");
 }
 
+const Command* FindCommand(std::string_view name) {
+  const auto commands = AllCommands();
+  const auto command = std::find_if(commands.begin(), commands.end(),
+                                    [name](const Command& known) { return known.name == name; });
+  return command == commands.end() ? nullptr : &*command;
+}
+
+// Texts of a person may begin as an option does.
+bool IsText(const std::string& argument, const std::vector<std::string>& texts) {
+  if (!IsOption(argument)) {
+    return true;
+  }
+  const Command* const command = texts.empty() ? nullptr : FindCommand(texts.front());
+  return command != nullptr && command->takesAnyText && argument != kQuiet && argument != kRepeat;
+}
+
 // The value that stands behind the option at arguments[*i]; nothing at the end.
 std::optional<std::string> NextValue(const std::vector<std::string>& arguments, size_t* i) {
   return *i + 1 < arguments.size() ? std::optional(arguments[++*i]) : std::nullopt;
@@ -46,11 +65,11 @@ std::optional<std::string> NextValue(const std::vector<std::string>& arguments, 
 
 bool ReadOption(const std::vector<std::string>& arguments, size_t* i, Invocation* invocation) {
   const std::string& name = arguments[*i];
-  if (name == "--quiet") {
+  if (name == kQuiet) {
     invocation->quiet = true;
     return true;
   }
-  if (name == "--repeat") {
+  if (name == kRepeat) {
     const std::optional<std::string> value = NextValue(arguments, i);
     return value && ReadNumber(*value, &invocation->repeat) && invocation->repeat > 0;
   }
@@ -85,23 +104,17 @@ bool ReadArguments(const std::vector<std::string>& arguments, Invocation* invoca
   std::vector<std::string>& texts = invocation->arguments.texts;
   bool valid = true;
   for (size_t i = 0; i < arguments.size(); ++i) {
-    if (IsOption(arguments[i])) {
-      valid = ReadOption(arguments, &i, invocation) && valid;
-    } else {
+    if (IsText(arguments[i], texts)) {
       texts.push_back(arguments[i]);
+    } else {
+      valid = ReadOption(arguments, &i, invocation) && valid;
     }
   }
-  if (texts.empty()) {
+  const Command* const command = texts.empty() ? nullptr : FindCommand(texts.front());
+  if (command == nullptr) {
     return false;
   }
-  const auto commands = AllCommands();
-  const auto command = std::find_if(commands.begin(), commands.end(), [&](const Command& known) {
-    return known.name == texts.front();
-  });
-  if (command == commands.end()) {
-    return false;
-  }
-  invocation->command = &*command;
+  invocation->command = command;
   texts.erase(texts.begin());
   return valid && texts.size() >= command->fewest && texts.size() <= command->most &&
          OptionsBelong(*invocation);

@@ -116,6 +116,16 @@ TEST(Tool, AFileThatCannotBeReadIsEmpty) {
   EXPECT_EQ(RunCaught({"message", "no such file"}).code, 0);
 }
 
+TEST(Tool, TextsMayBeginAsOptionsDo) {
+  const std::string plain = RunCaught({"pipe-folder", "x"}).documents;
+  const Outcome dashes = RunCaught({"pipe-folder", "--x"});
+  EXPECT_EQ(dashes.code, 0);
+  EXPECT_NE(dashes.documents, "");
+  EXPECT_EQ(RunCaught({"pipe-folder", "x", "--repeat", "2"}).documents, plain);
+  EXPECT_EQ(RunCaught({"pipe-folder", "--quiet", "--x"}).documents, "");
+  EXPECT_EQ(RunCaught({"--x", "pipe-folder"}).code, 2);
+}
+
 TEST(Tool, WrongUsageSaysTheUsage) {
   const std::vector<std::vector<std::string>> kWrong = {
       {},
