@@ -3,20 +3,40 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
-#include <type_traits>
 
 namespace postmarker {
 
-// Without a way out in its loop, so that the compiler looks at many characters at once.
-template <class Char>
-bool IsAscii(std::basic_string_view<Char> text) {
-  std::make_unsigned_t<Char> bits = 0;
-  for (const Char c : text) {
-    bits |= static_cast<std::make_unsigned_t<Char>>(c);
+// Both look at all characters, many at once, as a text that is not ASCII is rare.
+inline bool IsAscii(std::wstring_view text) {
+  char32_t bits = 0;
+  for (const wchar_t unit : text) {
+    bits |= static_cast<char32_t>(unit);
   }
   return bits < 0x80;
+}
+
+inline bool IsAscii(std::string_view text) {
+  constexpr size_t kWord = sizeof(uint64_t);
+  const auto wordAt = [text](size_t place) {
+    uint64_t word = 0;
+    std::memcpy(&word, text.data() + place, sizeof(word));
+    return word;
+  };
+  uint64_t bits = 0;
+  if (text.size() < kWord) {
+    std::copy(text.begin(), text.end(), reinterpret_cast<char*>(&bits));
+  } else {
+    for (size_t place = 0; place + kWord < text.size(); place += kWord) {
+      bits |= wordAt(place);
+    }
+    bits |= wordAt(text.size() - kWord);
+  }
+  return (bits & 0x8080808080808080) == 0;
 }
 
 // As long as `ascii` at `to`; gives the end.
