@@ -63,14 +63,16 @@ std::vector<SortKey> SortedKeys(std::span<const ImContainer> rows) {
   }
   std::vector<SortKey> spare(keys.size());
   SortByPrefix(std::span(keys), std::span(spare));
+  const auto isBefore = [rows](const SortKey& a, const SortKey& b) {
+    const int order = rows[a.row].ContainerID.compare(rows[b.row].ContainerID);
+    return order != 0 ? order < 0 : a.row < b.row;
+  };
   for (auto first = keys.begin(); first != keys.end();) {
     const auto last = std::find_if(
         first + 1, keys.end(), [first](const SortKey& key) { return key.prefix != first->prefix; });
-    if (last - first > 1) {
-      std::sort(first, last, [rows](const SortKey& a, const SortKey& b) {
-        const int order = rows[a.row].ContainerID.compare(rows[b.row].ContainerID);
-        return order != 0 ? order < 0 : a.row < b.row;
-      });
+    // Mostly a folder on its own, or one that came again and again.
+    if (!std::is_sorted(first, last, isBefore)) {
+      std::sort(first, last, isBefore);
     }
     first = last;
   }

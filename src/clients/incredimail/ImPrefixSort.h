@@ -11,31 +11,28 @@
 namespace postmarker {
 namespace detail {
 
-constexpr size_t kPrefixBytes = sizeof(uint64_t);
-
-// How often each byte stands at each place of the prefixes.
-using ByteCounts = std::array<std::array<uint32_t, 256>, kPrefixBytes>;
-
-inline uint8_t PrefixByte(uint64_t prefix, size_t place) {
-  return static_cast<uint8_t>(prefix >> (8 * place));
-}
-
+// Moves keys to another place, in the order of one byte of their prefixes; equal ones stay in
+// theirs.
 template <class Key>
-ByteCounts CountBytes(std::span<const Key> keys) {
-  ByteCounts counts = {};
-  for (const Key& key : keys) {
-    for (size_t place = 0; place < kPrefixBytes; ++place) {
-      ++counts[place][PrefixByte(key.prefix, place)];
-    }
+void MoveByByte(std::span<const Key> from, std::span<Key> to, int shift) {
+  std::array<uint32_t, 256> ends = {};
+  for (const Key& key : from) {
+    ++ends[key.prefix >> shift & 0xFF];
   }
-  return counts;
+  uint32_t begin = 0;
+  for (uint32_t& end : ends) {
+    begin += std::exchange(end, begin);
+  }
+  for (const Key& key : from) {
+    to[ends[key.prefix >> shift & 0xFF]++] = key;
+  }
 }
 
 }  // namespace detail
 
 // Sorts keys by their member `prefix`, a uint64_t; the order of equal ones is left open. `spare` is
-// room for at least as many keys. The time is linear, and places where all keys have one byte cost
-// nothing: texts that come together often begin alike.
+// room for at least as many keys. The time is linear, and bytes that are the same in all prefixes
+// cost nothing: texts that come together often begin alike.
 template <class Key>
 void SortByPrefix(std::span<Key> keys, std::span<Key> spare) {
   // So few that comparing them is faster.
@@ -45,22 +42,17 @@ void SortByPrefix(std::span<Key> keys, std::span<Key> spare) {
               [](const Key& a, const Key& b) { return a.prefix < b.prefix; });
     return;
   }
-  detail::ByteCounts counts = detail::CountBytes(std::span<const Key>(keys));
+  uint64_t differing = 0;
+  for (const Key& key : keys) {
+    differing |= key.prefix ^ keys[0].prefix;
+  }
   std::span<Key> from = keys;
   std::span<Key> to = spare.first(keys.size());
-  for (size_t place = 0; place < detail::kPrefixBytes; ++place) {
-    std::array<uint32_t, 256>& begins = counts[place];
-    if (begins[detail::PrefixByte(keys[0].prefix, place)] == keys.size()) {
-      continue;
+  for (int shift = 0; shift < 64; shift += 8) {
+    if ((differing >> shift & 0xFF) != 0) {
+      detail::MoveByByte(std::span<const Key>(from), to, shift);
+      std::swap(from, to);
     }
-    uint32_t begin = 0;
-    for (uint32_t& count : begins) {
-      begin += std::exchange(count, begin);
-    }
-    for (const Key& key : from) {
-      to[begins[detail::PrefixByte(key.prefix, place)]++] = key;
-    }
-    std::swap(from, to);
   }
   if (from.data() != keys.data()) {
     std::copy(from.begin(), from.end(), keys.begin());
