@@ -63,6 +63,10 @@ void ImAddressCollector::Add(std::wstring_view recipients) {
 }
 
 void ImAddressCollector::AddInLowerCase(std::wstring_view recipients) {
+  if (IsAscii(recipients)) {
+    AddAsciiInLowerCase(NarrowAscii(recipients));
+    return;
+  }
   if (IsNewList(NarrowUtf8(recipients))) {
     Add(ToLower(recipients));
   }
