@@ -31,6 +31,9 @@ class ImContainerRows {
   // A copy of the text, which lives as long as this object or what it is moved into.
   [[nodiscard]] std::wstring_view Keep(std::wstring_view text);
 
+  // The same of a text in ASCII, which is widened.
+  [[nodiscard]] std::wstring_view KeepAscii(std::string_view text);
+
   // The two texts with a backslash between them, kept likewise.
   [[nodiscard]] std::wstring_view KeepPath(std::wstring_view parent, std::wstring_view label);
 
@@ -90,16 +93,21 @@ class ImContainerMap {
  private:
   // Gives the position of each row.
   std::vector<uint32_t> SortById(std::span<const ImContainer> rows);
+  void ListPrefixes();
   void FindParents(std::span<const ImContainer> rows, std::span<const uint32_t> positionOfRow);
   void GroupByParent();
   [[nodiscard]] uint32_t PositionOf(std::wstring_view id) const;
-  [[nodiscard]] uint32_t GroupOf(uint32_t position) const;
+  [[nodiscard]] uint32_t FirstWithPrefix(uint64_t prefix) const;
+  [[nodiscard]] std::vector<uint32_t> Groups() const;
   [[nodiscard]] std::span<const uint32_t> ChildrenInGroup(uint32_t group) const;
 
   ImContainerRows m_rows;
-  std::vector<uint64_t> m_idPrefixes;  // of each folder; most comparisons end with them
-  std::vector<uint32_t> m_parents;     // of each folder
-  std::vector<uint32_t> m_children;    // positions, one group next to the other
+  std::vector<uint64_t> m_idPrefixes;   // of each folder; most searches end with them
+  int m_listBits = 0;                   // lists of the folders that are first with their prefix
+  std::vector<uint32_t> m_prefixLists;  // of each list, its first folder
+  std::vector<uint32_t> m_nextInList;   // of each folder
+  std::vector<uint32_t> m_parents;      // of each folder
+  std::vector<uint32_t> m_children;     // positions, one group next to the other
   std::vector<uint32_t>
       m_groupBegins;  // in m_children: a group for each folder, then the top level
 };

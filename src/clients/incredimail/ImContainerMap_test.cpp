@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <map>
+#include <random>
+
 namespace postmarker {
 namespace {
 
@@ -112,6 +116,38 @@ TEST(ImContainerMap, ParentIsFoundOrNone) {
   EXPECT_EQ(map.Parent(PositionOf(map, L"c")), ImContainerMap::kNone);
 }
 
+TEST(ImContainerMap, ManyFoldersAreSortedFoundAndGrouped) {
+  std::mt19937 random(1);
+  ImContainerRows rows;
+  std::map<std::wstring, uint32_t> expected;
+  for (uint32_t row = 0; row < 3000; ++row) {
+    // Some begin alike, some come again, some are short, some hold what no byte does.
+    std::wstring id(random() % 3 * 6, L'{');
+    for (size_t left = random() % 4; left > 0; --left) {
+      id.push_back(std::wstring_view(L"0Az\u00FF\u4E00")[random() % 5]);
+    }
+    rows.Add({.ContainerID = rows.Keep(id),
+              .ParentContainerID = rows.Keep(id.substr(0, id.size() / 2)),
+              .IndexInParent = row});
+    expected[id] = row;
+  }
+  const ImContainerMap map(std::move(rows));
+  ASSERT_EQ(map.Size(), expected.size());
+  uint32_t position = 0;
+  for (const auto& [id, row] : expected) {
+    EXPECT_EQ(map.Containers()[position].IndexInParent, row);
+    EXPECT_EQ(map.Find(id), &map.Containers()[position]);
+    const ImContainer* const parent = map.Find(id.substr(0, id.size() / 2));
+    EXPECT_EQ(map.Parent(position),
+              parent == nullptr ? ImContainerMap::kNone : PositionOf(map, parent->ContainerID));
+    const auto children = map.Children(position);
+    EXPECT_TRUE(std::is_sorted(children.begin(), children.end(), [&map](uint32_t a, uint32_t b) {
+      return map.Containers()[a].IndexInParent < map.Containers()[b].IndexInParent;
+    }));
+    ++position;
+  }
+}
+
 TEST(ImContainerMap, KeptTextsStayWhenTheMapMoves) {
   ImContainerRows rows;
   std::wstring text = L"{1}";
@@ -121,6 +157,15 @@ TEST(ImContainerMap, KeptTextsStayWhenTheMapMoves) {
   const ImContainerMap moved = std::move(map);
   ASSERT_NE(moved.Find(L"{1}"), nullptr);
   EXPECT_EQ(moved.Find(L"{1}")->Label, L"\\\\Root\\Inbox");
+}
+
+TEST(ImContainerRows, AsciiIsKeptWide) {
+  ImContainerRows rows;
+  std::string text = "{AB}~";
+  const std::wstring_view kept = rows.KeepAscii(text);
+  text = "gone!";
+  EXPECT_EQ(kept, L"{AB}~");
+  EXPECT_EQ(rows.KeepAscii(""), L"");
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 #include "clients/incredimail/ImFieldReader.h"
 
-#include <algorithm>
-#include <iterator>
-
+#include "clients/incredimail/ImAscii.h"
 #include "support/Text.h"
 
 namespace postmarker {
@@ -23,17 +21,17 @@ std::wstring ImFieldReader::ReadGuid() {
     MoveToEnd();
     return {};
   }
-  std::wstring text = L"{";
+  std::wstring text = L"{00000000-0000-0000-0000-000000000000}";
+  auto to = text.begin() + 1;
   for (const int8_t place : kGuidOrder) {
     if (place < 0) {
-      text.push_back(L'-');
+      ++to;
     } else {
       const uint8_t byte = ByteAt(m_cursor + static_cast<uint64_t>(place));
-      text.push_back(kDigits[byte >> 4]);
-      text.push_back(kDigits[byte & 0xF]);
+      *to++ = kDigits[byte >> 4];
+      *to++ = kDigits[byte & 0xF];
     }
   }
-  text.push_back(L'}');
   Advance(kGuidSize);
   return text;
 }
@@ -59,12 +57,16 @@ std::wstring ImFieldReader::ReadText() {
   }
   const std::string_view stored =
       m_bytes.substr(static_cast<size_t>(m_cursor), static_cast<size_t>(size));
-  std::string narrow;
-  narrow.reserve(stored.size() / 2 + 1);
-  std::copy_if(stored.begin(), stored.end(), std::back_inserter(narrow),
-               [](char byte) { return byte != 0; });
+  // Each byte is written, and one that is 0 is written over by the next.
+  std::string narrow(stored.size(), '\0');
+  size_t length = 0;
+  for (const char byte : stored) {
+    narrow[length] = byte;
+    length += byte != 0 ? 1 : 0;
+  }
+  narrow.resize(length);
   Advance(size);
-  return Widen(narrow);
+  return IsAscii(narrow) ? std::wstring(narrow.begin(), narrow.end()) : Widen(narrow);
 }
 
 void ImFieldReader::SkipText() {

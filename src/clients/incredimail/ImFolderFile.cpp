@@ -23,7 +23,7 @@ constexpr wchar_t kZeroId[] = L"{00000000-0000-0000-0000-000000000000}";
 
 // Lengths that lead back make entries that are read again and again. This many may be, beyond what
 // the file has room for.
-constexpr uint64_t kEntriesReadAgain = 4096;
+constexpr uint64_t kEntriesReadAgain = 65536;
 
 // Walks over the entries of a list. Functions give false where the walk can't go on.
 class EntryReader : public ImFieldReader {
@@ -111,7 +111,12 @@ class FolderFileParser {
     if (!count) {
       return false;
     }
-    ReadChildren({Add(m_rootId, index, id, label, fileName), *count});
+    const std::wstring_view kept = Add({.ContainerID = m_rows.Keep(id),
+                                        .ParentContainerID = m_rootId,
+                                        .IndexInParent = index,
+                                        .Label = m_rows.Keep(label),
+                                        .FileName = m_rows.Keep(fileName)});
+    ReadChildren({kept, *count});
     return true;
   }
 
@@ -148,18 +153,17 @@ class FolderFileParser {
     }
     // Deliberate: the label is the file's name. Below the top level the client calls the files
     // after the folder; what stands in the entry is the name that the folder was made with.
-    return Siblings{Add(parentId, index, id, label, label), *count};
+    const std::wstring_view name = m_rows.Keep(label);
+    const std::wstring_view kept = Add({.ContainerID = m_rows.Keep(id),
+                                        .ParentContainerID = parentId,
+                                        .IndexInParent = index,
+                                        .Label = name,
+                                        .FileName = name});
+    return Siblings{kept, *count};
   }
 
-  // Gives the id, kept.
-  std::wstring_view Add(std::wstring_view parentId, uint32_t index, std::wstring_view id,
-                        std::wstring_view label, std::wstring_view fileName) {
-    ImContainer container;
-    container.ContainerID = m_rows.Keep(id);
-    container.ParentContainerID = parentId;
-    container.IndexInParent = index;
-    container.Label = m_rows.Keep(label);
-    container.FileName = m_rows.Keep(fileName);
+  // Texts must be kept already. Gives the id.
+  std::wstring_view Add(const ImContainer& container) {
     m_rows.Add(container);
     return container.ContainerID;
   }

@@ -231,6 +231,24 @@ TEST(ImFolderFile, FolderThatIsItsOwnAncestorEnds) {
   }
 }
 
+// In each part a folder has 127 children: one as it should be, and one whose name leads back to its
+// own beginning, behind the other's count of no children. Read as a top-level entry, which the list
+// goes on with, that one leads on.
+TEST(ImFolderFile, ListThatLeadsBackManyTimesIsReadToItsEnd) {
+  constexpr uint32_t kParts = 200;
+  ImBytes out = test::ImFolderFileHead();
+  for (uint32_t part = 1; part <= kParts; ++part) {
+    test::PutImEntry(&out, ImGuid(part), L"A", L"a", 127);
+    test::PutImEntry(&out, ImGuid(1000 + part), L"B", L"b", 0);
+    out.Guid(ImGuid(2000 + part)).Text(std::wstring(56, L'l')).Dword(0xB2);
+    out.Units(std::wstring(0xB2, L'n')).Unread(8).Byte(0).Unread(11);
+  }
+  const ImContainerMap map = ParseFolderFile(out.Raw("x").Bytes(), kRoot);
+  EXPECT_EQ(map.Size(), 1 + 3 * kParts);
+  ASSERT_NE(map.Find(ImGuid(kParts)), nullptr);
+  EXPECT_EQ(map.Find(ImGuid(kParts))->ParentContainerID, kRoot);
+}
+
 std::string NestedFile(uint32_t depth) {
   ImBytes entry;
   test::PutImEntry(&entry, ImGuid(0), L"x", L"f", 1);

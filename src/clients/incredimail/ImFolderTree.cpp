@@ -1,5 +1,6 @@
 #include "clients/incredimail/ImFolderTree.h"
 
+#include "clients/incredimail/ImAscii.h"
 #include "support/Text.h"
 
 namespace postmarker {
@@ -19,6 +20,10 @@ std::wstring_view StartingPath(const ImContainer& container, std::wstring_view r
                                ImContainerMap* containers) {
   const bool isRoot = container.ContainerID.empty() || container.Label.empty();
   return isRoot ? root : containers->KeepPath(root, container.Label);
+}
+
+std::string NarrowId(std::wstring_view id) {
+  return IsAscii(id) ? NarrowAscii(id) : Narrow(id);
 }
 
 }  // namespace
@@ -95,10 +100,11 @@ void AppendFolders(const ImContainerMap& containers, std::wstring_view identityN
     if (container->ContainerID.empty() || lacksPath) {
       continue;
     }
-    folders->push_back({.name = std::wstring(container->Path),
-                        .firstId = Narrow(container->ContainerID),
-                        .secondId = storeId,
-                        .flag = 1});
+    MailFolderRef& folder = folders->emplace_back();
+    folder.name = container->Path;
+    folder.firstId = NarrowId(container->ContainerID);
+    folder.secondId = storeId;
+    folder.flag = 1;
   }
 }
 

@@ -1,11 +1,11 @@
 #include "clients/incredimail/ImSentMail.h"
 
-#include <algorithm>
 #include <memory>
 #include <optional>
 
 #include "analysis/AddressList.h"
 #include "analysis/KsMailTokenizer.h"
+#include "clients/incredimail/ImAscii.h"
 #include "clients/incredimail/ImHeaderFile.h"
 #include "clients/incredimail/ImMessageFile.h"
 #include "clients/incredimail/ImPaths.h"
@@ -25,9 +25,9 @@ constexpr wchar_t kReadRecipients[] =
 
 constexpr std::string_view kCopies = "cc";
 
-char ToLowerAscii(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
+// Keeping a list costs as much as splitting it. From so many on, one in eight must have come again:
+// the larger a store the more do, so the beginning shows fewer than the whole.
+constexpr size_t kListsToJudge = 4096;
 
 // Adds the copies that the message in a file names. The tokenizer is made anew for each message.
 void AddCopies(const std::wstring& path, AddressSet* addresses) {
@@ -63,22 +63,37 @@ void ImAddressCollector::Add(std::wstring_view recipients) {
 }
 
 void ImAddressCollector::AddInLowerCase(std::wstring_view recipients) {
-  if (m_lists.Add(NarrowUtf8(recipients))) {
+  if (IsAscii(recipients)) {
+    AddAsciiInLowerCase(NarrowAscii(recipients));
+    return;
+  }
+  if (IsNewList(NarrowUtf8(recipients))) {
     Add(ToLower(recipients));
   }
 }
 
+// The splitting makes ASCII letters small by itself.
 void ImAddressCollector::AddAsciiInLowerCase(std::string_view recipients) {
-  if (m_lists.Add(recipients)) {
-    m_lowerCase.resize(recipients.size());
-    std::transform(recipients.begin(), recipients.end(), m_lowerCase.begin(), ToLowerAscii);
-    AddAddresses(m_lowerCase);
+  if (IsNewList(recipients)) {
+    AddAddresses(recipients);
   }
+}
+
+bool ImAddressCollector::IsNewList(std::string_view recipients) {
+  if (m_listsSeen >= kListsToJudge && (m_listsSeen - m_lists.Size()) * 8 < m_listsSeen) {
+    return true;
+  }
+  ++m_listsSeen;
+  return m_lists.Add(recipients);
 }
 
 void ImAddressCollector::AddTo(AddressSet* addresses) const {
   for (const std::string_view address : m_addresses.Sorted()) {
-    addresses->emplace_hint(addresses->end(), Widen(address));
+    if (IsAscii(address)) {
+      addresses->emplace_hint(addresses->end(), address.begin(), address.end());
+    } else {
+      addresses->emplace_hint(addresses->end(), Widen(address));
+    }
   }
 }
 

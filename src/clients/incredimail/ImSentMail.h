@@ -11,8 +11,8 @@
 namespace postmarker {
 
 // Takes lists of recipients as they stand in headers and gives the single addresses in them. The
-// same list again costs next to nothing: most people write to few others often. From one thread at
-// a time.
+// same list again costs next to nothing: most people write to few others often. Where lists turn
+// out not to come again they are no longer kept. From one thread at a time.
 class ImAddressCollector {
  public:
   // Takes a list, UTF-16.
@@ -29,10 +29,11 @@ class ImAddressCollector {
 
  private:
   void AddAddresses(std::string_view recipients);
+  bool IsNewList(std::string_view recipients);
 
-  ImTextSet m_lists;  // in UTF-8
+  ImTextSet m_lists;       // in UTF-8
+  size_t m_listsSeen = 0;  // each as often as it came
   ImTextSet m_addresses;
-  std::string m_lowerCase;
 };
 
 // Collects the recipients of an identity's sent mail from its folder database or, without one, from

@@ -166,6 +166,24 @@ TEST(ImAddressCollector, SameListAgainAddsNothing) {
   EXPECT_EQ(addresses, (AddressSet{L"a@x", L"b@x", L"there@x"}));
 }
 
+TEST(ImAddressCollector, ManyListsAreTakenWhetherTheyComeAgainOrNot) {
+  ImAddressCollector collector;
+  AddressSet expected;
+  for (const int round : {1, 2}) {
+    for (int person = 0; person < 20'000; ++person) {
+      const std::string number = std::to_string(person % (round == 1 ? 20'000 : 30));
+      std::string list = "Person <P";
+      list.append(number).append("@X>, new").append(number).append("@x");
+      collector.AddAsciiInLowerCase(list);
+      expected.insert(Widen("p" + number + "@x"));
+      expected.insert(Widen("new" + number + "@x"));
+    }
+  }
+  AddressSet addresses;
+  collector.AddTo(&addresses);
+  EXPECT_EQ(addresses, expected);
+}
+
 TEST(ImAddressCollector, EmptyItemIsTheAddressThatTheListHas) {
   ImAddressCollector collector;
   collector.Add(L"");

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "clients/incredimail/ImAscii.h"
+#include "support/Text.h"
+
 namespace postmarker {
 namespace {
 
@@ -18,32 +21,26 @@ std::u16string ToUtf16(const std::wstring& wide) {
   return {wide.begin(), wide.end()};
 }
 
-uint64_t LooksFor(const std::u16string& database) {
+uint64_t LooksFor(const std::wstring& database) {
   std::error_code failure;
-  const auto size = std::filesystem::file_size(std::filesystem::path(database), failure);
+  const auto size = std::filesystem::file_size(std::filesystem::path(ToUtf16(database)), failure);
   const uint64_t instructions =
       kInstructionsAtLeast + (failure ? 0 : static_cast<uint64_t>(size) * kInstructionsPerByte);
   return instructions / kInstructionsPerLook;
 }
 
-bool IsAscii(std::string_view text) {
-  unsigned char bits = 0;
-  for (const char c : text) {
-    bits |= static_cast<unsigned char>(c);
-  }
-  return bits < 0x80;
-}
-
 }  // namespace
 
 ImSqlCursor::ImSqlCursor(const std::wstring& database, const std::wstring& statement) {
-  const std::u16string path = ToUtf16(database);
+  // One thread uses the connection, so that it needs no lock, which each column would take.
+  constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
   // A failed open still gives a handle that must be closed.
-  if (::sqlite3_open16(path.c_str(), m_database.Put()) != SQLITE_OK) {
+  if (::sqlite3_open_v2(NarrowUtf8(database).c_str(), m_database.Put(), kFlags, nullptr) !=
+      SQLITE_OK) {
     Close();
     return;
   }
-  m_workLeft = LooksFor(path);
+  m_workLeft = LooksFor(database);
   ::sqlite3_progress_handler(m_database.Get(), kInstructionsPerLook, &CountWork, this);
   m_isUtf8 = HasUtf8Texts();
   if (::sqlite3_prepare16_v2(m_database.Get(), ToUtf16(statement).c_str(), -1, m_statement.Put(),

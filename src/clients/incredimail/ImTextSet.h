@@ -20,21 +20,22 @@ class ImTextSet {
   // Adds a copy of the text; false if it is there already.
   bool Add(std::string_view text);
 
+  [[nodiscard]] size_t Size() const { return m_texts.size(); }
+
   // All texts in the order of their bytes. The views live as long as the set.
   [[nodiscard]] std::vector<std::string_view> Sorted() const;
 
  private:
   struct Slot {
-    const char* text = nullptr;  // null where the place is free
-    uint32_t length = 0;
     uint32_t hash = 0;
+    uint32_t number = 0;  // of the text, from 1; 0 where the place is free
   };
 
   void Grow();
 
   std::pmr::monotonic_buffer_resource m_memory;
+  std::vector<std::string_view> m_texts;
   std::vector<Slot> m_slots;  // a power of two
-  size_t m_count = 0;
 };
 
 }  // namespace postmarker
