@@ -28,22 +28,25 @@ void SequenceSink::Take(std::string_view word) {
     m_range = m_window->RestsBehind(m_prefix);
     m_bounds = m_window->Bounds();
   }
+  if (m_range.low > m_range.high) {
+    return;  // a stretch that holds none of these keys may end earlier, and begins anew elsewhere
+  }
   std::swap(m_first, m_second);
   std::swap(m_second, m_third);
   m_third.text.assign(word);
   m_third.start = SortPrefix(word);
-  m_third.hash = TextHash(word);
+  m_third.hash.reset();
   if (!m_second.text.empty()) {
-    CountPair(m_second, m_third);
+    CountPair(&m_second, &m_third);
   }
   if (!m_first.text.empty()) {
-    CountPair(m_first, m_third);
+    CountPair(&m_first, &m_third);
     CountTriple();
   }
 }
 
-void SequenceSink::CountPair(const Word& first, const Word& second) {
-  if (MayCount(StartOfBoth(first.start, first.text.size(), second.start))) {
+void SequenceSink::CountPair(Word* first, Word* second) {
+  if (MayCount(StartOfBoth(first->start, first->text.size(), second->start))) {
     BeginKey(first);
     ContinueKey(second);
     m_window->AddWeight(m_key, m_keyHash, kPairWeight);
@@ -53,22 +56,25 @@ void SequenceSink::CountPair(const Word& first, const Word& second) {
 void SequenceSink::CountTriple() {
   const uint64_t tail = StartOfBoth(m_second.start, m_second.text.size(), m_third.start);
   if (MayCount(StartOfBoth(m_first.start, m_first.text.size(), tail))) {
-    BeginKey(m_first);
-    ContinueKey(m_second);
-    ContinueKey(m_third);
+    BeginKey(&m_first);
+    ContinueKey(&m_second);
+    ContinueKey(&m_third);
     m_window->AddWeight(m_key, m_keyHash, kTripleWeight);
   }
 }
 
-void SequenceSink::BeginKey(const Word& word) {
+void SequenceSink::BeginKey(Word* word) {
   m_key.assign(m_prefix);
   m_keyHash = m_prefixHash;
   ContinueKey(word);
 }
 
-void SequenceSink::ContinueKey(const Word& word) {
-  m_key.append(word.text);
-  m_keyHash = m_keyHash.Joined(word.hash, word.text.size());
+void SequenceSink::ContinueKey(Word* word) {
+  if (!word->hash) {
+    word->hash = TextHash(word->text);
+  }
+  m_key.append(word->text);
+  m_keyHash = m_keyHash.Joined(*word->hash, word->text.size());
 }
 
 }  // namespace postmarker

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,20 +21,20 @@ class SequenceSink : public WordSink {
   void Take(std::string_view word) override;
 
  private:
-  // A word, its SortPrefix and its hash.
+  // A word, its SortPrefix, and its hash once a sequence needs it.
   struct Word {
     std::string text;
     uint64_t start = 0;
-    TextHash hash;
+    std::optional<TextHash> hash;
   };
 
   [[nodiscard]] bool MayCount(uint64_t start) const {
     return start >= m_range.low && start <= m_range.high;
   }
-  void CountPair(const Word& first, const Word& second);
+  void CountPair(Word* first, Word* second);
   void CountTriple();
-  void BeginKey(const Word& word);
-  void ContinueKey(const Word& word);
+  void BeginKey(Word* word);
+  void ContinueKey(Word* word);
 
   KeyWindow* m_window;
   std::string m_prefix;
