@@ -120,9 +120,9 @@ class TokenCountMap {
   // The map is empty and holds its own keys.
   void Clear();
 
-  // From now on the map finds its keys through an index that takes a third of the memory, and twice
-  // the time when it grows. Small maps stay as they are. It does so by itself where its budget does
-  // not allow more.
+  // From now on, up to the next Clear, the map finds its keys through an index that takes a third
+  // of the memory, and twice the time when it grows. A map that does so already gives up what it
+  // has to spare. Small maps stay as they are. Made to be called by the relief of the budget.
   void Tighten();
 
   // The map holds nothing any more: whoever reads it has everything counted anew, and what is added
@@ -209,7 +209,8 @@ class TokenCountMap {
   static constexpr size_t kLongestPiece = 127;
   static constexpr size_t kLongestGapped = 2 * kLongestPiece;
   static constexpr size_t kMostPlaces = 32768;
-  static constexpr size_t kFewEntries = 8;  // up to so many are found by walking them
+  static constexpr size_t kFewEntries = 8;        // up to so many are found by walking them
+  static constexpr size_t kMostKeptSlots = 4096;  // a larger index grows slower, and Clear frees it
 
   // What an entry without a text of its own takes, with its place in a tight index, and in a walk.
   static constexpr size_t kTightEntry =
