@@ -172,7 +172,7 @@ TEST(TokenCountMap, ChargesWhatItTakesAndRefundsIt) {
 // is too little; all that was counted must be found and walked otherwise.
 bool CountsWithin(size_t limit, bool tightens) {
   WordList words;
-  const std::string text = test::ManyWords(4, 40000);
+  const std::string text = test::ManyWords(4, 20000);
   for (size_t at = 0; at + 4 <= text.size(); at += 5) {
     words.Append(std::string_view(text).substr(at, 4));
   }
@@ -215,13 +215,13 @@ TEST(TokenCountMap, HoldsHalfAsMuchAgainWhereMemoryIsShort) {
   const auto least = [](bool tightens) {
     size_t limit = 200000;
     while (!CountsWithin(limit, tightens)) {
-      limit += 40000;
+      limit += 20000;
     }
     return limit;
   };
   const size_t tight = least(true);
   EXPECT_LT(tight * 3, least(false) * 2) << tight;
-  EXPECT_GT(tight, 600000U);
+  EXPECT_GT(tight, 300000U);
 }
 
 TEST(TokenCountMap, ReadsThroughWhatItDoesNotHold) {

@@ -110,20 +110,27 @@ TEST(TokenizerPasses, LittleMemoryGivesTheSameFeaturesOfHostileMessages) {
   }
 }
 
+// All that goes through memory that may be short.
+std::string AllListed(KsMailTokenizer* tokenizer) {
+  return Listed(tokenizer->Stats()) + Listed(tokenizer->Tokens()) +
+         Listed(tokenizer->FromNameTokens()) + Listed(tokenizer->TextUrls()) +
+         Listed(tokenizer->TextAddresses()) + Listed(tokenizer->BodyWords());
+}
+
 // From what holds next to nothing to what holds all: tables, tighter ones, and windows.
 TEST(TokenizerPasses, AnyMemoryGivesTheSameFeatures) {
   const std::string text =
-      "\r\nA: b\r\n\r\n" + test::ManyWords(4, 30000) + test::Repeated("%d@b%d.de ", 10000);
-  const std::string names = test::HeadersOfWords("from:", 2, "<x>", 20000);
+      "\r\nA: b\r\n\r\n" + test::ManyWords(4, 20000) + test::Repeated("%d@b%d.de ", 5000);
+  const std::string names = test::HeadersOfWords("from:", 2, "<x>", 10000);
   for (const std::string& message : {"Subject: x" + text, names + text}) {
     Bounded plenty(kPlenty);
     plenty.Parse(message.data(), static_cast<uint32_t>(message.size()), nullptr, nullptr);
+    const std::string expected = AllListed(&plenty);
     bool held = false;
-    for (size_t memory = 100000; !held; memory += memory / 4) {
+    for (size_t memory = 200000; !held; memory += memory / 4) {
       Bounded bounded(memory);
       bounded.Parse(message.data(), static_cast<uint32_t>(message.size()), nullptr, nullptr);
-      SCOPED_TRACE(memory);
-      ExpectSame(&plenty, &bounded);
+      EXPECT_TRUE(AllListed(&bounded) == expected) << memory;
       held = bounded.Tokens().Held() != 0;
     }
   }
