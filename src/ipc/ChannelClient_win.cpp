@@ -19,10 +19,13 @@ class HeldMutex {
   HeldMutex() = default;
   HeldMutex(const HeldMutex&) = delete;
   HeldMutex& operator=(const HeldMutex&) = delete;
-  ~HeldMutex() {
+  ~HeldMutex() { Release(); }
+
+  void Release() {
     if (m_mutex) {
       ::ReleaseMutex(m_mutex.Get());
     }
+    m_mutex.Reset();
   }
 
   // Takes the mutex if it exists and is free.
@@ -80,7 +83,15 @@ class Connector {
         m_options(options),
         m_handshakeTimeout(std::min(options.timeout, options.handshakeTimeout)) {}
 
-  bool Connect() { return AwaitTurn() && OpenPrivateObjects() && ShakeHands(); }
+  bool Connect() {
+    while (AwaitTurn() && OpenPrivateObjects()) {
+      if (IsFirstToCall()) {
+        return ShakeHands();
+      }
+      LetGo();
+    }
+    return false;
+  }
 
   std::unique_ptr<ShmChannel> TakeChannel() {
     return std::make_unique<ShmChannel>(std::move(m_private.mapping), std::move(m_private.view),
@@ -90,10 +101,9 @@ class Connector {
 
  private:
   bool AwaitTurn() {
-    const ElapsedTime elapsed;
     const std::wstring mutex = DispatchMutexName(m_name);
     while (!m_turn.TryTake(mutex)) {
-      if (elapsed.IsMoreThan(m_options.timeout) || IsSignalled(m_options.cancel)) {
+      if (m_elapsed.IsMoreThan(m_options.timeout) || IsSignalled(m_options.cancel)) {
         return false;
       }
       ::Sleep(1);
@@ -101,7 +111,7 @@ class Connector {
     return true;
   }
 
-  std::optional<std::wstring> ReadPrivateName() {
+  [[nodiscard]] std::optional<std::wstring> ReadPrivateName() const {
     const auto rendezvous = OpenRegion(m_name, FILE_MAP_READ, FILE_MAP_READ);
     if (!rendezvous) {
       return std::nullopt;
@@ -111,16 +121,33 @@ class Connector {
   }
 
   bool OpenPrivateObjects() {
-    const auto name = ReadPrivateName();
-    auto region =
-        name ? OpenRegion(*name, FILE_MAP_READ | FILE_MAP_WRITE, FILE_MAP_WRITE) : std::nullopt;
+    m_privateName = ReadPrivateName().value_or(std::wstring());
+    auto region = m_privateName.empty()
+                      ? std::nullopt
+                      : OpenRegion(m_privateName, FILE_MAP_READ | FILE_MAP_WRITE, FILE_MAP_WRITE);
     if (!region) {
       return false;
     }
     m_private = std::move(*region);
-    m_serverEvent.Reset(::OpenEventW(kEventAccess, FALSE, ServerEventName(*name).c_str()));
-    m_clientEvent.Reset(::OpenEventW(kEventAccess, FALSE, ClientEventName(*name).c_str()));
+    m_serverEvent.Reset(::OpenEventW(kEventAccess, FALSE, ServerEventName(m_privateName).c_str()));
+    m_clientEvent.Reset(::OpenEventW(kEventAccess, FALSE, ClientEventName(m_privateName).c_str()));
     return m_serverEvent && m_clientEvent;
+  }
+
+  // A client before may have called and ended. The server answers that one, and would take this
+  // one's call for the other's confirmation: the two would wait for each other. While the
+  // rendezvous is there the server has not answered yet, so a call of before is still to be seen.
+  [[nodiscard]] bool IsFirstToCall() const {
+    return IsClear(m_clientEvent.Get()) && ReadPrivateName() == m_privateName;
+  }
+
+  // For another turn, when the server has given up the client before.
+  void LetGo() {
+    m_clientEvent.Reset();
+    m_serverEvent.Reset();
+    m_private = Region();
+    m_turn.Release();
+    ::Sleep(1);
   }
 
   bool ShakeHands() {
@@ -139,7 +166,9 @@ class Connector {
   std::wstring m_name;
   ConnectOptions m_options;
   uint32_t m_handshakeTimeout;
+  ElapsedTime m_elapsed;
   HeldMutex m_turn;
+  std::wstring m_privateName;
   Region m_private;
   KernelHandle m_serverEvent;
   KernelHandle m_clientEvent;

@@ -166,6 +166,28 @@ INSTANTIATE_TEST_SUITE_P(
                     ClientStep::kCleared, ClientStep::kConfirmed, ClientStep::kConnected),
     [](const auto& tested) { return "Step" + std::to_string(static_cast<int>(tested.param)); });
 
+// The server of the stand-in stops before it answers the one that is gone. Whoever comes next must
+// not call into that round, but leave the turn and wait for another rendezvous.
+TEST(ClientThatCalledAndEnded, NextClientWaitsForTheNextRendezvous) {
+  const std::wstring name = FreshObjectName();
+  StoppingEnd server(L"serve", name, static_cast<int>(ServerStep::kClaimed));
+  StoppingEnd first(L"connect", name, static_cast<int>(ClientStep::kCalled));
+  ASSERT_TRUE(first.WaitUntilStopped());
+  ASSERT_TRUE(server.WaitUntilStopped());
+  first.Kill();
+  ChannelEnd client;
+  auto second = std::async(std::launch::async, [&] {
+    return ChannelConnectRetry(name.c_str(), &client, PatientConnecting());
+  });
+  EXPECT_EQ(second.wait_for(std::chrono::milliseconds(kShortTime)), std::future_status::timeout);
+  server.Kill();
+  const ElapsedTime elapsed;
+  ChannelEnd next;
+  EXPECT_TRUE(ChannelListenRetry(name.c_str(), &next, PatientListening()));
+  EXPECT_TRUE(second.get());
+  EXPECT_FALSE(elapsed.IsMoreThan(kPatience / 2));
+}
+
 TEST(ClientThatHangs, OneAttemptOfTheServerFailsWithinItsTime) {
   const std::wstring name = FreshObjectName();
   const StoppingEnd client(L"connect", name, static_cast<int>(ClientStep::kAnswered));
