@@ -26,11 +26,11 @@ uint64_t WordAt(const char* bytes) {
 // Hashes a text as the value of the polynomial that has seven of its bytes in each coefficient, at
 // a random point, modulo the prime 2^61 - 1. Two texts have one value at no more points than they
 // have coefficients: whoever does not know the point can't make texts that meet.
-class TextHash {
+class PolynomialHash {
  public:
   // Of this process.
-  static const TextHash& Instance() {
-    static const TextHash hash;
+  static const PolynomialHash& Instance() {
+    static const PolynomialHash hash;
     return hash;
   }
 
@@ -58,7 +58,7 @@ class TextHash {
   static constexpr uint64_t kPrime = (uint64_t{1} << kPrimeBits) - 1;
   static constexpr uint64_t kPointMask = (uint64_t{1} << kPointBits) - 1;
 
-  TextHash() {
+  PolynomialHash() {
     std::random_device random;
     m_point = random() & kPointMask;
     m_multiplier = (uint64_t{random()} << 32 | random()) | 1;
@@ -137,7 +137,7 @@ void SortGroup(const Group& group, std::span<SortKey> spare, std::vector<Group>*
 ImTextSet::ImTextSet() : m_memory(kFirstBlock), m_slots(kFirstSlots) {}
 
 bool ImTextSet::Add(std::string_view text) {
-  const uint32_t hash = TextHash::Instance().Of(text);
+  const uint32_t hash = PolynomialHash::Instance().Of(text);
   const size_t mask = m_slots.size() - 1;
   size_t place = hash & mask;
   for (; m_slots[place].number != 0; place = (place + 1) & mask) {
