@@ -13,6 +13,7 @@ constexpr size_t kValueSize = sizeof(uint32_t);
 constexpr uint32_t kNewMark = 2;  // counts of the rule kOnce are 1 and multiples of 4
 constexpr size_t kLeastPlaces = 64;
 constexpr size_t kMostSamples = 64;
+static_assert(kLeastPlaces >= kMostSamples);
 constexpr size_t kPadding = sizeof(uint64_t);  // behind the records, for SortPrefixOfPadded
 
 uint32_t ReadValue(const char* record) {
@@ -164,7 +165,11 @@ bool KeyWindow::MakeRoom(size_t recordSize, std::string_view key) {
 // there: keys that come in their order fill the memory. A sample is near enough to all keys, and
 // costs next to nothing.
 void KeyWindow::Cut(std::string_view next) {
-  const std::vector<std::string_view> sample = SortedSample();
+  std::vector<std::string_view> sample = SortedSample(m_index.Places() / kMostSamples);
+  if (sample.size() < 2) {
+    // Few large keys that stand close together: at least one must stay, and one go.
+    sample = SortedSample(1);
+  }
   const size_t size = sample.size();
   std::string_view upper = sample[size - std::max<size_t>(1, size / 8)];
   if (next < upper) {
@@ -175,11 +180,11 @@ void KeyWindow::Cut(std::string_view next) {
   IndexAgain();
 }
 
-// The places of the index are in no order of the keys.
-std::vector<std::string_view> KeyWindow::SortedSample() const {
+// Keys that stand at least `step` places apart in the index, whose places are in no order of the
+// keys.
+std::vector<std::string_view> KeyWindow::SortedSample(size_t step) const {
   std::vector<std::string_view> sample;
   sample.reserve(kMostSamples);
-  const size_t step = std::max<size_t>(1, m_index.Places() / kMostSamples);
   for (size_t place = 0; place < m_index.Places() && sample.size() < kMostSamples;) {
     const bool isFree = m_index.IsFree(place);
     if (!isFree) {

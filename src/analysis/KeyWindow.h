@@ -128,7 +128,7 @@ class KeyWindow {
   void Append(std::string_view key, uint32_t hash, size_t place, uint32_t value);
   bool MakeRoom(size_t recordSize, std::string_view key);
   void Cut(std::string_view next);
-  [[nodiscard]] std::vector<std::string_view> SortedSample() const;
+  [[nodiscard]] std::vector<std::string_view> SortedSample(size_t step) const;
   void DropCut();
   void IndexAgain();
   void SetUpper(std::string_view upper);

@@ -106,6 +106,30 @@ TEST(KeyWindow, KeysInTheirOrderFillIt) {
   EXPECT_LE(windows, kKeys * 8 / 7 / kMostKeys + 1);
 }
 
+// Two of these keys fill a window of many places, wherever in its index they stand.
+TEST(KeyWindow, FewLargeKeysAreAllToldAndEachOnce) {
+  constexpr size_t kMemory = 30000;
+  for (int set = 0; set < 300; ++set) {
+    std::vector<std::string> keys;
+    for (int i = 0; i < 4; ++i) {
+      keys.push_back(std::to_string(set * 4 + i) + std::string(9000, 'x'));
+    }
+    KeyWindow window(KeyWindow::Rule::kSum, kMemory);
+    window.BeginBehind({});
+    size_t told = 0;
+    size_t windows = 0;
+    do {
+      for (const std::string& key : keys) {
+        window.Add(key, 1);
+      }
+      ASSERT_GT(window.Size(), 0U) << set;
+      told += window.Size();
+      ASSERT_LE(++windows, keys.size()) << set;
+    } while (window.BeginNext());
+    EXPECT_EQ(told, keys.size()) << set;
+  }
+}
+
 TEST(KeyWindow, TellsWhatMayStandBehindAPrefix) {
   KeyWindow window(KeyWindow::Rule::kSum, 1000);
   const auto rests = [&](std::string_view prefix) {

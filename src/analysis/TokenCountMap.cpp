@@ -390,7 +390,7 @@ void TokenCountMap::Clear() {
   m_diverted = false;
   m_window = nullptr;
   m_recount = nullptr;
-  if (m_entries.Size() == 0) {
+  if (m_entries.Size() == 0 && !m_isTight) {
     return;
   }
   m_entries.Clear(kMostKeptBlocks);
