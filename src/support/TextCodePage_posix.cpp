@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 
+#include "support/Ascii.h"
 #include "support/Text.h"
 
 namespace postmarker {
@@ -13,13 +14,12 @@ constexpr std::array<wchar_t, 32> kHighControls = {
     0x2039, 0x0152, 0x8D,   0x017D, 0x8F,   0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
 
-bool IsAscii(wchar_t unit) {
-  return static_cast<char32_t>(unit) < 0x80;
-}
-
 }  // namespace
 
 std::wstring Widen(std::string_view narrow) {
+  if (IsAscii(narrow)) {
+    return WidenAscii(narrow);
+  }
   std::wstring wide;
   wide.reserve(narrow.size());
   for (const char c : narrow) {
@@ -31,9 +31,8 @@ std::wstring Widen(std::string_view narrow) {
 }
 
 std::string Narrow(std::wstring_view wide) {
-  // Ids and addresses come by the thousand and are ASCII.
-  if (std::all_of(wide.begin(), wide.end(), IsAscii)) {
-    return {wide.begin(), wide.end()};
+  if (IsAscii(wide)) {
+    return NarrowAscii(wide);
   }
   std::string narrow;
   narrow.reserve(wide.size());

@@ -1,12 +1,13 @@
 // Conversion between wide and narrow text in the thread's ANSI code page.
 #include <windows.h>
 
+#include "support/Ascii.h"
 #include "support/Text.h"
 
 namespace postmarker {
 std::wstring Widen(std::string_view narrow) {
-  if (narrow.empty()) {
-    return {};
+  if (IsAscii(narrow)) {
+    return WidenAscii(narrow);
   }
   const int length = static_cast<int>(narrow.size());
   const int needed = ::MultiByteToWideChar(CP_THREAD_ACP, 0, narrow.data(), length, nullptr, 0);
@@ -16,8 +17,8 @@ std::wstring Widen(std::string_view narrow) {
 }
 
 std::string Narrow(std::wstring_view wide) {
-  if (wide.empty()) {
-    return {};
+  if (IsAscii(wide)) {
+    return NarrowAscii(wide);
   }
   const int length = static_cast<int>(wide.size());
   std::string narrow;

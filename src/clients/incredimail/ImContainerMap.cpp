@@ -6,8 +6,8 @@
 #include <random>
 #include <utility>
 
-#include "clients/incredimail/ImAscii.h"
 #include "clients/incredimail/ImPrefixSort.h"
+#include "support/Ascii.h"
 
 namespace postmarker {
 namespace {

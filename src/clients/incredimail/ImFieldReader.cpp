@@ -1,6 +1,5 @@
 #include "clients/incredimail/ImFieldReader.h"
 
-#include "clients/incredimail/ImAscii.h"
 #include "support/Text.h"
 
 namespace postmarker {
@@ -66,7 +65,7 @@ std::wstring ImFieldReader::ReadText() {
   }
   narrow.resize(length);
   Advance(size);
-  return IsAscii(narrow) ? std::wstring(narrow.begin(), narrow.end()) : Widen(narrow);
+  return Widen(narrow);
 }
 
 void ImFieldReader::SkipText() {

@@ -1,6 +1,5 @@
 #include "clients/incredimail/ImFolderTree.h"
 
-#include "clients/incredimail/ImAscii.h"
 #include "support/Text.h"
 
 namespace postmarker {
@@ -20,10 +19,6 @@ std::wstring_view StartingPath(const ImContainer& container, std::wstring_view r
                                ImContainerMap* containers) {
   const bool isRoot = container.ContainerID.empty() || container.Label.empty();
   return isRoot ? root : containers->KeepPath(root, container.Label);
-}
-
-std::string NarrowId(std::wstring_view id) {
-  return IsAscii(id) ? NarrowAscii(id) : Narrow(id);
 }
 
 }  // namespace
@@ -102,7 +97,7 @@ void AppendFolders(const ImContainerMap& containers, std::wstring_view identityN
     }
     MailFolderRef& folder = folders->emplace_back();
     folder.name = container->Path;
-    folder.firstId = NarrowId(container->ContainerID);
+    folder.firstId = Narrow(container->ContainerID);
     folder.secondId = storeId;
     folder.flag = 1;
   }

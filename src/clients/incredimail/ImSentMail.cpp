@@ -5,12 +5,12 @@
 
 #include "analysis/AddressList.h"
 #include "analysis/KsMailTokenizer.h"
-#include "clients/incredimail/ImAscii.h"
 #include "clients/incredimail/ImHeaderFile.h"
 #include "clients/incredimail/ImMessageFile.h"
 #include "clients/incredimail/ImPaths.h"
 #include "clients/incredimail/ImSqlCursor.h"
 #include "clients/incredimail/ImTemporaryFile.h"
+#include "support/Ascii.h"
 #include "support/MappedFile.h"
 #include "support/Text.h"
 
@@ -89,11 +89,7 @@ bool ImAddressCollector::IsNewList(std::string_view recipients) {
 
 void ImAddressCollector::AddTo(AddressSet* addresses) const {
   for (const std::string_view address : m_addresses.Sorted()) {
-    if (IsAscii(address)) {
-      addresses->emplace_hint(addresses->end(), address.begin(), address.end());
-    } else {
-      addresses->emplace_hint(addresses->end(), Widen(address));
-    }
+    addresses->emplace_hint(addresses->end(), Widen(address));
   }
 }
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "clients/incredimail/ImAscii.h"
+#include "support/Ascii.h"
 #include "support/Text.h"
 
 namespace postmarker {

@@ -44,6 +44,10 @@ inline wchar_t* WidenAscii(std::string_view ascii, wchar_t* to) {
   return std::copy(ascii.begin(), ascii.end(), to);
 }
 
+inline std::wstring WidenAscii(std::string_view ascii) {
+  return {ascii.begin(), ascii.end()};
+}
+
 inline std::string NarrowAscii(std::wstring_view ascii) {
   std::string narrow(ascii.size(), '\0');
   std::transform(ascii.begin(), ascii.end(), narrow.begin(),
