@@ -17,6 +17,9 @@ target_compile_options(pm_flags INTERFACE
 # GCC collects its garbage when it has grown by little. With this much memory to begin with it hardly ever does.
 add_compile_options("$<$<CXX_COMPILER_ID:GNU>:--param=ggc-min-heapsize=1000000>")
 
+# Lets ccache see which precompiled header a source uses. It means nothing to the compilation itself.
+add_compile_options("$<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fpch-preprocess>")
+
 if(POSTMARKER_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
