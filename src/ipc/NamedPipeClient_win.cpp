@@ -1,5 +1,7 @@
 #include "ipc/NamedPipeClient_win.h"
 
+#include <algorithm>
+
 namespace postmarker {
 namespace {
 
@@ -9,6 +11,7 @@ constexpr DWORD kAnswerPoll = 5;
 constexpr DWORD kInstanceWait = 1000;
 constexpr DWORD kPauseWithoutServer = 1000;
 constexpr DWORD kPauseWithServer = 100;
+constexpr DWORD kStopPoll = 100;
 
 }  // namespace
 
@@ -82,10 +85,25 @@ bool NamedPipeClient::Open() {
   return true;
 }
 
-bool NamedPipeClient::TryConnect(int32_t attempts, int32_t pauseMilliseconds) {
+bool NamedPipeClient::PauseUntilStop(DWORD milliseconds, const StopQuery& stop) const {
+  DWORD left = milliseconds;
+  while (!ShouldStop(stop) && !WaitForStop(std::min(left, kStopPoll))) {
+    if (left <= kStopPoll) {
+      return false;
+    }
+    left -= kStopPoll;
+  }
+  return true;
+}
+
+bool NamedPipeClient::TryConnect(int32_t attempts, int32_t pauseMilliseconds,
+                                 const StopQuery& stop) {
+  const BusyMark mark(this);
+  const auto pause = static_cast<DWORD>(std::max(pauseMilliseconds, 0));
   for (int32_t count = 0; count < attempts; ++count) {
-    if (count > 0) {
-      ::Sleep(static_cast<DWORD>(pauseMilliseconds));
+    if (!m_stopEvent || PauseUntilStop(count > 0 ? pause : 0, stop)) {
+      Close();
+      return false;
     }
     if (Open()) {
       return true;

@@ -9,6 +9,7 @@
 
 #include "ipc/NamedPipeMessages_win.h"
 #include "support/Handles_win.h"
+#include "support/StopQuery.h"
 
 namespace postmarker {
 
@@ -16,9 +17,9 @@ namespace postmarker {
 // one is cut at NamedPipeMessages::kMessageLimit characters. Nothing throws but for want of memory;
 // every failure is a false.
 //
-// For one thread, but for RequestStop and Shutdown, which may be called on another one while
-// ConnectBlocking, Transact or Flush runs. A client that was told to stop stays so until the next
-// Init.
+// For one thread, except that RequestStop and Shutdown may be called on another one while
+// TryConnect, ConnectBlocking, Transact or Flush runs. A client that was told to stop stays so
+// until the next Init.
 class NamedPipeClient {
  public:
   NamedPipeClient() = default;
@@ -44,7 +45,9 @@ class NamedPipeClient {
   bool Open();
 
   // Up to `attempts` attempts with pauses between them. 0 attempts succeed without doing anything.
-  bool TryConnect(int32_t attempts, int32_t pauseMilliseconds);
+  // False, and disconnected, as soon as RequestStop is called or `stop` says so: it is
+  // asked before the first attempt and every 100 ms during each pause.
+  bool TryConnect(int32_t attempts, int32_t pauseMilliseconds, const StopQuery& stop = {});
 
   // Waits for the server until connected (true) or stopped. False at once, and disconnected, on a
   // connected client, and on one without Init.
@@ -75,6 +78,9 @@ class NamedPipeClient {
 
   // True when stop is requested before the time is over.
   [[nodiscard]] bool WaitForStop(DWORD milliseconds) const;
+
+  // The same, and true as well when `stop` says so.
+  [[nodiscard]] bool PauseUntilStop(DWORD milliseconds, const StopQuery& stop) const;
 
   std::wstring m_name;
   FileHandle m_pipe;

@@ -175,6 +175,53 @@ TEST_F(NamedPipeTest, TryConnectFindsAServerThatComesLate) {
   late.join();
 }
 
+TEST_F(NamedPipeTest, TryConnectEndsItsPauseWhenStopIsRequested) {
+  ASSERT_TRUE(m_client.Init(m_name.c_str(), kBufferChars, 0));
+  std::thread stopper([this] {
+    ::Sleep(30);
+    m_client.RequestStop();
+  });
+  EXPECT_LT(TimeOf([this] { EXPECT_FALSE(m_client.TryConnect(2, 4'000)); }), milliseconds(2'000));
+  stopper.join();
+}
+
+TEST_F(NamedPipeTest, TryConnectAsksItsQueryAtLeastEvery100MillisecondsOfAPause) {
+  ASSERT_TRUE(m_client.Init(m_name.c_str(), kBufferChars, 0));
+  int asked = 0;
+  const milliseconds time =
+      TimeOf([&] { EXPECT_FALSE(m_client.TryConnect(2, 4'000, [&] { return ++asked == 4; })); });
+  EXPECT_EQ(asked, 4);
+  EXPECT_LT(time, milliseconds(2'000)) << "two pauses of 100 ms, before which it is asked";
+  asked = 0;
+  EXPECT_FALSE(m_client.TryConnect(2, 300, [&] { return ++asked == 1'000; }));
+  EXPECT_EQ(asked, 4) << "before the first attempt and in each third of the pause";
+}
+
+TEST_F(NamedPipeTest, StoppedTryConnectOpensNothing) {
+  ASSERT_TRUE(m_server.Init(m_name.c_str(), kBufferChars));
+  ASSERT_TRUE(m_client.Init(m_name.c_str(), kBufferChars, 0));
+  EXPECT_FALSE(m_client.TryConnect(3, 10, [] { return true; }));
+  m_client.RequestStop();
+  EXPECT_FALSE(m_client.TryConnect(3, 10));
+  EXPECT_FALSE(m_server.Accept()) << "nobody came";
+}
+
+TEST_F(NamedPipeTest, ShutdownWaitsForATryConnectOfAnotherThread) {
+  ASSERT_TRUE(m_client.Init(m_name.c_str(), kBufferChars, 0));
+  std::atomic<bool> isBack = false;
+  std::thread connecting([&] {
+    EXPECT_FALSE(m_client.TryConnect(1'000, 4'000, [] {
+      ::Sleep(60);
+      return false;
+    }));
+    isBack = true;
+  });
+  ::Sleep(20);
+  m_client.Shutdown();
+  EXPECT_TRUE(isBack);
+  connecting.join();
+}
+
 TEST_F(NamedPipeTest, AfterTheServerClosedReadFailsBehindTheLastMessage) {
   Connect();
   EXPECT_TRUE(m_server.Write(L"last"));
@@ -260,6 +307,8 @@ TEST_F(NamedPipeTest, FailedInitLeavesNothingOfAnEarlierOne) {
 TEST_F(NamedPipeTest, ClientThatWasNeverInitialisedFailsEverywhereAndHangsNowhere) {
   std::wstring text = L"(as before)";
   EXPECT_FALSE(m_client.Open());
+  EXPECT_FALSE(m_client.TryConnect(2, 4'000));
+  EXPECT_TRUE(m_client.TryConnect(0, 4'000));
   EXPECT_FALSE(m_client.ConnectBlocking());
   EXPECT_FALSE(m_client.StopRequested());
   EXPECT_TRUE(m_client.HasMessage());
