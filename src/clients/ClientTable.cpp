@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "clients/ClientDetection.h"
-#include "resource.h"
 #include "support/Text.h"
 
 #if defined(_WIN32)
@@ -69,8 +68,7 @@ std::span<const ClientRow> BuiltInRows() {
        .needsOutlookSession = true,
        .adapter = UnknownClient(),
        .isInstalled = IsOutlookConfigured,
-       .harvestTurn = 1,
-       .tileBitmap = IDB_TILE_OUTLOOK},
+       .harvestTurn = 1},
       // Deliberate: both clients of the store interfaces share one record of settings, so that who
       // moves from one to the other keeps the set-up.
       {.displayName = L"Windows Mail",
@@ -79,8 +77,7 @@ std::span<const ClientRow> BuiltInRows() {
        .hasLocalFolderIds = true,
        .adapter = UnknownClient(),
        .isInstalled = Always,
-       .isSupported = IsWindowsMailSupported,
-       .tileBitmap = IDB_TILE_WINDOWS_MAIL},
+       .isSupported = IsWindowsMailSupported},
       {.displayName = L"Outlook Express",
        .settingsName = L"Outlook Express",
        .hookModule = L"StoreShim.dll",
@@ -88,8 +85,7 @@ std::span<const ClientRow> BuiltInRows() {
        .adapter = UnknownClient(),
        .isInstalled = Always,
        .isSupported = IsOutlookExpressSupported,
-       .harvestTurn = 2,
-       .tileBitmap = IDB_TILE_OUTLOOK_EXPRESS},
+       .harvestTurn = 2},
       {.displayName = L"Windows Live Mail",
        .settingsName = L"Windows Live Mail",
        .hookModule = L"WindowsLiveShim.dll",
@@ -97,23 +93,20 @@ std::span<const ClientRow> BuiltInRows() {
        .adapter = UnknownClient(),
        .isInstalled = IsWindowsLiveMailInstalled,
        .isSupported = IsWindowsLiveMailSupported,
-       .harvestTurn = 5,
-       .tileBitmap = IDB_TILE_WINDOWS_LIVE_MAIL},
+       .harvestTurn = 5},
       {.displayName = L"Mozilla Thunderbird",
        .settingsName = L"Mozilla Thunderbird",
        .adapter = Thunderbird(),
        .isInstalled = IsThunderbirdInstalled,
        .isReady = IsThunderbirdReady,
-       .harvestTurn = 3,
-       .tileBitmap = IDB_TILE_THUNDERBIRD},
+       .harvestTurn = 3},
       {.displayName = L"IncrediMail",
        .settingsName = L"IncrediMail",
        .hookModule = L"IncrediMailShim.dll",
        .canMoveEmails = false,
        .adapter = IncrediMail(),
        .isInstalled = HasIncrediMail,
-       .harvestTurn = 4,
-       .tileBitmap = IDB_TILE_INCREDIMAIL},
+       .harvestTurn = 4},
   };
   return rows;
 }

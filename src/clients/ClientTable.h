@@ -48,9 +48,6 @@ struct ClientRow {
   // Its turn in the silent harvest of all clients, counted from 1. 0: it has none of its own, as
   // another row has the same store.
   int harvestTurn = 0;
-
-  // The picture of the client's tile: a bitmap of the resource module; 0 for none.
-  unsigned tileBitmap = 0;
 };
 
 // The row of a display name, case ignored. A name without a row gets a row of defaults whose

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <map>
-#include <set>
 
 namespace postmarker {
 namespace {
@@ -98,14 +97,6 @@ TEST(ClientTable, HarvestTurnsAreFixedAndTheSharedStoreHasOne) {
                                                 {3, L"Mozilla Thunderbird"},
                                                 {4, L"IncrediMail"},
                                                 {5, L"Windows Live Mail"}}));
-}
-
-TEST(ClientTable, EveryClientHasAPictureOfItsOwn) {
-  std::set<unsigned> pictures;
-  for (const ClientRow& row : AllClients()) {
-    EXPECT_NE(row.tileBitmap, 0U);
-    EXPECT_TRUE(pictures.insert(row.tileBitmap).second);
-  }
 }
 
 TEST(ClientTable, ScopedTableReplacesTheRowsAndGivesThemBack) {

@@ -9,6 +9,7 @@
 #include "wizard/CPostmarkerApp_win.h"
 #include "wizard/CWizardSheet_win.h"
 #include "wizard/ClientOffers.h"
+#include "wizard/ClientPictures.h"
 
 namespace postmarker {
 namespace {
@@ -65,7 +66,8 @@ bool CPageChooseClient::OnInitDialog() {
 
 void CPageChooseClient::BuildImageList() {
   for (const ClientRow& client : AllClients()) {
-    const BitmapHandle tile = client.tileBitmap != 0 ? LoadTile(client.tileBitmap) : BitmapHandle();
+    const unsigned bitmap = TilePictureOf(client.displayName);
+    const BitmapHandle tile = bitmap != 0 ? LoadTile(bitmap) : BitmapHandle();
     BITMAP picture = {};
     if (!tile || ::GetObjectW(tile.Get(), sizeof(picture), &picture) == 0) {
       continue;
@@ -77,13 +79,14 @@ void CPageChooseClient::BuildImageList() {
                                               static_cast<int>(AllClients().size()), 0));
     }
     if (::ImageList_AddMasked(m_clientImages.Get(), tile.Get(), kTransparent) >= 0) {
-      m_bitmaps.push_back(client.tileBitmap);
+      m_bitmaps.push_back(bitmap);
     }
   }
 }
 
 void CPageChooseClient::AddRow(const ClientRow& client, const std::wstring& status, bool enabled) {
-  const auto image = std::find(m_bitmaps.begin(), m_bitmaps.end(), client.tileBitmap);
+  const auto image =
+      std::find(m_bitmaps.begin(), m_bitmaps.end(), TilePictureOf(client.displayName));
   const IconHandle icon(image != m_bitmaps.end()
                             ? ::ImageList_GetIcon(m_clientImages.Get(),
                                                   static_cast<int>(image - m_bitmaps.begin()),

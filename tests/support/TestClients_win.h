@@ -130,8 +130,7 @@ class TestClients {
                 [found](const MachineView&) {
                   ++found->readyQuestions;
                   return found->isReady;
-                },
-            .tileBitmap = 10003 + static_cast<unsigned>(index)};
+                }};
   }
 
   std::array<ClientRow, 5> m_rows = {{
