@@ -8,6 +8,7 @@
 #include "clients/CrashGuard_win.h"
 #include "settings/AddressLists.h"
 #include "support/ComPtr_win.h"
+#include "support/ModuleReference_win.h"
 #include "support/Registry_win.h"
 
 namespace postmarker {
@@ -62,14 +63,6 @@ void HarvestClient(const ClientRow& row) {
   RunStep([&row] { CollectIntoWhitelist(*row.adapter); });
 }
 
-// One more reference on the module that this code lies in.
-HMODULE HoldThisModule() {
-  HMODULE module = nullptr;
-  ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                       reinterpret_cast<LPCWSTR>(&HarvestAllClients), &module);
-  return module;
-}
-
 DWORD WINAPI HarvestThread(void* argument) noexcept {
   HarvestAllClients();
   const auto module = static_cast<HMODULE>(argument);
@@ -90,7 +83,7 @@ void HarvestAllClients() {
 KernelHandle LaunchWhitelistPrefill() {
   RegistryKey::Create(HKEY_CURRENT_USER, kSpamfilterKey, KEY_WRITE | SuiteKeyView())
       .WriteDword(kWhitelistPrefilled, 1);
-  LibraryHandle module(HoldThisModule());
+  LibraryHandle module = ReferToThisModule();
   KernelHandle thread(
       ::CreateThread(nullptr, 0, &HarvestThread, module.Get(), CREATE_SUSPENDED, nullptr));
   if (thread) {

@@ -6,6 +6,7 @@
 #include "clients/ClientDetection.h"
 #include "clients/ClientTable.h"
 #include "resource.h"
+#include "support/ModuleReference_win.h"
 #include "ui/CWinApp.h"
 #include "wizard/CPageChooseClient_win.h"
 #include "wizard/CPageChooseSpamFolder_win.h"

@@ -55,13 +55,6 @@ DWORD WINAPI FolderWorker(void* argument) noexcept {
 
 }  // namespace
 
-LibraryHandle ReferToThisModule() {
-  HMODULE module = nullptr;
-  ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                       reinterpret_cast<LPCWSTR>(&FolderWorker), &module);
-  return LibraryHandle(module);
-}
-
 KernelHandle CreateFolderWorker(FolderWorkerStart* start) {
   return KernelHandle(::CreateThread(nullptr, 0, &FolderWorker, start, CREATE_SUSPENDED, nullptr));
 }

@@ -27,7 +27,4 @@ struct FolderWorkerStart {
 // Creates the worker suspended; the thread owns *start from then on. Null if it can't be created.
 KernelHandle CreateFolderWorker(FolderWorkerStart* start);
 
-// One more reference on the module that this code lies in.
-LibraryHandle ReferToThisModule();
-
 }  // namespace postmarker
