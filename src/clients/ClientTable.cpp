@@ -8,6 +8,7 @@
 #if defined(_WIN32)
 #include "clients/incredimail/ImIdentity_win.h"
 #include "clients/incredimail/IncrediMailAdapter_win.h"
+#include "clients/outlook/OutlookAdapter_win.h"
 #include "clients/thunderbird/TbInstallation_win.h"
 #include "clients/thunderbird/ThunderbirdAdapter_win.h"
 #endif
@@ -19,6 +20,15 @@ namespace {
 const MailClientAdapter* UnknownClient() {
   static const MailClientAdapter adapter;
   return &adapter;
+}
+
+const MailClientAdapter* Outlook() {
+#if defined(_WIN32)
+  static const OutlookAdapter adapter;
+  return &adapter;
+#else
+  return UnknownClient();
+#endif
 }
 
 const MailClientAdapter* IncrediMail() {
@@ -65,8 +75,7 @@ std::span<const ClientRow> BuiltInRows() {
   static const ClientRow rows[] = {
       {.displayName = L"Microsoft Outlook",
        .settingsName = L"Microsoft Outlook",
-       .needsOutlookSession = true,
-       .adapter = UnknownClient(),
+       .adapter = Outlook(),
        .isInstalled = IsOutlookConfigured,
        .harvestTurn = 1},
       // Deliberate: both clients of the store interfaces share one record of settings, so that who

@@ -34,9 +34,6 @@ struct ClientRow {
   // The client can be told to move mails, so the wizard's switch for it is of use.
   bool canMoveEmails = true;
 
-  // The application object of Outlook must be at hand for its operations.
-  bool needsOutlookSession = false;
-
   const MailClientAdapter* adapter = nullptr;
 
   // What IsClientInstalled, IsClientSupported and IsClientReady ask. Without a function the answers

@@ -56,12 +56,12 @@ TEST(ClientTable, UnknownClientHasNoFoldersNoDefaultAndNoNewFolder) {
   EXPECT_TRUE(row->settingsName.empty());
   EXPECT_TRUE(row->hookModule.empty());
   MailFolderList folders;
-  row->adapter->ListFolders(&folders, {});
+  row->adapter->ListFolders({}, &folders);
   EXPECT_TRUE(folders.empty());
-  EXPECT_EQ(row->adapter->FindDefaultFolder(folders, {}), MailFolderRef());
+  EXPECT_EQ(row->adapter->FindDefaultFolder({}, folders), MailFolderRef());
   EXPECT_TRUE(row->adapter->CanCreateFolder());
   MailFolderRef created;
-  EXPECT_EQ(row->adapter->CreateFolder(L"Spam", {}, {}, &created), kFail);
+  EXPECT_EQ(row->adapter->CreateFolder({}, L"Spam", {}, &created), kFail);
   EXPECT_EQ(created, MailFolderRef());
 }
 
@@ -74,14 +74,13 @@ TEST(ClientTable, HookModules) {
   EXPECT_TRUE(FindClient(L"Mozilla Thunderbird")->hookModule.empty());
 }
 
-TEST(ClientTable, LocalFolderIdsMovingAndOutlookSession) {
+TEST(ClientTable, LocalFolderIdsAndMoving) {
   for (const ClientRow& row : AllClients()) {
     const bool isLocal = row.displayName == L"Outlook Express" ||
                          row.displayName == L"Windows Mail" ||
                          row.displayName == L"Windows Live Mail";
     EXPECT_EQ(row.hasLocalFolderIds, isLocal);
     EXPECT_EQ(row.canMoveEmails, row.displayName != L"IncrediMail");
-    EXPECT_EQ(row.needsOutlookSession, row.displayName == L"Microsoft Outlook");
   }
 }
 

@@ -2,11 +2,19 @@
 
 namespace postmarker {
 
-void MailClientAdapter::ListFolders(MailFolderList* /*folders*/,
-                                    const ClientSession& /*session*/) const {}
+ResultCode ClientHold::EnsureSession() {
+  return kOk;
+}
 
-MailFolderRef MailClientAdapter::FindDefaultFolder(const MailFolderList& /*folders*/,
-                                                   const ClientSession& /*session*/) const {
+ClientSession ClientHold::OpenSession() {
+  return {};
+}
+
+void MailClientAdapter::ListFolders(const ClientSession& /*session*/,
+                                    MailFolderList* /*folders*/) const {}
+
+MailFolderRef MailClientAdapter::FindDefaultFolder(const ClientSession& /*session*/,
+                                                   const MailFolderList& /*folders*/) const {
   return {};
 }
 
@@ -14,22 +22,22 @@ bool MailClientAdapter::CanCreateFolder() const {
   return true;
 }
 
-ResultCode MailClientAdapter::CreateFolder(const std::wstring& /*name*/,
+ResultCode MailClientAdapter::CreateFolder(const ClientSession& /*session*/,
+                                           const std::wstring& /*name*/,
                                            const MailFolderRef& /*parent*/,
-                                           const ClientSession& /*session*/,
                                            MailFolderRef* /*created*/) const {
   return kFail;
 }
 
-ResultCode MailClientAdapter::CollectSentAddresses(AddressSet* /*addresses*/,
-                                                   const ClientSession& /*session*/,
-                                                   const ProgressCallbacks* /*callbacks*/) const {
+ResultCode MailClientAdapter::CollectSentAddresses(const ClientSession& /*session*/,
+                                                   const ProgressCallbacks* /*callbacks*/,
+                                                   AddressSet* /*addresses*/) const {
   return kOk;
 }
 
-ResultCode MailClientAdapter::HarvestAddresses(AddressSet* addresses,
-                                               const ClientSession& session) const {
-  return CollectSentAddresses(addresses, session, nullptr);
+ResultCode MailClientAdapter::HarvestAddresses(const ClientSession& session,
+                                               AddressSet* addresses) const {
+  return CollectSentAddresses(session, nullptr, addresses);
 }
 
 bool MailClientAdapter::ReadStoreId(std::string* /*storeId*/) const {
@@ -38,7 +46,7 @@ bool MailClientAdapter::ReadStoreId(std::string* /*storeId*/) const {
 
 void MailClientAdapter::SetMoveMails(bool /*move*/) const {}
 
-std::unique_ptr<ClientHold> MailClientAdapter::MakeHold() const {
+std::shared_ptr<ClientHold> MailClientAdapter::MakeHold(WizardRequest* /*request*/) const {
   return nullptr;
 }
 

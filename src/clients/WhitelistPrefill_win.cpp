@@ -1,13 +1,11 @@
 #include "clients/WhitelistPrefill_win.h"
 
 #include <algorithm>
-#include <optional>
 #include <vector>
 
 #include "clients/ClientTable.h"
 #include "clients/CrashGuard_win.h"
 #include "settings/AddressLists.h"
-#include "support/ComPtr_win.h"
 #include "support/ModuleReference_win.h"
 #include "support/Registry_win.h"
 
@@ -32,7 +30,7 @@ std::vector<const ClientRow*> RowsByTurn() {
 
 void CollectIntoWhitelist(const MailClientAdapter& adapter) {
   AddressSet addresses;
-  (void)adapter.HarvestAddresses(&addresses, {});
+  (void)adapter.HarvestAddresses({}, &addresses);
   for (const std::wstring& address : addresses) {
     (void)AddAddressToWhitelist(address, true);
   }
@@ -55,12 +53,7 @@ void HarvestClient(const ClientRow& row) {
   if (!row.isInstalled || !row.isInstalled(ThisMachine())) {
     return;
   }
-  std::optional<ComApartment> apartment;
-  if (row.needsOutlookSession && FAILED(apartment.emplace().Result())) {
-    return;
-  }
-  // A step of its own, so that the apartment is left also after a crash.
-  RunStep([&row] { CollectIntoWhitelist(*row.adapter); });
+  CollectIntoWhitelist(*row.adapter);
 }
 
 DWORD WINAPI HarvestThread(void* argument) noexcept {

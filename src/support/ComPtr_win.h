@@ -39,6 +39,9 @@ class ComPtr {
     }
   }
 
+  // Gives up the reference: the caller releases.
+  [[nodiscard]] Interface* Detach() { return std::exchange(m_pointer, nullptr); }
+
   // For functions that write an interface pointer.
   [[nodiscard]] Interface** Put() {
     Reset();

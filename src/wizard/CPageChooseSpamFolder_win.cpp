@@ -155,7 +155,7 @@ void CPageChooseSpamFolder::CreateFolderBelowSelection() {
   }
   const CWaitCursor wait;
   MailFolderRef created;
-  if (Failed(Wizard()->CreateFolder(&created, dialog.FolderName(), *parent))) {
+  if (Failed(Wizard()->CreateFolder(dialog.FolderName(), *parent, &created))) {
     ShowAtNext(LoadText(IDS_FOLDER_NOT_CREATED));
     return;
   }

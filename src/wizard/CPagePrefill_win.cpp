@@ -88,7 +88,9 @@ void CPagePrefill::StartWorker() {
   auto job = std::make_unique<PrefillJob>();
   job->pageWindow = Handle();
   job->progressWindow = Item(IDC_PREFILL_PROGRESS);
-  job->request = Wizard() != nullptr ? Wizard()->Request() : nullptr;
+  if (Wizard() != nullptr && Wizard()->Request() != nullptr) {
+    job->client = Wizard()->Link();
+  }
   job->stopEvent = m_stopEvent.Get();
   job->abandoned = &m_abandoned;
   job->unreadAddresses = &m_unreadAddresses;

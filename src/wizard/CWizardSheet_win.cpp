@@ -14,7 +14,6 @@
 #include "wizard/CPageSettings_win.h"
 #include "wizard/CPageWizard_win.h"
 #include "wizard/Colors_win.h"
-#include "wizard/FolderWorker_win.h"
 #include "wizard/WindowHook_win.h"
 #include "wizard/WorkerMap_win.h"
 
@@ -66,7 +65,6 @@ CWizardSheet::CWizardSheet(const std::wstring& caption, WizardRequest* request, 
   WorkerMap.Enter(this);
   AddPages();
   m_apartment = std::make_unique<ComApartment>();
-  m_outlook = std::make_unique<OutlookSession>();
 }
 
 CWizardSheet::CWizardSheet(UINT captionId, WizardRequest* request, HWND owner, UINT firstPage)
@@ -85,12 +83,11 @@ CWizardSheet::~CWizardSheet() {
   }
   // The worker is not waited for: it holds the module itself and may be busy for long.
   m_workerThread.Reset();
-  m_outlook->RevokeCookie();
-  m_outlook->LogOff();
-  m_clientHold.reset();
-  m_outlook->ReleaseTable();
+  if (m_clientHold) {
+    // A worker that is still busy keeps the object, but not the client.
+    m_clientHold->Disconnect();
+  }
   m_defaultFolder.reset();
-  m_outlook.reset();
   m_apartment.reset();
 }
 
@@ -134,24 +131,25 @@ bool CWizardSheet::CanCreateFolder() const {
   return Client().adapter->CanCreateFolder();
 }
 
-HRESULT CWizardSheet::EnsureOutlookSession() {
-  const HRESULT hr =
-      m_outlook->Ensure(m_request != nullptr ? m_request->outlookApplication : nullptr);
-  if (m_request != nullptr) {
-    m_request->outlookCookie = m_outlook->Cookie();
+ClientHold* CWizardSheet::MakeHoldOnce() {
+  if (!m_clientHold && m_request != nullptr) {
+    m_clientHold = Client().adapter->MakeHold(m_request);
   }
-  return hr;
+  return m_clientHold.get();
+}
+
+ClientLink CWizardSheet::Link() const {
+  return {Client().adapter, m_clientHold};
+}
+
+ResultCode CWizardSheet::EnsureOutlookSession() {
+  ClientHold* const hold = MakeHoldOnce();
+  return hold != nullptr ? hold->EnsureSession() : kOk;
 }
 
 void CWizardSheet::PrepareClient() {
-  if (Client().needsOutlookSession) {
-    (void)EnsureOutlookSession();
-  }
-  if (!m_clientHold) {
-    m_clientHold = Client().adapter->MakeHold();
-  }
-  if (m_clientHold) {
-    m_clientHold->Connect();
+  if (ClientHold* const hold = MakeHoldOnce()) {
+    hold->Connect();
   }
 }
 
@@ -162,9 +160,8 @@ void CWizardSheet::StartFolderWorker() {
   PrepareClient();
   auto start = std::make_unique<FolderWorkerStart>();
   start->sheet = this;
-  start->clientName = m_request->clientName;
-  start->needsOutlook = Client().needsOutlookSession;
-  start->outlookCookie = m_outlook->Cookie();
+  start->receiver = this;
+  start->client = Link();
   // Taken here and not by the thread, which might first run when the host has unloaded the module.
   start->module = ReferToThisModule();
   m_workerThread = CreateFolderWorker(start.get());
@@ -176,8 +173,8 @@ void CWizardSheet::StartFolderWorker() {
   ::ResumeThread(m_workerThread.Get());
 }
 
-void CWizardSheet::TakeFolders(MailFolderList folders,
-                               std::unique_ptr<MailFolderRef> defaultFolder) {
+void CWizardSheet::ReceiveFolders(MailFolderList folders,
+                                  std::unique_ptr<MailFolderRef> defaultFolder) {
   m_defaultFolder = std::move(defaultFolder);
   const std::lock_guard lock(FolderLock);
   m_request->folders = std::move(folders);
@@ -200,12 +197,8 @@ void CWizardSheet::GetFolders(MailFolderList* list) {
   }
   if (!AreFoldersReady()) {
     PrepareClient();
-    ComPtr<IDispatch> outlook;
-    if (Client().needsOutlookSession) {
-      (void)m_outlook->GetOutlookApplication(m_outlook->Cookie(), &outlook);
-    }
     MailFolderList folders;
-    Client().adapter->ListFolders(&folders, {outlook.Get()});
+    Client().adapter->ListFolders(Link().OpenSession({}), &folders);
     const std::lock_guard lock(FolderLock);
     m_request->folders = std::move(folders);
   }
@@ -223,29 +216,20 @@ void CWizardSheet::GetDefaultFolder(MailFolderRef* rec) {
   }
   MailFolderList folders;
   GetFolders(&folders);
-  ComPtr<IDispatch> outlook;
-  if (Client().needsOutlookSession && SUCCEEDED(EnsureOutlookSession())) {
-    (void)m_outlook->GetOutlookApplication(m_outlook->Cookie(), &outlook);
-  }
+  (void)EnsureOutlookSession();
   m_defaultFolder = std::make_unique<MailFolderRef>(
-      Client().adapter->FindDefaultFolder(folders, {outlook.Get()}));
+      Client().adapter->FindDefaultFolder(Link().OpenSession({}), folders));
 }
 
-ResultCode CWizardSheet::CreateFolder(MailFolderRef* rec, const std::wstring& name,
-                                      const MailFolderRef& parent) {
+ResultCode CWizardSheet::CreateFolder(const std::wstring& name, const MailFolderRef& parent,
+                                      MailFolderRef* rec) {
   if (m_request == nullptr) {
     return kFail;
   }
-  const ClientRow& client = Client();
-  ComPtr<IDispatch> outlook;
-  bool skip = false;
-  if (client.needsOutlookSession) {
-    // Deliberate: without a session the adapter is passed over and an empty record goes on.
-    skip = FAILED(EnsureOutlookSession()) ||
-           FAILED(m_outlook->GetOutlookApplication(m_outlook->Cookie(), &outlook));
-  }
-  if (!skip) {
-    const ResultCode result = client.adapter->CreateFolder(name, parent, {outlook.Get()}, rec);
+  // Deliberate: without a session the adapter is passed over and an empty record goes on.
+  if (Succeeded(EnsureOutlookSession())) {
+    const ResultCode result =
+        Client().adapter->CreateFolder(Link().OpenSession({}), name, parent, rec);
     if (Failed(result)) {
       return result;
     }
@@ -256,17 +240,14 @@ ResultCode CWizardSheet::CreateFolder(MailFolderRef* rec, const std::wstring& na
   return kOk;
 }
 
-ResultCode CWizardSheet::CollectSentAddresses(AddressSet* addresses, const WizardRequest* request,
-                                              const ProgressCallbacks* callbacks) {
+ResultCode CWizardSheet::CollectSentAddresses(const WizardRequest* request,
+                                              const ProgressCallbacks* callbacks,
+                                              AddressSet* addresses) const {
   if (request == nullptr) {
     return kNullPointer;
   }
-  const ClientRow* const client = FindClient(request->clientName);
-  ComPtr<IDispatch> outlook;
-  if (client->needsOutlookSession) {
-    (void)FetchOutlookApplication(request->outlookCookie, &outlook);
-  }
-  return client->adapter->CollectSentAddresses(addresses, {outlook.Get()}, callbacks);
+  const ClientLink client = {FindClient(request->clientName)->adapter, m_clientHold};
+  return client.CollectSentAddresses(callbacks, {}, addresses);
 }
 
 HBITMAP CWizardSheet::BannerBitmap(SIZE size) {

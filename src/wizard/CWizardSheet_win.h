@@ -12,7 +12,7 @@
 #include "support/Handles_win.h"
 #include "support/Results.h"
 #include "ui/CPropertySheet.h"
-#include "wizard/OutlookSession_win.h"
+#include "wizard/FolderWorker_win.h"
 
 namespace postmarker {
 
@@ -21,12 +21,11 @@ class CPageChooseSpamFolder;
 class CPagePrefill;
 class CPageSettings;
 class CPageWizard;
-class ClientHold;
 struct ClientRow;
 
 // Built on the stack of ShowWizard. All operations are for the sheet's thread unless told
 // otherwise, and each does nothing, or fails with E_FAIL, without a request.
-class CWizardSheet : public CPropertySheet {
+class CWizardSheet : public CPropertySheet, private FolderReceiver {
  public:
   // Builds the pages and joins the thread to a single-threaded apartment until the destructor.
   // `request` may be null and must outlive the sheet; `owner` may be null.
@@ -52,8 +51,15 @@ class CWizardSheet : public CPropertySheet {
 
   // Creates a folder under `parent` in the client. On success *rec is the new folder, the request's
   // spam folder and the last of its folders; a failure changes nothing.
-  ResultCode CreateFolder(MailFolderRef* rec, const std::wstring& name,
-                          const MailFolderRef& parent);
+  ResultCode CreateFolder(const std::wstring& name, const MailFolderRef& parent,
+                          MailFolderRef* rec);
+
+  // Gets hold of the client, which is started if need be; blocks until that is done.
+  void PrepareClient();
+
+  // Makes sure that the session that the client's operations need is there: 0 if it is, and for
+  // clients that need none. The operations of the sheet ask for it themselves.
+  ResultCode EnsureOutlookSession();
 
   // Starts reading the folders on a worker; at most once a sheet.
   void StartFolderWorker();
@@ -80,16 +86,16 @@ class CWizardSheet : public CPropertySheet {
   ResultCode ApplySettings();
 
   // Adds the addresses the person has written to in the request's client. E_POINTER without a
-  // request. For the prefill worker, in an apartment of its own; it needs no sheet.
-  static ResultCode CollectSentAddresses(AddressSet* addresses, const WizardRequest* request,
-                                         const ProgressCallbacks* callbacks);
+  // request. Any thread, in an apartment of its own.
+  ResultCode CollectSentAddresses(const WizardRequest* request, const ProgressCallbacks* callbacks,
+                                  AddressSet* addresses) const;
+
+  // The request's client as a worker takes it along.
+  [[nodiscard]] ClientLink Link() const;
 
   // The picture of the first and last page, loaded when it is first asked for and scaled to `size`.
   // Null if there is none.
   HBITMAP BannerBitmap(SIZE size);
-
-  // For the folder worker, under WorkerMap's lock: stores what it read.
-  void TakeFolders(MailFolderList folders, std::unique_ptr<MailFolderRef> defaultFolder);
 
  protected:
   bool OnInitDialog() override;
@@ -102,9 +108,10 @@ class CWizardSheet : public CPropertySheet {
   LRESULT HandleDestroy(const MessageArgs& args);
   LRESULT HandleColor(const MessageArgs& args);
 
+  void ReceiveFolders(MailFolderList folders,
+                      std::unique_ptr<MailFolderRef> defaultFolder) override;
   void AddPages();
-  HRESULT EnsureOutlookSession();
-  void PrepareClient();
+  ClientHold* MakeHoldOnce();
   void SetHelpLink(int number, const wchar_t* topic);
   void RefreshStoreId(const ClientRow& client) const;
   void SaveSettings(const ClientRow& client, bool* moveChanged, bool* folderChanged) const;
@@ -112,8 +119,7 @@ class CWizardSheet : public CPropertySheet {
 
   // In the order in which the destructor needs them to go: the pages first, the apartment last.
   std::unique_ptr<ComApartment> m_apartment;
-  std::unique_ptr<OutlookSession> m_outlook;
-  std::unique_ptr<ClientHold> m_clientHold;
+  std::shared_ptr<ClientHold> m_clientHold;
   std::unique_ptr<MailFolderRef> m_defaultFolder;
   std::unique_ptr<CPageWizard> m_welcomePage;
   std::unique_ptr<CPageChooseClient> m_clientPage;

@@ -3,10 +3,7 @@
 #include <memory>
 #include <utility>
 
-#include "clients/ClientTable.h"
 #include "support/ComPtr_win.h"
-#include "wizard/CWizardSheet_win.h"
-#include "wizard/OutlookSession_win.h"
 #include "wizard/WorkerMap_win.h"
 
 namespace postmarker {
@@ -17,18 +14,18 @@ void ReadFolders(const FolderWorkerStart& start) {
   if (FAILED(apartment.Result())) {
     return;
   }
-  ComPtr<IDispatch> outlook;
-  if (start.needsOutlook) {
-    (void)FetchOutlookApplication(start.outlookCookie, &outlook);
-  }
-  const ClientSession session = {outlook.Get()};
-  const MailClientAdapter& adapter = *FindClient(start.clientName)->adapter;
   MailFolderList folders;
-  adapter.ListFolders(&folders, session);
-  auto defaultFolder = std::make_unique<MailFolderRef>(adapter.FindDefaultFolder(folders, session));
-  outlook.Reset();
+  std::unique_ptr<MailFolderRef> defaultFolder;
+  {
+    // Nobody waits for the folders once the sheet is gone.
+    const ClientSession session = start.client.OpenSession(
+        [&start] { return !WorkerMap.WithSheet(start.sheet, start.number, [] {}); });
+    const MailClientAdapter& adapter = *start.client.adapter;
+    adapter.ListFolders(session, &folders);
+    defaultFolder = std::make_unique<MailFolderRef>(adapter.FindDefaultFolder(session, folders));
+  }
   WorkerMap.WithSheet(start.sheet, start.number, [&] {
-    start.sheet->TakeFolders(std::move(folders), std::move(defaultFolder));
+    start.receiver->ReceiveFolders(std::move(folders), std::move(defaultFolder));
   });
 }
 

@@ -4,23 +4,32 @@
 #include <windows.h>
 
 #include <cstdint>
-#include <string>
+#include <memory>
 
+#include "clients/ClientLink.h"
 #include "support/Handles_win.h"
 
 namespace postmarker {
 
 class CWizardSheet;
 
+// Gets what a worker has read. Called on the worker's thread, while the sheet can't go.
+class FolderReceiver {
+ public:
+  virtual void ReceiveFolders(MailFolderList folders,
+                              std::unique_ptr<MailFolderRef> defaultFolder) = 0;
+
+ protected:
+  ~FolderReceiver() = default;
+};
+
 // What a worker takes along. It reads nothing of the sheet or the request, which may both go while
 // it works.
 struct FolderWorkerStart {
-  CWizardSheet* sheet =
-      nullptr;          // only as a key of WorkerMap until that says that it is still there
-  uint64_t number = 0;  // of WorkerMap; 0 makes the thread leave at once
-  std::wstring clientName;
-  bool needsOutlook = false;
-  DWORD outlookCookie = 0;
+  CWizardSheet* sheet = nullptr;       // a key of WorkerMap and nothing else
+  uint64_t number = 0;                 // of WorkerMap; 0 makes the thread leave at once
+  FolderReceiver* receiver = nullptr;  // only while WorkerMap says that the sheet is there
+  ClientLink client;
   LibraryHandle module;  // keeps the code in memory if the host unloads the module meanwhile
 };
 

@@ -4,7 +4,6 @@
 #include "support/Bstr_win.h"
 #include "support/ComPtr_win.h"
 #include "ui/CWinApp.h"
-#include "wizard/CWizardSheet_win.h"
 
 namespace postmarker {
 namespace {
@@ -110,7 +109,8 @@ void Collect(PrefillJob* job) {
   const Bstr text = MakeBstr({});
   const ProgressCallbacks callbacks = CallbacksFor(job, text.Get());
   AddressSet addresses;
-  (void)CWizardSheet::CollectSentAddresses(&addresses, job->request, &callbacks);
+  (void)job->client.CollectSentAddresses(
+      &callbacks, [job] { return IsStopped(*job); }, &addresses);
   PostAddresses(*job, addresses);
 }
 

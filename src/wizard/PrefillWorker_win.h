@@ -7,7 +7,7 @@
 #include <atomic>
 #include <memory>
 
-#include "postmarker/WizardRequest.h"
+#include "clients/ClientLink.h"
 #include "support/Handles_win.h"
 
 namespace postmarker {
@@ -23,7 +23,7 @@ inline constexpr UINT kPrefillFinished = 0x406;  // second parameter: 1; comes l
 struct PrefillJob {
   HWND pageWindow = nullptr;                     // where messages go
   HWND progressWindow = nullptr;                 // the bar that shows them
-  WizardRequest* request = nullptr;              // may be null
+  ClientLink client;                             // without an adapter nothing is collected
   HANDLE stopEvent = nullptr;                    // not owned; signalled: return early
   const std::atomic<bool>* abandoned = nullptr;  // true: nobody reads what is posted any more
   std::atomic<int>* unreadAddresses = nullptr;   // posted, and not read by the page yet

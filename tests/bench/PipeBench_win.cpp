@@ -143,7 +143,7 @@ void BridgeCommand(benchmark::State& state) {
   Check(state, connection.Pipe().Init(kPipeName, kBufferChars, 0) && connection.Pipe().Open());
   for (auto _ : state) {
     int32_t count = 0;
-    thunderbird::SentItemsEntries(&connection, &count, kThunderbirdCommandSeconds);
+    thunderbird::SentItemsEntries(&connection, kThunderbirdCommandSeconds, &count);
     Check(state, count == 42);
   }
 }
@@ -165,7 +165,7 @@ void BridgeFolders(benchmark::State& state) {
   Check(state, connection.Pipe().Init(kPipeName, kBufferChars, 0) && connection.Pipe().Open());
   for (auto _ : state) {
     MailFolderList folders;
-    thunderbird::GiveAllFolders(&connection, &folders, kThunderbirdCommandSeconds);
+    thunderbird::GiveAllFolders(&connection, kThunderbirdCommandSeconds, &folders);
     Check(state, folders.size() == kFolders);
   }
 }

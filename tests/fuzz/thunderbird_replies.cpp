@@ -60,20 +60,20 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     ResultCode result = kFail;
     switch (command) {
       case 0:
-        result = thunderbird::GiveAllFolders(&channel, &folders, kLimit);
+        result = thunderbird::GiveAllFolders(&channel, kLimit, &folders);
         break;
       case 1:
-        result = thunderbird::GiveContacts(&channel, &addresses, kLimit);
+        result = thunderbird::GiveContacts(&channel, kLimit, &addresses);
         break;
       case 2:
-        result = thunderbird::SentItemsEntries(&channel, &count, kLimit);
+        result = thunderbird::SentItemsEntries(&channel, kLimit, &count);
         break;
       case 3:
         result =
-            thunderbird::GiveAddressesFromSentItems(&channel, &addresses, 1, &callbacks, kLimit);
+            thunderbird::GiveAddressesFromSentItems(&channel, 1, &callbacks, kLimit, &addresses);
         break;
       case 4:
-        result = thunderbird::AddNewFolder(&channel, folder, L"New", &folders, kLimit);
+        result = thunderbird::AddNewFolder(&channel, L"New", folder, kLimit, &folders);
         break;
       default:
         result = thunderbird::SetMoveMails(&channel, true, kLimit);

@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "clients/ClientTable.h"
 
@@ -34,20 +35,20 @@ class ScriptedClient : public MailClientAdapter {
   mutable std::atomic<int> holds = 0;  // that are there now
   mutable std::atomic<int> connections = 0;
 
-  void ListFolders(MailFolderList* out, const ClientSession& /*session*/) const override {
+  void ListFolders(const ClientSession& /*session*/, MailFolderList* out) const override {
     if (beforeListing) {
       beforeListing();
     }
     out->insert(out->end(), folders.begin(), folders.end());
     ++listings;
   }
-  [[nodiscard]] MailFolderRef FindDefaultFolder(const MailFolderList& /*list*/,
-                                                const ClientSession& /*session*/) const override {
+  [[nodiscard]] MailFolderRef FindDefaultFolder(const ClientSession& /*session*/,
+                                                const MailFolderList& /*list*/) const override {
     return defaultFolder;
   }
   [[nodiscard]] bool CanCreateFolder() const override { return canCreate; }
-  ResultCode CreateFolder(const std::wstring& name, const MailFolderRef& parent,
-                          const ClientSession& /*session*/, MailFolderRef* created) const override {
+  ResultCode CreateFolder(const ClientSession& /*session*/, const std::wstring& name,
+                          const MailFolderRef& parent, MailFolderRef* created) const override {
     if (Failed(createResult)) {
       return createResult;
     }
@@ -57,8 +58,9 @@ class ScriptedClient : public MailClientAdapter {
     *created = {path, "new-" + std::to_string(creations), parent.secondId, 1};
     return createResult;
   }
-  ResultCode CollectSentAddresses(AddressSet* out, const ClientSession& /*session*/,
-                                  const ProgressCallbacks* callbacks) const override {
+  ResultCode CollectSentAddresses(const ClientSession& /*session*/,
+                                  const ProgressCallbacks* callbacks,
+                                  AddressSet* out) const override {
     ++collections;
     if (whileCollecting) {
       whileCollecting(callbacks);
@@ -71,19 +73,20 @@ class ScriptedClient : public MailClientAdapter {
     return !storeId.empty();
   }
   void SetMoveMails(bool /*move*/) const override { ++moveSwitches; }
-  [[nodiscard]] std::unique_ptr<ClientHold> MakeHold() const override {
-    return needsHold ? std::make_unique<Hold>(this) : nullptr;
+  [[nodiscard]] std::shared_ptr<ClientHold> MakeHold(WizardRequest* /*request*/) const override {
+    return needsHold ? std::make_shared<Hold>(this) : nullptr;
   }
 
  private:
   class Hold : public ClientHold {
    public:
     explicit Hold(const ScriptedClient* client) : m_client(client) { ++client->holds; }
-    ~Hold() override { --m_client->holds; }
     void Connect() override { ++m_client->connections; }
+    void Disconnect() override { m_client->holds -= std::exchange(m_isHeld, false) ? 1 : 0; }
 
    private:
     const ScriptedClient* m_client;
+    bool m_isHeld = true;
   };
 };
 

@@ -81,7 +81,7 @@ class ThunderbirdTest : public testing::Test {
   // What arrives of the folders within a second.
   static std::vector<std::wstring> FolderNames() {
     MailFolderList folders;
-    EXPECT_EQ(thunderbird::GiveAllFolders(Connect().get(), &folders, kQuickLimit), kOk);
+    EXPECT_EQ(thunderbird::GiveAllFolders(Connect().get(), kQuickLimit, &folders), kOk);
     std::vector<std::wstring> names;
     for (const MailFolderRef& folder : folders) {
       names.push_back(folder.name);
@@ -91,7 +91,7 @@ class ThunderbirdTest : public testing::Test {
 
   static MailFolderList AllFolders() {
     MailFolderList folders;
-    ThunderbirdAdapter().ListFolders(&folders, {});
+    ThunderbirdAdapter().ListFolders({}, &folders);
     return folders;
   }
 

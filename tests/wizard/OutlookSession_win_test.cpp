@@ -5,6 +5,7 @@
 #include <atomic>
 #include <functional>
 
+#include "clients/outlook/OutlookAdapter_win.h"
 #include "support/Registry_win.h"
 #include "wizard/WizardFixture_win.h"
 
@@ -83,15 +84,15 @@ struct FakeOutlook {
 };
 
 // Notes whether it was given Outlook's application.
-class OutlookLikeClient : public MailClientAdapter {
+class OutlookLikeClient : public OutlookAdapter {
  public:
   mutable std::atomic<int> listingsWithOutlook = 0;
   mutable std::atomic<int> creations = 0;
-  void ListFolders(MailFolderList* folders, const ClientSession& session) const override {
+  void ListFolders(const ClientSession& session, MailFolderList* folders) const override {
     listingsWithOutlook += session.outlookApplication != nullptr ? 1 : 0;
     *folders = SmallStore();
   }
-  ResultCode CreateFolder(const std::wstring&, const MailFolderRef&, const ClientSession&,
+  ResultCode CreateFolder(const ClientSession&, const std::wstring&, const MailFolderRef&,
                           MailFolderRef*) const override {
     ++creations;
     return kFail;
@@ -103,7 +104,6 @@ class OutlookSessionTest : public WizardFixture {
   OutlookSessionTest() {
     m_row.displayName = L"Microsoft Outlook";
     m_row.settingsName = L"Microsoft Outlook";
-    m_row.needsOutlookSession = true;
     m_row.adapter = &m_client;
     m_table = std::make_unique<ScopedClientTable>(std::span<const ClientRow>(&m_row, 1));
     m_request.clientName = L"Microsoft Outlook";
@@ -165,7 +165,7 @@ TEST_F(OutlookSessionTest, SessionIsOpenedOnce) {
   MailFolderRef rec;
   sheet.GetFolders(&folders);
   sheet.GetDefaultFolder(&rec);
-  (void)sheet.CreateFolder(&rec, L"x", folders[0]);
+  (void)sheet.CreateFolder(L"x", folders[0], &rec);
   EXPECT_EQ(m_outlook.logons, 1);
   EXPECT_EQ(m_client.creations, 1);
 }
@@ -200,7 +200,7 @@ TEST_F(OutlookSessionTest, WithoutASessionANewFolderIsAnEmptyRecordAndTheClientI
   const ModuleStateGuard guard;
   CWizardSheet sheet(L"Kestrelon", &m_request, nullptr, 0);
   MailFolderRef rec;
-  EXPECT_EQ(sheet.CreateFolder(&rec, L"x", {}), kOk);
+  EXPECT_EQ(sheet.CreateFolder(L"x", {}, &rec), kOk);
   EXPECT_EQ(m_client.creations, 0);
   EXPECT_EQ(rec, MailFolderRef());
   EXPECT_EQ(m_request.folders.size(), 1U);

@@ -311,7 +311,9 @@ TEST_F(PrefillPageTest, ClientThatThrowsLeavesAnEmptyGrid) {
 
 TEST_F(PrefillPageTest, NoRequestFailsWithANullPointer) {
   AddressSet addresses;
-  EXPECT_EQ(CWizardSheet::CollectSentAddresses(&addresses, nullptr, nullptr), kNullPointer);
+  const ModuleStateGuard guard;
+  const CWizardSheet sheet(L"Kestrelon", nullptr, nullptr, 0);
+  EXPECT_EQ(sheet.CollectSentAddresses(nullptr, nullptr, &addresses), kNullPointer);
   EXPECT_THAT(addresses, IsEmpty());
 }
 

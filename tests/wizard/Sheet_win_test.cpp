@@ -45,7 +45,7 @@ TEST_F(SheetTest, UnknownClientGetsNoFoldersNoDefaultAndItsOwnNameAsKey) {
   EXPECT_EQ(rec, MailFolderRef());
   EXPECT_EQ(s.sheet.GetClientSettingsName(), L"Pigeon Post");
   EXPECT_TRUE(s.sheet.CanCreateFolder());
-  EXPECT_EQ(s.sheet.CreateFolder(&rec, L"x", {}), kFail);
+  EXPECT_EQ(s.sheet.CreateFolder(L"x", {}, &rec), kFail);
 }
 
 TEST_F(SheetTest, ClientNamesAreComparedWithoutRegardToCase) {
@@ -66,7 +66,7 @@ TEST_F(SheetTest, WithoutARequestEveryOperationKeepsStill) {
   EXPECT_EQ(s.sheet.GetClientSettingsName(), L"");
   EXPECT_EQ(s.sheet.LoadConfiguredSpamFolder(&rec), kFail);
   EXPECT_EQ(s.sheet.SetSpamFolder(rec), kFail);
-  EXPECT_EQ(s.sheet.CreateFolder(&rec, L"x", rec), kFail);
+  EXPECT_EQ(s.sheet.CreateFolder(L"x", rec, &rec), kFail);
   EXPECT_EQ(s.sheet.ApplySettings(), kOk);
   s.sheet.StartFolderWorker();
 }
@@ -126,7 +126,7 @@ TEST_F(SheetTest, CreatedFolderBecomesTheSpamFolderAndTheLastOfTheList) {
   MailFolderList folders;
   s.sheet.GetFolders(&folders);
   MailFolderRef rec;
-  EXPECT_EQ(s.sheet.CreateFolder(&rec, L"New", folders[1]), kOk);
+  EXPECT_EQ(s.sheet.CreateFolder(L"New", folders[1], &rec), kOk);
   EXPECT_EQ(m_request.spamFolder, rec);
   EXPECT_EQ(m_request.folders.back(), rec);
 }

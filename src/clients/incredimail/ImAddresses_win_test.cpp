@@ -63,7 +63,7 @@ class ImAddressesTest : public testing::Test {
 
   static AddressSet Collect(const ProgressCallbacks* callbacks) {
     AddressSet addresses;
-    EXPECT_EQ(FindClient(L"IncrediMail")->adapter->CollectSentAddresses(&addresses, {}, callbacks),
+    EXPECT_EQ(FindClient(L"IncrediMail")->adapter->CollectSentAddresses({}, callbacks, &addresses),
               kOk);
     return addresses;
   }
@@ -78,7 +78,7 @@ TEST_F(ImAddressesTest, AreThoseOfAllIdentitiesSentMailAndAddressBooks) {
 
 TEST_F(ImAddressesTest, OfSentMailAndOfContactsApart) {
   AddressSet sent;
-  EXPECT_EQ(incredimail::CollectSentAddresses(&sent, nullptr), kOk);
+  EXPECT_EQ(incredimail::CollectSentAddresses(nullptr, &sent), kOk);
   EXPECT_EQ(sent, (AddressSet{L"carl@x", L"dora@x", L"emil@x", L"fritz@x"}));
   AddressSet contacts;
   EXPECT_EQ(incredimail::CollectContacts(&contacts), kOk);
@@ -97,7 +97,7 @@ TEST_F(ImAddressesTest, CancelEndsTheSentMailAtOnce) {
   reports.cancels = true;
   const ProgressCallbacks callbacks = reports.Callbacks();
   AddressSet sent;
-  EXPECT_EQ(incredimail::CollectSentAddresses(&sent, &callbacks), kOk);
+  EXPECT_EQ(incredimail::CollectSentAddresses(&callbacks, &sent), kOk);
   EXPECT_TRUE(sent.empty());
   EXPECT_EQ(reports.lines, (std::vector<std::wstring>{L"set '' 1", L"asked"}));
 }

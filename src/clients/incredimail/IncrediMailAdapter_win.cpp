@@ -49,8 +49,8 @@ std::wstring FreeFileName(const std::wstring& label) {
 
 }  // namespace
 
-ResultCode ReadContainers(ImContainerMap* containers, const std::wstring& identityName,
-                          const std::wstring& identityDirectory, uint32_t language) {
+ResultCode ReadContainers(const std::wstring& identityName, const std::wstring& identityDirectory,
+                          uint32_t language, ImContainerMap* containers) {
   const std::wstring rootLabel = RootLabel(identityName);
   *containers = ReadStoredContainers(identityDirectory, rootLabel);
   ResultCode result = kOk;
@@ -65,11 +65,11 @@ ResultCode ReadContainers(ImContainerMap* containers, const std::wstring& identi
   return result;
 }
 
-ResultCode ListFolders(MailFolderList* folders, const std::wstring& identityFilter) {
+ResultCode ListFolders(const std::wstring& identityFilter, MailFolderList* folders) {
   for (ImIdentityWalker walker; Succeeded(walker.Status()); walker.Next()) {
     if (PassesFilter(walker.Name(), identityFilter)) {
       ImContainerMap containers;
-      ReadContainers(&containers, walker.Name(), walker.Path(), walker.Language());
+      ReadContainers(walker.Name(), walker.Path(), walker.Language(), &containers);
       AppendFolders(containers, walker.Name(), folders);
     }
   }
@@ -87,7 +87,7 @@ ResultCode CanCreateFolder() {
   return 0;
 }
 
-ResultCode CreateFolder(const MailFolderRef& parent, const std::wstring& label,
+ResultCode CreateFolder(const std::wstring& label, const MailFolderRef& parent,
                         MailFolderRef* created) {
   ImNewFolder folder;
   folder.label = label;
@@ -117,15 +117,15 @@ ResultCode CreateFolder(const MailFolderRef& parent, const std::wstring& label,
   return kFail;
 }
 
-ResultCode FindWellKnownContainer(std::wstring* id, uint32_t index,
-                                  const std::wstring& identityFilter) {
+ResultCode FindWellKnownContainer(uint32_t index, const std::wstring& identityFilter,
+                                  std::wstring* id) {
   id->clear();
   for (ImIdentityWalker walker; Succeeded(walker.Status()); walker.Next()) {
     if (!PassesFilter(walker.Name(), identityFilter)) {
       continue;
     }
     ImContainerMap containers;
-    ReadContainers(&containers, walker.Name(), walker.Path(), walker.Language());
+    ReadContainers(walker.Name(), walker.Path(), walker.Language(), &containers);
     *id = FindRootChild(containers, index);
     if (!id->empty()) {
       break;
@@ -134,7 +134,7 @@ ResultCode FindWellKnownContainer(std::wstring* id, uint32_t index,
   return kOk;
 }
 
-ResultCode CollectSentAddresses(AddressSet* addresses, const ProgressCallbacks* callbacks) {
+ResultCode CollectSentAddresses(const ProgressCallbacks* callbacks, AddressSet* addresses) {
   const bool reports = callbacks != nullptr && callbacks->handle != nullptr;
   if (reports && callbacks->setProgress != nullptr) {
     callbacks->setProgress(callbacks->handle, L"", 1);
@@ -161,18 +161,18 @@ ResultCode CollectContacts(AddressSet* addresses) {
   return kOk;
 }
 
-ResultCode CollectAddresses(AddressSet* addresses, const ProgressCallbacks* callbacks) {
-  CollectSentAddresses(addresses, callbacks);
+ResultCode CollectAddresses(const ProgressCallbacks* callbacks, AddressSet* addresses) {
+  CollectSentAddresses(callbacks, addresses);
   return CollectContacts(addresses);
 }
 
 }  // namespace incredimail
 
 // A store larger than memory ends the reading and nothing else.
-void IncrediMailAdapter::ListFolders(MailFolderList* folders,
-                                     const ClientSession& /*session*/) const {
+void IncrediMailAdapter::ListFolders(const ClientSession& /*session*/,
+                                     MailFolderList* folders) const {
   try {
-    incredimail::ListFolders(folders, incredimail::GetDefaultIdentityName());
+    incredimail::ListFolders(incredimail::GetDefaultIdentityName(), folders);
   } catch (const std::exception&) {
     return;
   }
@@ -182,21 +182,21 @@ bool IncrediMailAdapter::CanCreateFolder() const {
   return incredimail::CanCreateFolder() != 0;
 }
 
-ResultCode IncrediMailAdapter::CreateFolder(const std::wstring& name, const MailFolderRef& parent,
-                                            const ClientSession& /*session*/,
+ResultCode IncrediMailAdapter::CreateFolder(const ClientSession& /*session*/,
+                                            const std::wstring& name, const MailFolderRef& parent,
                                             MailFolderRef* created) const {
   try {
-    return incredimail::CreateFolder(parent, name, created);
+    return incredimail::CreateFolder(name, parent, created);
   } catch (const std::exception&) {
     return kFail;
   }
 }
 
-ResultCode IncrediMailAdapter::CollectSentAddresses(AddressSet* addresses,
-                                                    const ClientSession& /*session*/,
-                                                    const ProgressCallbacks* callbacks) const {
+ResultCode IncrediMailAdapter::CollectSentAddresses(const ClientSession& /*session*/,
+                                                    const ProgressCallbacks* callbacks,
+                                                    AddressSet* addresses) const {
   try {
-    return incredimail::CollectAddresses(addresses, callbacks);
+    return incredimail::CollectAddresses(callbacks, addresses);
   } catch (const std::exception&) {
     return kFail;
   }

@@ -18,36 +18,36 @@ namespace incredimail {
 // backslashes and the identity's display name, or the client's if it has none. A store that can't
 // be read gives an empty tree. A failure means that the names could not be had; the tree then
 // stands with the names of the store.
-ResultCode ReadContainers(ImContainerMap* containers, const std::wstring& identityName,
-                          const std::wstring& identityDirectory, uint32_t language);
+ResultCode ReadContainers(const std::wstring& identityName, const std::wstring& identityDirectory,
+                          uint32_t language, ImContainerMap* containers);
 
 // Appends the folders of the identity with this name, whatever its case, or of all identities for
 // an empty name. Always 0.
-ResultCode ListFolders(MailFolderList* folders, const std::wstring& identityFilter);
+ResultCode ListFolders(const std::wstring& identityFilter, MailFolderList* folders);
 
 // Always 0: the client does not notice a new folder while it runs, so none is offered.
 ResultCode CanCreateFolder();
 
 // Adds a folder called `label` under `parent`, a folder of ListFolders. On failure nothing is
 // changed, neither in the store nor in *created.
-ResultCode CreateFolder(const MailFolderRef& parent, const std::wstring& label,
+ResultCode CreateFolder(const std::wstring& label, const MailFolderRef& parent,
                         MailFolderRef* created);
 
 // The id of the root's child with this IndexInParent, of the first identity of the filter that has
 // one; empty if none has. 0 is the inbox and 3 the deleted items.
-ResultCode FindWellKnownContainer(std::wstring* id, uint32_t index,
-                                  const std::wstring& identityFilter);
+ResultCode FindWellKnownContainer(uint32_t index, const std::wstring& identityFilter,
+                                  std::wstring* id);
 
 // Adds the recipients of the sent mail of all identities, in lower case, one by one. Reports one
 // step, polls callbacks->isCancelled once, at the start, and then returns at once. `callbacks` may
 // be null. Always 0.
-ResultCode CollectSentAddresses(AddressSet* addresses, const ProgressCallbacks* callbacks);
+ResultCode CollectSentAddresses(const ProgressCallbacks* callbacks, AddressSet* addresses);
 
 // Adds the entries of the address books of all identities. Always 0.
 ResultCode CollectContacts(AddressSet* addresses);
 
 // Both, one after the other. The contacts are read also if the person has stopped the other.
-ResultCode CollectAddresses(AddressSet* addresses, const ProgressCallbacks* callbacks);
+ResultCode CollectAddresses(const ProgressCallbacks* callbacks, AddressSet* addresses);
 
 }  // namespace incredimail
 
@@ -55,16 +55,16 @@ ResultCode CollectAddresses(AddressSet* addresses, const ProgressCallbacks* call
 class IncrediMailAdapter : public MailClientAdapter {
  public:
   // The folders of the identity that the client starts with; of all if there is none such.
-  void ListFolders(MailFolderList* folders, const ClientSession& session) const override;
+  void ListFolders(const ClientSession& session, MailFolderList* folders) const override;
 
   // Always false.
   [[nodiscard]] bool CanCreateFolder() const override;
 
-  ResultCode CreateFolder(const std::wstring& name, const MailFolderRef& parent,
-                          const ClientSession& session, MailFolderRef* created) const override;
+  ResultCode CreateFolder(const ClientSession& session, const std::wstring& name,
+                          const MailFolderRef& parent, MailFolderRef* created) const override;
 
-  ResultCode CollectSentAddresses(AddressSet* addresses, const ClientSession& session,
-                                  const ProgressCallbacks* callbacks) const override;
+  ResultCode CollectSentAddresses(const ClientSession& session, const ProgressCallbacks* callbacks,
+                                  AddressSet* addresses) const override;
 };
 
 }  // namespace postmarker

@@ -69,13 +69,13 @@ class IncrediMailTest : public testing::Test {
   // What the wizard gets.
   static MailFolderList List() {
     MailFolderList folders;
-    FindClient(L"IncrediMail")->adapter->ListFolders(&folders, {});
+    FindClient(L"IncrediMail")->adapter->ListFolders({}, &folders);
     return folders;
   }
 
   static MailFolderList ListOf(const std::wstring& filter) {
     MailFolderList folders;
-    EXPECT_EQ(incredimail::ListFolders(&folders, filter), kOk);
+    EXPECT_EQ(incredimail::ListFolders(filter, &folders), kOk);
     return folders;
   }
 
@@ -120,7 +120,7 @@ TEST_F(IncrediMailTest, FilterTakesTheIdentityWhateverTheCase) {
 TEST_F(IncrediMailTest, FoldersAreAppendedToTheList) {
   AddIdentity(L"{1}", L"Ann", L"Inbox");
   MailFolderList folders(1);
-  FindClient(L"IncrediMail")->adapter->ListFolders(&folders, {});
+  FindClient(L"IncrediMail")->adapter->ListFolders({}, &folders);
   EXPECT_EQ(folders.size(), 5U);
 }
 
@@ -157,7 +157,7 @@ TEST_F(IncrediMailTest, NoInstallationGivesNoFolders) {
       .DeleteValue(L"ApplicationPath");
   EXPECT_TRUE(List().empty());
   MailFolderRef created;
-  EXPECT_EQ(incredimail::CreateFolder({}, L"Spam", &created), kFail);
+  EXPECT_EQ(incredimail::CreateFolder(L"Spam", {}, &created), kFail);
 }
 
 TEST_F(IncrediMailTest, SpecialFoldersHaveTheNamesOfTheIdentitysLanguage) {
@@ -177,8 +177,8 @@ TEST_F(IncrediMailTest, IdentityInEnglishNeverTouchesTheMessages) {
 TEST_F(IncrediMailTest, WithoutTheMessagesTheNamesOfTheStoreStay) {
   AddIdentity(L"{1}", L"Ann", L"Inbox", 7);
   ImContainerMap containers;
-  EXPECT_EQ(incredimail::ReadContainers(&containers, L"{1}",
-                                        m_client.DataFolder() + L"\\Identities\\{1}", 7),
+  EXPECT_EQ(incredimail::ReadContainers(L"{1}", m_client.DataFolder() + L"\\Identities\\{1}", 7,
+                                        &containers),
             kFail);
   EXPECT_EQ(containers.Find(ImGuid(2))->Path, L"\\\\Ann\\Inbox");
   EXPECT_EQ(List()[1].name, L"\\\\Ann\\Inbox");
@@ -214,7 +214,7 @@ TEST_F(IncrediMailTest, SpecialFoldersOfAnOlderStoreHaveTheNamesOfTheLanguage) {
   EXPECT_EQ(NamesOf(List()), (Names{L"\\\\Ann", L"\\\\Ann\\Posteingang",
                                     L"\\\\Ann\\Posteingang\\Bills", L"\\\\Ann\\Postausgang"}));
   std::wstring id;
-  incredimail::FindWellKnownContainer(&id, 1, L"");
+  incredimail::FindWellKnownContainer(1, L"", &id);
   EXPECT_EQ(id, ImGuid(3));
 }
 
@@ -224,7 +224,7 @@ TEST_F(IncrediMailTest, OlderStoreGetsNoNewFolder) {
   const std::string before =
       test::ReadFile(m_client.IdentityFolder(L"{1}").StoreFile("Folders.imm"));
   MailFolderRef created;
-  EXPECT_EQ(incredimail::CreateFolder(List()[1], L"Spam", &created), kFail);
+  EXPECT_EQ(incredimail::CreateFolder(L"Spam", List()[1], &created), kFail);
   EXPECT_EQ(test::ReadFile(m_client.IdentityFolder(L"{1}").StoreFile("Folders.imm")), before);
 }
 
@@ -238,14 +238,14 @@ TEST_F(IncrediMailTest, FoldersCanNotBeCreatedWithOrWithoutADatabase) {
 
 TEST_F(IncrediMailTest, DefaultFolderIsAnEmptyRecord) {
   AddIdentity(L"{1}", L"Ann", L"Inbox");
-  EXPECT_EQ(FindClient(L"IncrediMail")->adapter->FindDefaultFolder(List(), {}), MailFolderRef());
+  EXPECT_EQ(FindClient(L"IncrediMail")->adapter->FindDefaultFolder({}, List()), MailFolderRef());
 }
 
 TEST_F(IncrediMailTest, CreatedFolderIsTheLastOfItsParentsChildren) {
   AddIdentity(L"{1}", L"Ann", L"Inbox");
   const MailFolderRef parent = List()[1];
   MailFolderRef created;
-  ASSERT_EQ(FindClient(L"IncrediMail")->adapter->CreateFolder(L"Sp\u00E4m", parent, {}, &created),
+  ASSERT_EQ(FindClient(L"IncrediMail")->adapter->CreateFolder({}, L"Sp\u00E4m", parent, &created),
             kOk);
   EXPECT_EQ(created.name, L"\\\\Ann\\Inbox\\Sp\u00E4m");
   EXPECT_EQ(created.secondId, "{1}");
@@ -263,8 +263,8 @@ TEST_F(IncrediMailTest, IdOfACreatedFolderIsANewGuidInBraces) {
   AddIdentity(L"{1}", L"Ann", L"Inbox");
   MailFolderRef first;
   MailFolderRef second;
-  ASSERT_EQ(incredimail::CreateFolder(List()[1], L"Spam", &first), kOk);
-  ASSERT_EQ(incredimail::CreateFolder(List()[1], L"Spam", &second), kOk);
+  ASSERT_EQ(incredimail::CreateFolder(L"Spam", List()[1], &first), kOk);
+  ASSERT_EQ(incredimail::CreateFolder(L"Spam", List()[1], &second), kOk);
   EXPECT_EQ(first.firstId.size(), 38U);
   EXPECT_EQ(first.firstId.front(), '{');
   EXPECT_EQ(first.firstId.back(), '}');
@@ -276,14 +276,14 @@ TEST_F(IncrediMailTest, ParentsIdentityIsFoundWhateverTheCase) {
   MailFolderRef parent = List()[1];
   parent.secondId = "{A}";
   MailFolderRef created;
-  EXPECT_EQ(incredimail::CreateFolder(parent, L"Spam", &created), kOk);
+  EXPECT_EQ(incredimail::CreateFolder(L"Spam", parent, &created), kOk);
   EXPECT_EQ(created.secondId, "{A}");
 }
 
 TEST_F(IncrediMailTest, LabelWithAQuoteFailsAndChangesNothing) {
   AddIdentity(L"{1}", L"Ann", L"Inbox");
   MailFolderRef created{L"before", "1", "2", 3};
-  EXPECT_EQ(incredimail::CreateFolder(List()[1], L"Ann's", &created), kFail);
+  EXPECT_EQ(incredimail::CreateFolder(L"Ann's", List()[1], &created), kFail);
   EXPECT_EQ(created, (MailFolderRef{L"before", "1", "2", 3}));
   EXPECT_EQ(ReadContainerRows(m_database).Size(), 4U);
 }
@@ -293,13 +293,13 @@ TEST_F(IncrediMailTest, FolderOfAnUnknownIdentityIsNotCreated) {
   MailFolderRef parent = List()[1];
   parent.secondId = "{2}";
   MailFolderRef created;
-  EXPECT_EQ(incredimail::CreateFolder(parent, L"Spam", &created), kFail);
+  EXPECT_EQ(incredimail::CreateFolder(L"Spam", parent, &created), kFail);
 }
 
 TEST_F(IncrediMailTest, StoreWithoutADatabaseGetsNoNewFolder) {
   m_client.AddIdentity(L"{1}", L"Ann");
   MailFolderRef created;
-  EXPECT_EQ(incredimail::CreateFolder({L"\\\\Ann", "{x}", "{1}", 1}, L"Spam", &created), kFail);
+  EXPECT_EQ(incredimail::CreateFolder(L"Spam", {L"\\\\Ann", "{x}", "{1}", 1}, &created), kFail);
   EXPECT_FALSE(std::filesystem::exists(m_client.DataFolder() + L"\\Identities"));
 }
 
@@ -309,7 +309,7 @@ TEST_F(IncrediMailTest, NamesTakenInTheCurrentDirectoryAreAvoided) {
   test::WriteFile(m_client.Folder().PathOf("Spam.imm"), "x");
   test::WriteFile(m_client.Folder().PathOf("Spam1.imm"), "x");
   MailFolderRef created;
-  ASSERT_EQ(incredimail::CreateFolder(List()[1], L"Spam", &created), kOk);
+  ASSERT_EQ(incredimail::CreateFolder(L"Spam", List()[1], &created), kOk);
   const ImContainerMap rows = ReadContainerRows(m_database);
   const ImContainer* const row = rows.Find(Widen(created.firstId));
   ASSERT_NE(row, nullptr);
@@ -321,13 +321,13 @@ TEST_F(IncrediMailTest, WellKnownFolderOfTheFirstIdentityThatHasOne) {
   m_client.AddIdentity(L"{0}", L"Nobody");
   AddIdentity(L"{1}", L"Ann", L"Inbox");
   std::wstring id;
-  EXPECT_EQ(incredimail::FindWellKnownContainer(&id, 3, L""), kOk);
+  EXPECT_EQ(incredimail::FindWellKnownContainer(3, L"", &id), kOk);
   EXPECT_EQ(id, ImGuid(3));
-  incredimail::FindWellKnownContainer(&id, 0, L"{1}");
+  incredimail::FindWellKnownContainer(0, L"{1}", &id);
   EXPECT_EQ(id, ImGuid(2));
-  incredimail::FindWellKnownContainer(&id, 7, L"");
+  incredimail::FindWellKnownContainer(7, L"", &id);
   EXPECT_EQ(id, L"");
-  incredimail::FindWellKnownContainer(&id, 3, L"{0}");
+  incredimail::FindWellKnownContainer(3, L"{0}", &id);
   EXPECT_EQ(id, L"");
 }
 

@@ -62,29 +62,30 @@ bool IsCancelled(const ProgressCallbacks* callbacks) {
          callbacks->isCancelled(callbacks->handle) != 0;
 }
 
-ResultCode GiveAllFolders(TbChannel* channel, MailFolderList* folders, int32_t limitSeconds) {
+ResultCode GiveAllFolders(TbChannel* channel, int32_t limitSeconds, MailFolderList* folders) {
   return RunCommand(channel, L"GiveAllFolders", limitSeconds, [&](const std::wstring& message) {
     folders->push_back(ParseFolderRecord(message));
     return true;
   });
 }
 
-ResultCode GiveContacts(TbChannel* channel, AddressSet* addresses, int32_t limitSeconds) {
+ResultCode GiveContacts(TbChannel* channel, int32_t limitSeconds, AddressSet* addresses) {
   return RunCommand(channel, L"GiveContacts", limitSeconds, [&](const std::wstring& message) {
     addresses->insert(message);
     return true;
   });
 }
 
-ResultCode SentItemsEntries(TbChannel* channel, int32_t* count, int32_t limitSeconds) {
+ResultCode SentItemsEntries(TbChannel* channel, int32_t limitSeconds, int32_t* count) {
   return RunCommand(channel, L"SentItemsEntries", limitSeconds, [&](const std::wstring& message) {
     *count = ParseCount(message);
     return true;
   });
 }
 
-ResultCode GiveAddressesFromSentItems(TbChannel* channel, AddressSet* addresses, int32_t total,
-                                      const ProgressCallbacks* callbacks, int32_t limitSeconds) {
+ResultCode GiveAddressesFromSentItems(TbChannel* channel, int32_t total,
+                                      const ProgressCallbacks* callbacks, int32_t limitSeconds,
+                                      AddressSet* addresses) {
   constexpr wchar_t kCommand[] = L"GiveAddressesFromSentItems";
   if (!channel->Write(kCommand)) {
     return kFail;
@@ -113,8 +114,8 @@ ResultCode GiveAddressesFromSentItems(TbChannel* channel, AddressSet* addresses,
   return kOk;
 }
 
-ResultCode AddNewFolder(TbChannel* channel, const MailFolderRef& parent, const std::wstring& name,
-                        MailFolderList* created, int32_t limitSeconds) {
+ResultCode AddNewFolder(TbChannel* channel, const std::wstring& name, const MailFolderRef& parent,
+                        int32_t limitSeconds, MailFolderList* created) {
   const std::wstring request = NewFolderRequest(parent, name);
   return RunCommand(channel, L"AddNewFolder", limitSeconds, [&](const std::wstring& message) {
     if (message == L"OK") {

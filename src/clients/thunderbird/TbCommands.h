@@ -44,22 +44,23 @@ class TbChannel {
 // client has told by then is of use. One command at a time on a channel.
 
 // Appends all folders in the order of their arrival.
-ResultCode GiveAllFolders(TbChannel* channel, MailFolderList* folders, int32_t limitSeconds);
+ResultCode GiveAllFolders(TbChannel* channel, int32_t limitSeconds, MailFolderList* folders);
 
 // Adds the contacts' addresses as they stand.
-ResultCode GiveContacts(TbChannel* channel, AddressSet* addresses, int32_t limitSeconds);
+ResultCode GiveContacts(TbChannel* channel, int32_t limitSeconds, AddressSet* addresses);
 
 // Counts the sent mails, for the progress bar. Without an answer *count is as it was.
-ResultCode SentItemsEntries(TbChannel* channel, int32_t* count, int32_t limitSeconds);
+ResultCode SentItemsEntries(TbChannel* channel, int32_t limitSeconds, int32_t* count);
 
 // Adds the addresses of all recipients. With a `total` other than 0, `callbacks` (may be null) gets
 // it as the number of steps at the start, and is asked whether to stop then and after each step.
-ResultCode GiveAddressesFromSentItems(TbChannel* channel, AddressSet* addresses, int32_t total,
-                                      const ProgressCallbacks* callbacks, int32_t limitSeconds);
+ResultCode GiveAddressesFromSentItems(TbChannel* channel, int32_t total,
+                                      const ProgressCallbacks* callbacks, int32_t limitSeconds,
+                                      AddressSet* addresses);
 
 // Creates a folder under `parent` and appends its record to *created.
-ResultCode AddNewFolder(TbChannel* channel, const MailFolderRef& parent, const std::wstring& name,
-                        MailFolderList* created, int32_t limitSeconds);
+ResultCode AddNewFolder(TbChannel* channel, const std::wstring& name, const MailFolderRef& parent,
+                        int32_t limitSeconds, MailFolderList* created);
 
 // Tells the extension whether to move spam.
 ResultCode SetMoveMails(TbChannel* channel, bool move, int32_t limitSeconds);

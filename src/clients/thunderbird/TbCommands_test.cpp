@@ -58,7 +58,7 @@ class TbCommandsTest : public testing::Test {
     }
     m_channel.Say(L"#####GiveAddressesFromSentItems");
     AddressSet addresses;
-    EXPECT_EQ(GiveAddressesFromSentItems(&m_channel, &addresses, total, callbacks, kLimit), kOk);
+    EXPECT_EQ(GiveAddressesFromSentItems(&m_channel, total, callbacks, kLimit, &addresses), kOk);
     return addresses;
   }
 
@@ -72,7 +72,7 @@ TEST_F(TbCommandsTest, FoldersArriveInTheirOrderUntilTheEndMarker) {
   m_channel.Say(L"A######2######s######false");
   m_channel.Say(L"#####GiveAllFolders");
   m_channel.Say(L"C######3######s######true");
-  EXPECT_EQ(GiveAllFolders(&m_channel, &m_folders, kLimit), kOk);
+  EXPECT_EQ(GiveAllFolders(&m_channel, kLimit, &m_folders), kOk);
   EXPECT_THAT(m_folders,
               ElementsAre(MailFolderRef{L"B", "1", "s", 1}, MailFolderRef{L"A", "2", "s", 0}));
   EXPECT_THAT(m_channel.sent, ElementsAre(L"GiveAllFolders"));
@@ -82,7 +82,7 @@ TEST_F(TbCommandsTest, FoldersAreAppendedToWhatTheListHolds) {
   m_folders = {{L"old", "0", "s", 1}};
   m_channel.Say(L"new######1######s######true");
   m_channel.Say(L"#####GiveAllFolders");
-  GiveAllFolders(&m_channel, &m_folders, kLimit);
+  GiveAllFolders(&m_channel, kLimit, &m_folders);
   EXPECT_EQ(m_folders.size(), 2U);
 }
 
@@ -91,7 +91,7 @@ TEST_F(TbCommandsTest, EndMarkerOfAnotherCommandOrCaseIsARecord) {
   m_channel.Say(L"#####giveallfolders");
   m_channel.Say(L"#####GiveAllFolders ");
   m_channel.Say(L"#####GiveAllFolders");
-  GiveAllFolders(&m_channel, &m_folders, kLimit);
+  GiveAllFolders(&m_channel, kLimit, &m_folders);
   EXPECT_THAT(m_folders, ElementsAre(MailFolderRef{L"GiveContacts", "", "", 1},
                                      MailFolderRef{L"giveallfolders", "", "", 1},
                                      MailFolderRef{L"GiveAllFolders ", "", "", 1}));
@@ -102,12 +102,12 @@ TEST_F(TbCommandsTest, CommandThatCannotBeSentFailsAndReadsNothing) {
   m_channel.Say(L"x");
   AddressSet addresses;
   int32_t count = 5;
-  EXPECT_EQ(GiveAllFolders(&m_channel, &m_folders, kLimit), kFail);
-  EXPECT_EQ(GiveContacts(&m_channel, &addresses, kLimit), kFail);
-  EXPECT_EQ(SentItemsEntries(&m_channel, &count, kLimit), kFail);
-  EXPECT_EQ(GiveAddressesFromSentItems(&m_channel, &addresses, 3, &m_progress.record, kLimit),
+  EXPECT_EQ(GiveAllFolders(&m_channel, kLimit, &m_folders), kFail);
+  EXPECT_EQ(GiveContacts(&m_channel, kLimit, &addresses), kFail);
+  EXPECT_EQ(SentItemsEntries(&m_channel, kLimit, &count), kFail);
+  EXPECT_EQ(GiveAddressesFromSentItems(&m_channel, 3, &m_progress.record, kLimit, &addresses),
             kFail);
-  EXPECT_EQ(AddNewFolder(&m_channel, {}, L"x", &m_folders, kLimit), kFail);
+  EXPECT_EQ(AddNewFolder(&m_channel, L"x", {}, kLimit, &m_folders), kFail);
   EXPECT_EQ(SetMoveMails(&m_channel, true, kLimit), kFail);
   EXPECT_EQ(m_channel.looks, 0);
   EXPECT_EQ(count, 5);
@@ -117,7 +117,7 @@ TEST_F(TbCommandsTest, CommandThatCannotBeSentFailsAndReadsNothing) {
 TEST_F(TbCommandsTest, SilenceEndsWithWhatArrivedAfterTheLimitInWholeSeconds) {
   m_channel.Say(L"A######1######s");
   const int64_t start = m_channel.Clock();
-  EXPECT_EQ(GiveAllFolders(&m_channel, &m_folders, kLimit), kOk);
+  EXPECT_EQ(GiveAllFolders(&m_channel, kLimit, &m_folders), kOk);
   EXPECT_EQ(m_folders.size(), 1U);
   // Elapsed seconds are rounded, so half a second before the limit counts as it.
   EXPECT_EQ(m_channel.Clock() - start, 19'500);
@@ -129,7 +129,7 @@ TEST_F(TbCommandsTest, LimitRunsFromTheStartAndIsNotRenewedByTraffic) {
     m_channel.Say(L"A######1######s");
   }
   const int64_t start = m_channel.Clock();
-  GiveAllFolders(&m_channel, &m_folders, kLimit);
+  GiveAllFolders(&m_channel, kLimit, &m_folders);
   EXPECT_EQ(m_folders.size(), 3U);
   EXPECT_EQ(m_channel.Clock() - start, 19'500);
 }
@@ -140,7 +140,7 @@ TEST_F(TbCommandsTest, LimitIsTestedInSilenceOnly) {
   }
   m_channel.Say(L"#####GiveAllFolders");
   // The clock has passed the limit when the first message is looked for.
-  EXPECT_EQ(GiveAllFolders(&m_channel, &m_folders, 0), kOk);
+  EXPECT_EQ(GiveAllFolders(&m_channel, 0, &m_folders), kOk);
   EXPECT_EQ(m_folders.size(), 100U);
 }
 
@@ -148,7 +148,7 @@ TEST_F(TbCommandsTest, SilenceIsLookedIntoEveryTenthOfASecond) {
   m_channel.Pause(950);
   m_channel.Say(L"#####GiveAllFolders");
   const int64_t start = m_channel.Clock();
-  GiveAllFolders(&m_channel, &m_folders, kLimit);
+  GiveAllFolders(&m_channel, kLimit, &m_folders);
   EXPECT_EQ(m_channel.Clock() - start, 1'000);
   EXPECT_EQ(m_channel.looks, 11);
 }
@@ -156,21 +156,21 @@ TEST_F(TbCommandsTest, SilenceIsLookedIntoEveryTenthOfASecond) {
 TEST_F(TbCommandsTest, BrokenChannelEndsWithWhatArrived) {
   m_channel.Say(L"A######1######s");
   m_channel.Break();
-  EXPECT_EQ(GiveAllFolders(&m_channel, &m_folders, kLimit), kOk);
+  EXPECT_EQ(GiveAllFolders(&m_channel, kLimit, &m_folders), kOk);
   EXPECT_EQ(m_folders.size(), 1U);
 }
 
 TEST_F(TbCommandsTest, AbandonedCommandEndsWithinOnePoll) {
   m_channel.isAbandoned = true;
   m_channel.Say(L"A######1######s");
-  EXPECT_EQ(GiveAllFolders(&m_channel, &m_folders, kLimit), kOk);
+  EXPECT_EQ(GiveAllFolders(&m_channel, kLimit, &m_folders), kOk);
   EXPECT_EQ(m_channel.reads, 0);
 }
 
 TEST_F(TbCommandsTest, ReplyThatNeverEndsIsCut) {
   m_channel.SayForEver(std::wstring(1023, L'x'));
   AddressSet addresses;
-  EXPECT_EQ(GiveContacts(&m_channel, &addresses, kLimit), kOk);
+  EXPECT_EQ(GiveContacts(&m_channel, kLimit, &addresses), kOk);
   EXPECT_EQ(m_channel.reads, 97'657);
   EXPECT_EQ(addresses.size(), 1U);
 }
@@ -181,7 +181,7 @@ TEST_F(TbCommandsTest, ContactsAreTakenUnchanged) {
   m_channel.Say(L"#not a record# <x>");
   m_channel.Say(L"");
   m_channel.Say(L"#####GiveContacts");
-  EXPECT_EQ(GiveContacts(&m_channel, &addresses, kLimit), kOk);
+  EXPECT_EQ(GiveContacts(&m_channel, kLimit, &addresses), kOk);
   EXPECT_THAT(addresses, ElementsAre(L"", L"#not a record# <x>", L"Anna@Post.Example"));
 }
 
@@ -190,14 +190,14 @@ TEST_F(TbCommandsTest, LaterCountOverwritesTheEarlier) {
   m_channel.Say(L"12");
   m_channel.Say(L"34");
   m_channel.Say(L"#####SentItemsEntries");
-  EXPECT_EQ(SentItemsEntries(&m_channel, &count, kLimit), kOk);
+  EXPECT_EQ(SentItemsEntries(&m_channel, kLimit, &count), kOk);
   EXPECT_EQ(count, 34);
 }
 
 TEST_F(TbCommandsTest, CountWithoutAnAnswerIsAsItWas) {
   int32_t count = 9;
   m_channel.Say(L"#####SentItemsEntries");
-  SentItemsEntries(&m_channel, &count, kLimit);
+  SentItemsEntries(&m_channel, kLimit, &count);
   EXPECT_EQ(count, 9);
 }
 
@@ -205,7 +205,7 @@ TEST_F(TbCommandsTest, NonNumericCountIsZero) {
   int32_t count = 9;
   m_channel.Say(L"lots");
   m_channel.Say(L"#####SentItemsEntries");
-  SentItemsEntries(&m_channel, &count, kLimit);
+  SentItemsEntries(&m_channel, kLimit, &count);
   EXPECT_EQ(count, 0);
 }
 
@@ -266,7 +266,7 @@ TEST_F(TbCommandsTest, NewFolderIsNamedAfterTheAnswerOk) {
   m_channel.Say(L"Local Folders\\Spam######7######s");
   m_channel.Say(L"#####AddNewFolder");
   const MailFolderRef parent = {L"Local Folders", "1", "store", 0};
-  EXPECT_EQ(AddNewFolder(&m_channel, parent, L"Spam", &m_folders, kLimit), kOk);
+  EXPECT_EQ(AddNewFolder(&m_channel, L"Spam", parent, kLimit, &m_folders), kOk);
   EXPECT_THAT(m_channel.sent, ElementsAre(L"AddNewFolder", L"Local Folders\\Spam######store"));
   EXPECT_THAT(m_folders, ElementsAre(MailFolderRef{L"Local Folders\\Spam", "7", "s", 0}));
 }
@@ -276,7 +276,7 @@ TEST_F(TbCommandsTest, OkCountsInItsOwnCaseAndAsOftenAsItComes) {
   m_channel.Say(L"OK");
   m_channel.Say(L"OK");
   m_channel.Say(L"#####AddNewFolder");
-  AddNewFolder(&m_channel, {L"A", "", "s", 1}, L"B", &m_folders, kLimit);
+  AddNewFolder(&m_channel, L"B", {L"A", "", "s", 1}, kLimit, &m_folders);
   EXPECT_EQ(m_channel.sent.size(), 3U);
   EXPECT_THAT(m_folders, ElementsAre(MailFolderRef{L"ok", "", "", 1}));
 }

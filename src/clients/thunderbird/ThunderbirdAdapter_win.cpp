@@ -33,17 +33,21 @@ ResultCode WithThunderbird(ResultCode unreachable, Operation operation) {
 class ThunderbirdHold : public ClientHold {
  public:
   ThunderbirdHold() = default;
-  ~ThunderbirdHold() override {
-    if (Succeeded(m_result)) {
-      (void)ReleaseThunderbird(&m_connection);
-    }
-  }
+  ~ThunderbirdHold() override { Disconnect(); }
 
+  // Deliberate: called again it connects anew, and what the last call came to stands. A client that
+  // was started by an earlier one is then taken for one that ran before.
   void Connect() override {
     try {
       m_result = ConnectOrLaunch(&m_connection, kThunderbirdStartMilliseconds);
     } catch (const std::exception&) {
       m_result = kFail;
+    }
+  }
+
+  void Disconnect() override {
+    if (Succeeded(std::exchange(m_result, kNullPointer))) {
+      (void)ReleaseThunderbird(&m_connection);
     }
   }
 
@@ -54,15 +58,15 @@ class ThunderbirdHold : public ClientHold {
 
 }  // namespace
 
-void ThunderbirdAdapter::ListFolders(MailFolderList* folders,
-                                     const ClientSession& /*session*/) const {
+void ThunderbirdAdapter::ListFolders(const ClientSession& /*session*/,
+                                     MailFolderList* folders) const {
   (void)WithThunderbird(kFail, [&](ThunderbirdConnection* connection) {
-    return thunderbird::GiveAllFolders(connection, folders, kThunderbirdCommandSeconds);
+    return thunderbird::GiveAllFolders(connection, kThunderbirdCommandSeconds, folders);
   });
 }
 
-MailFolderRef ThunderbirdAdapter::FindDefaultFolder(const MailFolderList& folders,
-                                                    const ClientSession& /*session*/) const {
+MailFolderRef ThunderbirdAdapter::FindDefaultFolder(const ClientSession& /*session*/,
+                                                    const MailFolderList& folders) const {
   MailFolderRef found;
   for (const MailFolderRef& folder : folders) {
     if (EqualNoCase(folder.name, kTrash) || EqualNoCase(folder.name, kTrashOfStore)) {
@@ -72,13 +76,13 @@ MailFolderRef ThunderbirdAdapter::FindDefaultFolder(const MailFolderList& folder
   return found;
 }
 
-ResultCode ThunderbirdAdapter::CreateFolder(const std::wstring& name, const MailFolderRef& parent,
-                                            const ClientSession& /*session*/,
+ResultCode ThunderbirdAdapter::CreateFolder(const ClientSession& /*session*/,
+                                            const std::wstring& name, const MailFolderRef& parent,
                                             MailFolderRef* created) const {
   return WithThunderbird(kNullPointer, [&](ThunderbirdConnection* connection) {
     MailFolderList answer;
     const ResultCode result =
-        thunderbird::AddNewFolder(connection, parent, name, &answer, kThunderbirdCommandSeconds);
+        thunderbird::AddNewFolder(connection, name, parent, kThunderbirdCommandSeconds, &answer);
     if (!answer.empty()) {
       *created = std::move(answer.front());
     }
@@ -86,33 +90,33 @@ ResultCode ThunderbirdAdapter::CreateFolder(const std::wstring& name, const Mail
   });
 }
 
-ResultCode ThunderbirdAdapter::CollectSentAddresses(AddressSet* addresses,
-                                                    const ClientSession& /*session*/,
-                                                    const ProgressCallbacks* callbacks) const {
+ResultCode ThunderbirdAdapter::CollectSentAddresses(const ClientSession& /*session*/,
+                                                    const ProgressCallbacks* callbacks,
+                                                    AddressSet* addresses) const {
   return WithThunderbird(kFail, [&](ThunderbirdConnection* connection) {
     connection->WatchCancel(callbacks);
     int32_t count = 0;
     ResultCode result =
-        thunderbird::SentItemsEntries(connection, &count, kThunderbirdCommandSeconds);
+        thunderbird::SentItemsEntries(connection, kThunderbirdCommandSeconds, &count);
     if (Succeeded(result) && !thunderbird::IsCancelled(callbacks)) {
-      result = thunderbird::GiveContacts(connection, addresses, kThunderbirdCommandSeconds);
+      result = thunderbird::GiveContacts(connection, kThunderbirdCommandSeconds, addresses);
     }
     if (Succeeded(result) && !thunderbird::IsCancelled(callbacks)) {
-      result = thunderbird::GiveAddressesFromSentItems(connection, addresses, count, callbacks,
-                                                       kThunderbirdCommandSeconds);
+      result = thunderbird::GiveAddressesFromSentItems(connection, count, callbacks,
+                                                       kThunderbirdCommandSeconds, addresses);
     }
     return result;
   });
 }
 
-ResultCode ThunderbirdAdapter::HarvestAddresses(AddressSet* addresses,
-                                                const ClientSession& /*session*/) const {
+ResultCode ThunderbirdAdapter::HarvestAddresses(const ClientSession& /*session*/,
+                                                AddressSet* addresses) const {
   return WithThunderbird(kFail, [&](ThunderbirdConnection* connection) {
     ResultCode result =
-        thunderbird::GiveContacts(connection, addresses, kThunderbirdCommandSeconds);
+        thunderbird::GiveContacts(connection, kThunderbirdCommandSeconds, addresses);
     if (Succeeded(result)) {
-      result = thunderbird::GiveAddressesFromSentItems(connection, addresses, 0, nullptr,
-                                                       kThunderbirdCommandSeconds);
+      result = thunderbird::GiveAddressesFromSentItems(connection, 0, nullptr,
+                                                       kThunderbirdCommandSeconds, addresses);
     }
     return result;
   });
@@ -124,8 +128,8 @@ void ThunderbirdAdapter::SetMoveMails(bool move) const {
   });
 }
 
-std::unique_ptr<ClientHold> ThunderbirdAdapter::MakeHold() const {
-  return std::make_unique<ThunderbirdHold>();
+std::shared_ptr<ClientHold> ThunderbirdAdapter::MakeHold(WizardRequest* /*request*/) const {
+  return std::make_shared<ThunderbirdHold>();
 }
 
 }  // namespace postmarker

@@ -8,31 +8,31 @@
 namespace postmarker {
 
 // Each operation makes a connection of its own. Where no Thunderbird runs, an operation starts one
-// hidden and tells it to exit at its end; while a hold stands (see Hold) it finds one running.
+// hidden and tells it to exit at its end; while a hold stands (see MakeHold) it finds one running.
 class ThunderbirdAdapter : public MailClientAdapter {
  public:
-  void ListFolders(MailFolderList* folders, const ClientSession& session) const override;
+  void ListFolders(const ClientSession& session, MailFolderList* folders) const override;
 
   // The trash of the local folders; the last one if the list has several.
-  [[nodiscard]] MailFolderRef FindDefaultFolder(const MailFolderList& folders,
-                                                const ClientSession& session) const override;
+  [[nodiscard]] MailFolderRef FindDefaultFolder(const ClientSession& session,
+                                                const MailFolderList& folders) const override;
 
   // E_POINTER if Thunderbird can't be reached. Without an answer the result is 0 and *created is as
   // it was.
-  ResultCode CreateFolder(const std::wstring& name, const MailFolderRef& parent,
-                          const ClientSession& session, MailFolderRef* created) const override;
+  ResultCode CreateFolder(const ClientSession& session, const std::wstring& name,
+                          const MailFolderRef& parent, MailFolderRef* created) const override;
 
   // Looks at the user's wish to stop at least every 100 ms while a reply is awaited.
-  ResultCode CollectSentAddresses(AddressSet* addresses, const ClientSession& session,
-                                  const ProgressCallbacks* callbacks) const override;
+  ResultCode CollectSentAddresses(const ClientSession& session, const ProgressCallbacks* callbacks,
+                                  AddressSet* addresses) const override;
 
   // Without the count of mails, which takes its time and serves the progress bar alone.
-  ResultCode HarvestAddresses(AddressSet* addresses, const ClientSession& session) const override;
+  ResultCode HarvestAddresses(const ClientSession& session, AddressSet* addresses) const override;
 
   void SetMoveMails(bool move) const override;
 
   // Keeps Thunderbird running, started if need be.
-  [[nodiscard]] std::unique_ptr<ClientHold> MakeHold() const override;
+  [[nodiscard]] std::shared_ptr<ClientHold> MakeHold(WizardRequest* request) const override;
 };
 
 }  // namespace postmarker

@@ -95,7 +95,7 @@ TEST_F(ThunderbirdTest, ProgramThatIsGoneFailsAndNewFolderGivesItsOwnCode) {
     ThunderbirdConnection connection;
     EXPECT_EQ(ConnectOrLaunch(&connection, kQuickStart), kFail);
     MailFolderRef created = {L"as before", "", "", 0};
-    EXPECT_EQ(ThunderbirdAdapter().CreateFolder(L"x", {}, {}, &created), kNullPointer);
+    EXPECT_EQ(ThunderbirdAdapter().CreateFolder({}, L"x", {}, &created), kNullPointer);
     EXPECT_EQ(created.name, L"as before");
   }
   Client().Register();
@@ -108,10 +108,10 @@ TEST_F(ThunderbirdTest, ClientThatIsNotInstalledFailsEvenWhileItServes) {
   EXPECT_EQ(ConnectOrLaunch(&connection, kQuickStart), kFail);
   EXPECT_EQ(AllFolders(), MailFolderList());
   AddressSet addresses;
-  EXPECT_EQ(ThunderbirdAdapter().CollectSentAddresses(&addresses, {}, nullptr), kFail);
-  EXPECT_EQ(ThunderbirdAdapter().HarvestAddresses(&addresses, {}), kFail);
+  EXPECT_EQ(ThunderbirdAdapter().CollectSentAddresses({}, nullptr, &addresses), kFail);
+  EXPECT_EQ(ThunderbirdAdapter().HarvestAddresses({}, &addresses), kFail);
   MailFolderRef created;
-  EXPECT_EQ(ThunderbirdAdapter().CreateFolder(L"x", {}, {}, &created), kNullPointer);
+  EXPECT_EQ(ThunderbirdAdapter().CreateFolder({}, L"x", {}, &created), kNullPointer);
   ThunderbirdAdapter().SetMoveMails(true);
   EXPECT_EQ(Client().Count(L"SetMoveMails"), 0);
   Client().Register();
@@ -124,13 +124,14 @@ TEST_F(ThunderbirdTest, ConnectingTwiceConnectsTwiceAndTheSecondResultStands) {
   EXPECT_EQ(ConnectOrLaunch(connection.get(), kQuickStart), kOk);
   EXPECT_EQ(connection->alreadyRunning, 1);
   MailFolderList folders;
-  EXPECT_EQ(thunderbird::GiveAllFolders(connection.get(), &folders, kQuickLimit), kOk);
+  EXPECT_EQ(thunderbird::GiveAllFolders(connection.get(), kQuickLimit, &folders), kOk);
   EXPECT_EQ(folders.size(), 6U);
   EXPECT_EQ(Client().Count(L"exit"), 0);
 }
 
 TEST_F(ThunderbirdTest, HoldThatNeverConnectedReleasesNothing) {
-  ThunderbirdAdapter().MakeHold().reset();
+  WizardRequest request;
+  ThunderbirdAdapter().MakeHold(&request)->Disconnect();
   EXPECT_EQ(Client().Count(L"ExitThunderbird"), 0);
 }
 
@@ -146,12 +147,12 @@ TEST_F(ThunderbirdTest, FoldersComeWithTheirLevelsIdsAndFlags) {
 
 TEST_F(ThunderbirdTest, DefaultFolderIsTheLastTrashOfTheLocalFolders) {
   const ThunderbirdAdapter adapter;
-  EXPECT_EQ(adapter.FindDefaultFolder(AllFolders(), {}).firstId, "2");
+  EXPECT_EQ(adapter.FindDefaultFolder({}, AllFolders()).firstId, "2");
   const MailFolderList folders = {{L"local folders\\TRASH", "a", "s", 1},
                                   {L"\\\\Local Folders\\Trash", "b", "s", 1},
                                   {L"\\Local Folders\\Trash", "c", "s", 1},
                                   {L"Local Folders\\Trash\\Old", "d", "s", 1}};
-  EXPECT_EQ(adapter.FindDefaultFolder(folders, {}).firstId, "b");
+  EXPECT_EQ(adapter.FindDefaultFolder({}, folders).firstId, "b");
   EXPECT_EQ(adapter.FindDefaultFolder({}, {}), MailFolderRef());
 }
 
@@ -160,7 +161,7 @@ TEST_F(ThunderbirdTest, CreatedFolderIsInTheClient) {
   EXPECT_TRUE(adapter.CanCreateFolder());
   MailFolderRef created;
   const MailFolderRef parent = {L"Local Folders\\Входящие", "3", "local", 0};
-  EXPECT_EQ(adapter.CreateFolder(L"Спам", parent, {}, &created), kOk);
+  EXPECT_EQ(adapter.CreateFolder({}, L"Спам", parent, &created), kOk);
   EXPECT_EQ(created.name, L"Local Folders\\Входящие\\Спам");
   EXPECT_EQ(created.secondId, "local");
   EXPECT_EQ(created.flag, 0U);
@@ -170,7 +171,7 @@ TEST_F(ThunderbirdTest, CreatedFolderIsInTheClient) {
 TEST_F(ThunderbirdTest, NewFolderWithoutAnAnswerSucceedsWithTheRecordAsItWas) {
   Client().SetMailbox(MailboxWith(R"({"AddNewFolder": {"raw": ["OK"]}})"));
   MailFolderRef created = {L"as before", "", "", 0};
-  EXPECT_EQ(ThunderbirdAdapter().CreateFolder(L"x", {}, {}, &created), kOk);
+  EXPECT_EQ(ThunderbirdAdapter().CreateFolder({}, L"x", {}, &created), kOk);
   EXPECT_EQ(created.name, L"as before");
 }
 
@@ -186,7 +187,7 @@ TEST_F(ThunderbirdTest, MessageOf1023CharactersIsWholeAndOneOf1024IsCut) {
       R"({"GiveContacts": {"raw": [{"text": "a", "times": 1023}, {"text": "b", "times": 1024},
                                    {"text": "ж", "times": 5000}, "last"]}})"));
   AddressSet addresses;
-  thunderbird::GiveContacts(Connect().get(), &addresses, kQuickLimit);
+  thunderbird::GiveContacts(Connect().get(), kQuickLimit, &addresses);
   EXPECT_THAT(addresses, ElementsAre(std::wstring(1023, L'a'), std::wstring(1023, L'b'), L"last",
                                      std::wstring(1023, L'ж')));
 }
@@ -198,7 +199,7 @@ TEST_F(ThunderbirdTest, LongListOfAddressesIsCutAndTheRestOfTheMailIsRead) {
   }
   Client().SetMailbox("{\"sent\": [\"" + list + "\", \"last@post.example\"]}");
   AddressSet addresses;
-  thunderbird::GiveAddressesFromSentItems(Connect().get(), &addresses, 0, nullptr, kQuickLimit);
+  thunderbird::GiveAddressesFromSentItems(Connect().get(), 0, nullptr, kQuickLimit, &addresses);
   // 19 characters an address: 53 whole ones, and what is left of the next.
   EXPECT_EQ(addresses.size(), 53U + 1 + 1);
   EXPECT_TRUE(addresses.contains(L"last@post.example"));
@@ -244,7 +245,7 @@ TEST_F(ThunderbirdTest, ManyMessagesWithoutAPauseAllArrive) {
   }
   Client().SetMailbox("{\"contacts\": [" + contacts + "]}");
   AddressSet addresses;
-  EXPECT_EQ(thunderbird::GiveContacts(Connect().get(), &addresses, 60), kOk);
+  EXPECT_EQ(thunderbird::GiveContacts(Connect().get(), 60, &addresses), kOk);
   EXPECT_EQ(addresses.size(), 1'000U);
 }
 
@@ -281,21 +282,21 @@ TEST_P(HarmedCommandTest, EndsAtOnceAndLeavesTheNextOneWell) {
     int32_t count = 0;
     const std::string command = GetParam().command;
     if (command == "GiveAllFolders") {
-      EXPECT_EQ(thunderbird::GiveAllFolders(connection.get(), &folders, 20), kOk);
+      EXPECT_EQ(thunderbird::GiveAllFolders(connection.get(), 20, &folders), kOk);
       EXPECT_LT(folders.size(), 6U);
     } else if (command == "GiveContacts") {
-      EXPECT_EQ(thunderbird::GiveContacts(connection.get(), &addresses, 20), kOk);
+      EXPECT_EQ(thunderbird::GiveContacts(connection.get(), 20, &addresses), kOk);
       EXPECT_LT(addresses.size(), 2U);
     } else if (command == "SentItemsEntries") {
-      EXPECT_EQ(thunderbird::SentItemsEntries(connection.get(), &count, 20), kOk);
+      EXPECT_EQ(thunderbird::SentItemsEntries(connection.get(), 20, &count), kOk);
     } else if (command == "GiveAddressesFromSentItems") {
       EXPECT_EQ(
-          thunderbird::GiveAddressesFromSentItems(connection.get(), &addresses, 2, nullptr, 20),
+          thunderbird::GiveAddressesFromSentItems(connection.get(), 2, nullptr, 20, &addresses),
           kOk);
       EXPECT_LT(addresses.size(), 3U);
     } else if (command == "AddNewFolder") {
-      EXPECT_EQ(thunderbird::AddNewFolder(connection.get(), {L"Local Folders", "1", "local", 1},
-                                          L"Spam", &folders, 20),
+      EXPECT_EQ(thunderbird::AddNewFolder(connection.get(), L"Spam",
+                                          {L"Local Folders", "1", "local", 1}, 20, &folders),
                 kOk);
     } else {
       EXPECT_EQ(thunderbird::SetMoveMails(connection.get(), true, 20), kOk);
@@ -338,7 +339,7 @@ TEST_F(ThunderbirdTest, ClientKilledBetweenCommandsFailsTheNextSend) {
   const auto connection = Connect();
   Client().Kill();
   MailFolderList folders;
-  EXPECT_EQ(thunderbird::GiveAllFolders(connection.get(), &folders, kQuickLimit), kFail);
+  EXPECT_EQ(thunderbird::GiveAllFolders(connection.get(), kQuickLimit, &folders), kFail);
 }
 
 }  // namespace

@@ -38,7 +38,7 @@ class ThunderbirdHarvestTest : public ThunderbirdTest {
   }
 
   ResultCode Collect() {
-    return ThunderbirdAdapter().CollectSentAddresses(&m_addresses, {}, &m_callbacks);
+    return ThunderbirdAdapter().CollectSentAddresses({}, &m_callbacks, &m_addresses);
   }
 
   // How long a harvest goes on after Cancel, which is pressed while this command is silent.
@@ -72,13 +72,13 @@ TEST_F(ThunderbirdHarvestTest, ContactsAndRecipientsAreCollectedWithProgress) {
 }
 
 TEST_F(ThunderbirdHarvestTest, WithoutCallbacksTheSameIsCollected) {
-  EXPECT_EQ(ThunderbirdAdapter().CollectSentAddresses(&m_addresses, {}, nullptr), kOk);
+  EXPECT_EQ(ThunderbirdAdapter().CollectSentAddresses({}, nullptr, &m_addresses), kOk);
   EXPECT_EQ(m_addresses.size(), 4U);
 }
 
 TEST_F(ThunderbirdHarvestTest, SilentHarvestDoesNotCountTheMails) {
   Client().ClearJournal();
-  EXPECT_EQ(ThunderbirdAdapter().HarvestAddresses(&m_addresses, {}), kOk);
+  EXPECT_EQ(ThunderbirdAdapter().HarvestAddresses({}, &m_addresses), kOk);
   EXPECT_EQ(m_addresses.size(), 4U);
   EXPECT_EQ(Client().Count(L"SentItemsEntries"), 0);
   EXPECT_EQ(Client().Count(L"GiveContacts"), 1);
@@ -127,10 +127,10 @@ TEST_F(ThunderbirdHarvestTest, EverySilentCommandOfTheAdapterEndsAfterTwentySeco
   milliseconds times[4] = {};
   MailFolderList folders;
   std::thread threads[] = {
-      std::thread([&] { times[0] = TimeOf([&] { adapter.ListFolders(&folders, {}); }); }),
+      std::thread([&] { times[0] = TimeOf([&] { adapter.ListFolders({}, &folders); }); }),
       std::thread([&] {
         MailFolderRef created;
-        times[1] = TimeOf([&] { EXPECT_EQ(adapter.CreateFolder(L"x", {}, {}, &created), kOk); });
+        times[1] = TimeOf([&] { EXPECT_EQ(adapter.CreateFolder({}, L"x", {}, &created), kOk); });
       }),
       std::thread([&] { times[2] = TimeOf([&] { adapter.SetMoveMails(true); }); }),
       std::thread([&] { times[3] = TimeOf([&] { EXPECT_EQ(Collect(), kOk); }); })};

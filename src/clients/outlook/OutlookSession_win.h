@@ -1,0 +1,43 @@
+// How the wizard starts Microsoft Outlook, logs on to it, and passes it from one thread to another.
+#pragma once
+
+#include <windows.h>
+
+#include <oaidl.h>
+#include <objidl.h>
+
+#include <memory>
+#include <string>
+
+#include "support/ComPtr_win.h"
+#include "support/Results.h"
+
+namespace postmarker {
+
+// Outlook's objects are called by dispatch id: a proxy for the application's own interface would
+// need the client's type library on this side.
+
+// The name of the default MAPI profile of the current user. E_FAIL, and an empty name, if there is
+// none. Any thread.
+ResultCode GetOutlookDefaultProfile(std::wstring* name);
+
+// Starts Outlook, or finds the one that runs. The calling thread must be in an apartment, as with
+// all that follows.
+ResultCode StartOutlook(ComPtr<IDispatch>* application);
+
+// Logs on with the default profile, with an empty name if there is none, and returns the logged-on
+// namespace. E_POINTER for a null argument; a failure leaves *nameSpace empty.
+ResultCode GetOutlookNamespace(IDispatch* application, ComPtr<IDispatch>* nameSpace);
+
+// Ends the logon.
+void LogOffOutlook(IDispatch* nameSpace);
+
+// The process's table by which interfaces pass from one apartment to another; null if there is
+// none.
+ComPtr<IGlobalInterfaceTable> GetGlobalInterfaceTable();
+
+// The application that was registered under `cookie`, for the calling thread. E_FAIL without a
+// table or a cookie.
+ResultCode GetOutlookApplication(DWORD cookie, ComPtr<IDispatch>* application);
+
+}  // namespace postmarker
