@@ -14,6 +14,7 @@
 
 #include "LanguageModule_win.h"
 #include "resource.h"
+#include "support/DeviceContext_win.h"
 
 namespace postmarker::test {
 namespace {
@@ -74,12 +75,11 @@ wchar_t Accelerator(const std::wstring& text) {
 }
 
 SIZE Measure(HFONT font, const std::wstring& text, int width, UINT flags) {
-  const HDC dc = ::GetDC(nullptr);
-  const HGDIOBJ before = ::SelectObject(dc, font);
+  const WindowDc screen(nullptr);
+  const ObjectSelection selection(screen.Get(), font);
   RECT rect = {0, 0, width, 0};
-  ::DrawTextW(dc, text.c_str(), static_cast<int>(text.size()), &rect, DT_CALCRECT | flags);
-  ::SelectObject(dc, before);
-  ::ReleaseDC(nullptr, dc);
+  ::DrawTextW(screen.Get(), text.c_str(), static_cast<int>(text.size()), &rect,
+              DT_CALCRECT | flags);
   return {rect.right, rect.bottom};
 }
 

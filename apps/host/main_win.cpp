@@ -47,9 +47,8 @@ struct Options {
 std::vector<std::wstring> Arguments() {
   int count = 0;
   wchar_t** const list = ::CommandLineToArgvW(::GetCommandLineW(), &count);
-  std::vector<std::wstring> arguments(list + 1, list + count);
-  ::LocalFree(list);
-  return arguments;
+  const ScopeExit freeList([list] { ::LocalFree(list); });
+  return {list + 1, list + count};
 }
 
 std::optional<Options> ParseOptions(const std::vector<std::wstring>& arguments) {

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "controls/CGridCtrl_win.h"
+#include "support/DeviceContext_win.h"
 
 namespace postmarker {
 namespace {
@@ -18,10 +19,8 @@ void FillSolid(HDC dc, const RECT& rect, COLORREF color) {
 }  // namespace
 
 int CGridCtrl::Scaled(int size) const {
-  const HDC dc = ::GetDC(Handle());
-  const int scaled = ::MulDiv(size, ::GetDeviceCaps(dc, LOGPIXELSX), 96);
-  ::ReleaseDC(Handle(), dc);
-  return scaled;
+  const WindowDc dc(Handle());
+  return ::MulDiv(size, ::GetDeviceCaps(dc.Get(), LOGPIXELSX), 96);
 }
 
 LRESULT CGridCtrl::MeasureItem(const MessageArgs& args) const {
@@ -39,7 +38,7 @@ LRESULT CGridCtrl::DrawItem(const MessageArgs& args) {
   if (Handle() == nullptr || draw->hwndItem != Handle()) {
     return 0;
   }
-  const int saved = ::SaveDC(draw->hDC);
+  const SavedDcState saved(draw->hDC);
   const bool hasFocus = ::GetFocus() == Handle();
   const int row = static_cast<int>(draw->itemID);
   RECT rest = draw->rcItem;
@@ -64,7 +63,6 @@ LRESULT CGridCtrl::DrawItem(const MessageArgs& args) {
   if (rest.left < rest.right) {
     FillSolid(draw->hDC, rest, ::GetSysColor(COLOR_WINDOW));
   }
-  ::RestoreDC(draw->hDC, saved);
   return TRUE;
 }
 
@@ -151,8 +149,9 @@ void CGridCtrl::SetEmptyText(const std::wstring& text) {
 }
 
 void CGridCtrl::PaintEmptyText() const {
-  const HDC dc = ::GetDC(Handle());
-  const int saved = ::SaveDC(dc);
+  const WindowDc window(Handle());
+  const HDC dc = window.Get();
+  const SavedDcState saved(dc);
   RECT rect = {};
   ::GetClientRect(Handle(), &rect);
   RECT header = {};
@@ -161,13 +160,11 @@ void CGridCtrl::PaintEmptyText() const {
   }
   rect.top = header.bottom;
   ::InflateRect(&rect, -2 * Scaled(kTextMargin), -2 * Scaled(kTextMargin));
-  ::SelectObject(dc, reinterpret_cast<HGDIOBJ>(Send(WM_GETFONT)));
+  const ObjectSelection font(dc, reinterpret_cast<HGDIOBJ>(Send(WM_GETFONT)));
   ::SetBkMode(dc, TRANSPARENT);
   ::SetTextColor(dc, ::GetSysColor(COLOR_WINDOWTEXT));
   ::DrawTextW(dc, m_emptyText.c_str(), static_cast<int>(m_emptyText.size()), &rect,
               DT_CENTER | DT_WORDBREAK | DT_NOPREFIX);
-  ::RestoreDC(dc, saved);
-  ::ReleaseDC(Handle(), dc);
 }
 
 LRESULT CGridCtrl::OnPaint(const MessageArgs& args) {

@@ -3,12 +3,13 @@
 #include <vector>
 
 #include "controls/KsImageGridCtrl_win.h"
+#include "support/DeviceContext_win.h"
 
 namespace postmarker {
 namespace {
 
-// Are the colours the person's own, for contrast or as a dark scheme? Then those of the system are
-// used in place of the tiles'.
+// Are the colors the person's own, for contrast or as a dark scheme? Then the system's are used
+// instead of the tiles'.
 bool UsesSystemColors() {
   HIGHCONTRASTW contrast = {};
   contrast.cbSize = sizeof(contrast);
@@ -31,7 +32,7 @@ void Frame(HDC dc, RECT rect, HBRUSH brush, int thickness) {
   }
 }
 
-// Makes what stands in the rectangle grey and light.
+// Makes what stands in the rectangle gray and light.
 void WashOut(HDC dc, const RECT& rect) {
   const int width = rect.right - rect.left;
   const int height = rect.bottom - rect.top;
@@ -42,26 +43,24 @@ void WashOut(HDC dc, const RECT& rect) {
   info.bmiHeader = {sizeof(info.bmiHeader), width, height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
   void* bits = nullptr;
   const BitmapHandle bitmap(::CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
-  const HDC memory = ::CreateCompatibleDC(dc);
-  if (bitmap && memory != nullptr) {
-    const HGDIOBJ before = ::SelectObject(memory, bitmap.Get());
-    ::BitBlt(memory, 0, 0, width, height, dc, rect.left, rect.top, SRCCOPY);
-    ::GdiFlush();
-    auto* const pixels = static_cast<uint32_t*>(bits);
-    const size_t count = static_cast<size_t>(width) * static_cast<size_t>(height);
-    std::transform(pixels, pixels + count, pixels, [](uint32_t pixel) {
-      const uint32_t grey =
-          ((pixel & 0xFF) + ((pixel >> 8) & 0xFF) * 2 + ((pixel >> 16) & 0xFF)) / 4;
-      const uint32_t light = 0x80 + grey / 2;
-      return light | (light << 8) | (light << 16);
-    });
-    ::BitBlt(dc, rect.left, rect.top, width, height, memory, 0, 0, SRCCOPY);
-    ::SelectObject(memory, before);
+  const MemoryDc memory(::CreateCompatibleDC(dc));
+  if (!bitmap || !memory) {
+    return;
   }
-  ::DeleteDC(memory);
+  const ObjectSelection selection(memory.Get(), bitmap.Get());
+  ::BitBlt(memory.Get(), 0, 0, width, height, dc, rect.left, rect.top, SRCCOPY);
+  ::GdiFlush();
+  auto* const pixels = static_cast<uint32_t*>(bits);
+  const size_t count = static_cast<size_t>(width) * static_cast<size_t>(height);
+  std::transform(pixels, pixels + count, pixels, [](uint32_t pixel) {
+    const uint32_t gray = ((pixel & 0xFF) + ((pixel >> 8) & 0xFF) * 2 + ((pixel >> 16) & 0xFF)) / 4;
+    const uint32_t light = 0x80 + gray / 2;
+    return light | (light << 8) | (light << 16);
+  });
+  ::BitBlt(dc, rect.left, rect.top, width, height, memory.Get(), 0, 0, SRCCOPY);
 }
 
-// The colours of one tile.
+// The colors of one tile.
 struct TileColors {
   COLORREF name;
   COLORREF status;
@@ -148,8 +147,7 @@ void KsImageGridCtrl::DrawTileText(const DrawContext& context, const Tile& tile,
   const TileColors colors =
       TextColors(tile.enabled && context.enabled, selected, UsesSystemColors());
   ::SetBkMode(context.dc, TRANSPARENT);
-  const HGDIOBJ before =
-      ::SelectObject(context.dc, selected ? m_selectedFont.Get() : m_nameFont.Get());
+  const ObjectSelection nameFont(context.dc, selected ? m_selectedFont.Get() : m_nameFont.Get());
   RECT name = Moved(layout.name, context.rect);
   const std::wstring shown = FitText(
       tile.name, name.right - name.left, true, [&context](const std::wstring& text) -> int32_t {
@@ -161,14 +159,13 @@ void KsImageGridCtrl::DrawTileText(const DrawContext& context, const Tile& tile,
   ::DrawTextW(context.dc, shown.c_str(), static_cast<int>(shown.size()), &name,
               DT_SINGLELINE | DT_CENTER | DT_NOPREFIX);
   RECT status = Moved(layout.state, context.rect);
-  ::SelectObject(context.dc, m_statusFont.Get());
+  const ObjectSelection statusFont(context.dc, m_statusFont.Get());
   ::SetTextColor(context.dc, colors.status);
   ::DrawTextW(context.dc, tile.status.c_str(), static_cast<int>(tile.status.size()), &status,
               DT_WORDBREAK | DT_END_ELLIPSIS | DT_CENTER | DT_NOPREFIX);
-  ::SelectObject(context.dc, before);
 }
 
-// A tick in the corner: the selection must not be told by colour alone.
+// A tick in the corner: the selection must not be told by color alone.
 void KsImageGridCtrl::DrawMark(const DrawContext& context) const {
   const int size = Scaled(14);
   const int margin = Scaled(7);
@@ -177,23 +174,19 @@ void KsImageGridCtrl::DrawMark(const DrawContext& context) const {
   if (m_mark) {
     BITMAP bitmap = {};
     ::GetObjectW(m_mark.Get(), sizeof(bitmap), &bitmap);
-    const HDC memory = ::CreateCompatibleDC(context.dc);
-    const HGDIOBJ before = ::SelectObject(memory, m_mark.Get());
+    const MemoryDc memory(::CreateCompatibleDC(context.dc));
+    const ObjectSelection selection(memory.Get(), m_mark.Get());
     ::BitBlt(context.dc, context.rect.right - margin - bitmap.bmWidth, box.top, bitmap.bmWidth,
-             bitmap.bmHeight, memory, 0, 0, SRCCOPY);
-    ::SelectObject(memory, before);
-    ::DeleteDC(memory);
+             bitmap.bmHeight, memory.Get(), 0, 0, SRCCOPY);
     return;
   }
   const COLORREF color = ::GetSysColor(UsesSystemColors() ? COLOR_HIGHLIGHTTEXT : COLOR_HIGHLIGHT);
-  const HPEN pen = ::CreatePen(PS_SOLID, Scaled(2), color);
-  const HGDIOBJ before = ::SelectObject(context.dc, pen);
+  const PenHandle pen(::CreatePen(PS_SOLID, Scaled(2), color));
+  const ObjectSelection selection(context.dc, pen.Get());
   const POINT tick[] = {{box.left + size / 8, box.top + size / 2},
                         {box.left + size * 3 / 8, box.top + size * 3 / 4},
                         {box.right - size / 8, box.top + size / 4}};
   ::Polyline(context.dc, tick, 3);
-  ::SelectObject(context.dc, before);
-  ::DeleteObject(pen);
 }
 
 }  // namespace postmarker

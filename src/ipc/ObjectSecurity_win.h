@@ -11,7 +11,7 @@ namespace postmarker {
 
 namespace handle_close {
 inline void Local(void* memory) noexcept {
-  ::LocalFree(memory);
+  ::LocalFree(memory);  // owner
 }
 }  // namespace handle_close
 

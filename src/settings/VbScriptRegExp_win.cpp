@@ -1,28 +1,13 @@
 #include "settings/VbScriptRegExp_win.h"
 
-#include "support/Bstr_win.h"
 #include "support/ComPtr_win.h"
+#include "support/Variant_win.h"
 
 namespace postmarker {
 namespace {
 
 constexpr CLSID kRegExpClass = {
     0x3F4DACA4, 0x160D, 0x11D2, {0xA8, 0xE9, 0x00, 0x10, 0x4B, 0x36, 0x5C, 0x9F}};
-
-VARIANT BoolVariant(bool value) {
-  VARIANT variant = {};
-  variant.vt = VT_BOOL;
-  variant.boolVal = value ? VARIANT_TRUE : VARIANT_FALSE;
-  return variant;
-}
-
-// The text stays with its owner.
-VARIANT TextVariant(const Bstr& text) {
-  VARIANT variant = {};
-  variant.vt = VT_BSTR;
-  variant.bstrVal = text.Get();
-  return variant;
-}
 
 // Called by name: the class has had several interfaces, and its members have the same names in all
 // of them.
@@ -47,12 +32,11 @@ class VbScriptRegExp final : public RegExpEngine {
     }
     VARIANT variant = TextVariant(argument);
     DISPPARAMS arguments = {&variant, nullptr, 1, 0};
-    VARIANT result = {};
-    if (!Call(L"Test", DISPATCH_METHOD, &arguments, &result) || result.vt != VT_BOOL) {
-      ::VariantClear(&result);
+    Variant result;
+    if (!Call(L"Test", DISPATCH_METHOD, &arguments, result.Put()) || result.Get().vt != VT_BOOL) {
       return std::nullopt;
     }
-    return result.boolVal != VARIANT_FALSE;
+    return result.Get().boolVal != VARIANT_FALSE;
   }
 
  private:

@@ -32,8 +32,10 @@ struct NullableHandleTraits {
   }
 };
 
-// Files come back as INVALID_HANDLE_VALUE from a failed CreateFile; null counts as none as well.
-struct FileHandleTraits {
+// Traits of a handle type that comes back as INVALID_HANDLE_VALUE from a failed call; null counts
+// as none as well.
+template <auto close>
+struct InvalidHandleTraits {
   using Type = HANDLE;
   static Type None() noexcept { return nullptr; }
   static bool IsOpen(Type handle) noexcept {
@@ -41,7 +43,7 @@ struct FileHandleTraits {
   }
   static void Close(Type handle) noexcept {
     const LastErrorKeeper keeper;
-    ::CloseHandle(handle);
+    close(handle);
   }
 };
 
@@ -68,9 +70,13 @@ inline void Icon(HICON icon) noexcept {
 inline void Context(HANDLE context) noexcept {
   ::ReleaseActCtx(context);
 }
+inline void Hook(HHOOK hook) noexcept {
+  ::UnhookWindowsHookEx(hook);
+}
 }  // namespace handle_close
 
-using FileHandle = UniqueHandle<FileHandleTraits>;
+using FileHandle = UniqueHandle<InvalidHandleTraits<handle_close::Kernel>>;
+using ActivationContext = UniqueHandle<InvalidHandleTraits<handle_close::Context>>;
 using KernelHandle = UniqueHandle<NullableHandleTraits<HANDLE, handle_close::Kernel>>;
 using FileView = UniqueHandle<NullableHandleTraits<const void*, handle_close::View>>;
 using LibraryHandle = UniqueHandle<NullableHandleTraits<HMODULE, handle_close::Library>>;
@@ -78,6 +84,9 @@ using RegistryKeyHandle = UniqueHandle<NullableHandleTraits<HKEY, handle_close::
 using BitmapHandle = UniqueHandle<NullableHandleTraits<HBITMAP, handle_close::GdiObject<HBITMAP>>>;
 using BrushHandle = UniqueHandle<NullableHandleTraits<HBRUSH, handle_close::GdiObject<HBRUSH>>>;
 using FontHandle = UniqueHandle<NullableHandleTraits<HFONT, handle_close::GdiObject<HFONT>>>;
+using PenHandle = UniqueHandle<NullableHandleTraits<HPEN, handle_close::GdiObject<HPEN>>>;
+using RegionHandle = UniqueHandle<NullableHandleTraits<HRGN, handle_close::GdiObject<HRGN>>>;
+using WindowsHook = UniqueHandle<NullableHandleTraits<HHOOK, handle_close::Hook>>;
 using IconHandle = UniqueHandle<NullableHandleTraits<HICON, handle_close::Icon>>;
 
 }  // namespace postmarker

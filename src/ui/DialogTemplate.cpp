@@ -1,5 +1,7 @@
 #include "ui/DialogTemplate.h"
 
+#include "support/DeviceContext_win.h"
+
 namespace postmarker {
 namespace {
 
@@ -73,31 +75,28 @@ void DialogTemplate::AlignToDouble() {
 }
 
 DialogUnits::DialogUnits() {
-  const HDC dc = ::GetDC(nullptr);
+  const WindowDc screen(nullptr);
+  const HDC dc = screen.Get();
   LOGFONTW description = {};
   description.lfHeight = -::MulDiv(kFontPoints, ::GetDeviceCaps(dc, LOGPIXELSY), 72);
   description.lfWeight = FW_NORMAL;
   description.lfCharSet = DEFAULT_CHARSET;
   ::lstrcpynW(description.lfFaceName, kFontName, LF_FACESIZE);
   m_font.Reset(::CreateFontIndirectW(&description));
-  const HGDIOBJ before = ::SelectObject(dc, m_font.Get());
+  const ObjectSelection font(dc, m_font.Get());
   // The system takes the average width of these letters for a quarter of it.
   constexpr wchar_t kLetters[] = L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
   SIZE letters = {};
   ::GetTextExtentPoint32W(dc, kLetters, 52, &letters);
   m_base = {(letters.cx / 26 + 1) / 2, letters.cy};
-  ::SelectObject(dc, before);
-  ::ReleaseDC(nullptr, dc);
 }
 
 SIZE DialogUnits::TextSize(const std::wstring& text, int widest, bool prefix) const {
-  const HDC dc = ::GetDC(nullptr);
-  const HGDIOBJ before = ::SelectObject(dc, m_font.Get());
+  const WindowDc screen(nullptr);
+  const ObjectSelection font(screen.Get(), m_font.Get());
   RECT rect = {0, 0, ::MulDiv(widest, m_base.cx, 4), 0};
-  ::DrawTextW(dc, text.c_str(), static_cast<int>(text.size()), &rect,
+  ::DrawTextW(screen.Get(), text.c_str(), static_cast<int>(text.size()), &rect,
               DT_CALCRECT | DT_WORDBREAK | (prefix ? 0U : DT_NOPREFIX));
-  ::SelectObject(dc, before);
-  ::ReleaseDC(nullptr, dc);
   return {UnitsFromPixels(rect.right, m_base.cx, 4), UnitsFromPixels(rect.bottom, m_base.cy, 8)};
 }
 

@@ -11,7 +11,7 @@ namespace postmarker {
 
 namespace handle_close {
 inline void ImageList(HIMAGELIST list) noexcept {
-  ::ImageList_Destroy(list);
+  ::ImageList_Destroy(list);  // owner
 }
 }  // namespace handle_close
 

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "support/DeviceContext_win.h"
 #include "wizard/ResourceLanguage_win.h"
 #include "wizard/WindowHook_win.h"
 
@@ -15,9 +16,8 @@ constexpr DWORD kPathRoom = 260;
 ScreenScale g_screenScale;
 
 void ComputeScreenScale() {
-  const HDC screen = ::GetDC(nullptr);
-  g_screenScale = ScaleForPixelsPerInch(::GetDeviceCaps(screen, LOGPIXELSX));
-  ::ReleaseDC(nullptr, screen);
+  const WindowDc screen(nullptr);
+  g_screenScale = ScaleForPixelsPerInch(::GetDeviceCaps(screen.Get(), LOGPIXELSX));
 }
 
 // A module's full path, or an empty text if it is longer than `room`.

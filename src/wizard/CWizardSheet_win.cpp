@@ -6,6 +6,8 @@
 #include "clients/ClientDetection.h"
 #include "clients/ClientTable.h"
 #include "resource.h"
+#include "support/Bstr_win.h"
+#include "support/DeviceContext_win.h"
 #include "support/ModuleReference_win.h"
 #include "ui/CWinApp.h"
 #include "wizard/CPageChooseClient_win.h"
@@ -29,20 +31,16 @@ constexpr wchar_t kHelpTopic[] = L"Configure";
 BitmapHandle ScaleBitmap(HBITMAP picture, SIZE size) {
   BITMAP info = {};
   ::GetObjectW(picture, sizeof(info), &info);
-  const HDC screen = ::GetDC(nullptr);
-  BitmapHandle scaled(::CreateCompatibleBitmap(screen, size.cx, size.cy));
-  const HDC from = ::CreateCompatibleDC(screen);
-  const HDC to = ::CreateCompatibleDC(screen);
-  const HGDIOBJ fromBefore = ::SelectObject(from, picture);
-  const HGDIOBJ toBefore = ::SelectObject(to, scaled.Get());
-  ::SetStretchBltMode(to, HALFTONE);
-  ::SetBrushOrgEx(to, 0, 0, nullptr);
-  ::StretchBlt(to, 0, 0, size.cx, size.cy, from, 0, 0, info.bmWidth, info.bmHeight, SRCCOPY);
-  ::SelectObject(to, toBefore);
-  ::SelectObject(from, fromBefore);
-  ::DeleteDC(to);
-  ::DeleteDC(from);
-  ::ReleaseDC(nullptr, screen);
+  const WindowDc screen(nullptr);
+  BitmapHandle scaled(::CreateCompatibleBitmap(screen.Get(), size.cx, size.cy));
+  const MemoryDc from(::CreateCompatibleDC(screen.Get()));
+  const MemoryDc to(::CreateCompatibleDC(screen.Get()));
+  const ObjectSelection fromSelection(from.Get(), picture);
+  const ObjectSelection toSelection(to.Get(), scaled.Get());
+  ::SetStretchBltMode(to.Get(), HALFTONE);
+  ::SetBrushOrgEx(to.Get(), 0, 0, nullptr);
+  ::StretchBlt(to.Get(), 0, 0, size.cx, size.cy, from.Get(), 0, 0, info.bmWidth, info.bmHeight,
+               SRCCOPY);
   return scaled;
 }
 
@@ -292,18 +290,18 @@ bool CWizardSheet::OnInitDialog() {
 }
 
 void CWizardSheet::SetHelpLink(int number, const wchar_t* topic) {
-  ::SysFreeString(static_cast<BSTR>(::GetPropW(Handle(), kHelpLinkProperty)));
+  const Bstr former(static_cast<BSTR>(::RemovePropW(Handle(), kHelpLinkProperty)));
   LRESULT answer = 0;
   if (const HWND owner = ::GetAncestor(Handle(), GA_ROOTOWNER)) {
     // The receiver owns the topic, and the answer is ours.
     answer = ::SendMessageW(owner, kHelpLinkMessage, static_cast<WPARAM>(number),
-                            reinterpret_cast<LPARAM>(::SysAllocString(topic)));
+                            reinterpret_cast<LPARAM>(MakeBstr(topic).Release()));
   }
   ::SetPropW(Handle(), kHelpLinkProperty, reinterpret_cast<HANDLE>(answer));
 }
 
 LRESULT CWizardSheet::HandleDestroy(const MessageArgs& args) {
-  ::SysFreeString(static_cast<BSTR>(::RemovePropW(Handle(), kHelpLinkProperty)));
+  const Bstr helpLink(static_cast<BSTR>(::RemovePropW(Handle(), kHelpLinkProperty)));
   if (m_request != nullptr) {
     m_request->sheetWindow = nullptr;
   }

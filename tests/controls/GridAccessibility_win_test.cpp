@@ -7,18 +7,11 @@
 #include "controls/GridFixture_win.h"
 #include "controls/KsEmailAddressGridCtrl_win.h"
 #include "controls/KsImageGridCtrl_win.h"
-#include "support/Bstr_win.h"
 #include "support/ComPtr_win.h"
+#include "support/Variant_win.h"
 
 namespace postmarker::test {
 namespace {
-
-VARIANT Child(LONG id) {
-  VARIANT child = {};
-  child.vt = VT_I4;
-  child.lVal = id;
-  return child;
-}
 
 class GridAccessibilityTest : public GridFixture {
  protected:
@@ -32,7 +25,7 @@ class GridAccessibilityTest : public GridFixture {
     const ComPtr<IAccessible> accessible = Accessible(window);
     Bstr name;
     if (accessible) {
-      accessible->get_accName(Child(CHILDID_SELF), name.Put());
+      accessible->get_accName(NumberVariant(CHILDID_SELF), name.Put());
     }
     return name ? name.Get() : L"";
   }
@@ -74,12 +67,12 @@ class TilesAccessibilityTest : public GridAccessibilityTest {
   }
   [[nodiscard]] std::wstring Name(LONG id) const {
     Bstr name;
-    m_accessible->get_accName(Child(id), name.Put());
+    m_accessible->get_accName(NumberVariant(id), name.Put());
     return name ? name.Get() : L"";
   }
   [[nodiscard]] LONG State(LONG id) const {
     VARIANT state = {};
-    EXPECT_EQ(m_accessible->get_accState(Child(id), &state), S_OK);
+    EXPECT_EQ(m_accessible->get_accState(NumberVariant(id), &state), S_OK);
     return state.lVal;
   }
 
@@ -97,9 +90,9 @@ TEST_F(TilesAccessibilityTest, GridIsAListWithAnItemForEachTile) {
   EXPECT_EQ(Name(2), L"Beta, Not found");
   EXPECT_EQ(Name(5), L"");
   VARIANT role = {};
-  EXPECT_EQ(m_accessible->get_accRole(Child(CHILDID_SELF), &role), S_OK);
+  EXPECT_EQ(m_accessible->get_accRole(NumberVariant(CHILDID_SELF), &role), S_OK);
   EXPECT_EQ(role.lVal, ROLE_SYSTEM_LIST);
-  EXPECT_EQ(m_accessible->get_accRole(Child(4), &role), S_OK);
+  EXPECT_EQ(m_accessible->get_accRole(NumberVariant(4), &role), S_OK);
   EXPECT_EQ(role.lVal, ROLE_SYSTEM_LISTITEM);
 }
 
@@ -115,7 +108,7 @@ TEST_F(TilesAccessibilityTest, StatesTellSelectionFocusAndWhatCanNotBeChosen) {
   EXPECT_EQ(m_accessible->get_accSelection(&found), S_OK);
   EXPECT_EQ(found.lVal, 2);
   VARIANT state = {};
-  EXPECT_EQ(m_accessible->get_accState(Child(5), &state), E_INVALIDARG);
+  EXPECT_EQ(m_accessible->get_accState(NumberVariant(5), &state), E_INVALIDARG);
 }
 
 TEST_F(TilesAccessibilityTest, PlacesAreThoseOfTheTiles) {
@@ -126,7 +119,7 @@ TEST_F(TilesAccessibilityTest, PlacesAreThoseOfTheTiles) {
   LONG top = 0;
   LONG width = 0;
   LONG height = 0;
-  EXPECT_EQ(m_accessible->accLocation(&left, &top, &width, &height, Child(4)), S_OK);
+  EXPECT_EQ(m_accessible->accLocation(&left, &top, &width, &height, NumberVariant(4)), S_OK);
   EXPECT_EQ(left, cell.left);
   EXPECT_EQ(top, cell.top);
   EXPECT_EQ(width, cell.right - cell.left);
@@ -142,10 +135,10 @@ TEST_F(TilesAccessibilityTest, PlacesAreThoseOfTheTiles) {
 TEST_F(TilesAccessibilityTest, TileIsSelectedOnRequest) {
   ASSERT_TRUE(m_accessible);
   m_parent.activities = 0;
-  EXPECT_EQ(m_accessible->accSelect(SELFLAG_TAKESELECTION, Child(3)), S_OK);
+  EXPECT_EQ(m_accessible->accSelect(SELFLAG_TAKESELECTION, NumberVariant(3)), S_OK);
   EXPECT_EQ(m_grid.SelectedText(), L"Gamma");
   EXPECT_GE(m_parent.activities, 1);
-  EXPECT_EQ(m_accessible->accSelect(SELFLAG_TAKESELECTION, Child(9)), E_INVALIDARG);
+  EXPECT_EQ(m_accessible->accSelect(SELFLAG_TAKESELECTION, NumberVariant(9)), E_INVALIDARG);
 }
 
 TEST_F(TilesAccessibilityTest, ObjectMayOutliveTheGrid) {
@@ -155,7 +148,7 @@ TEST_F(TilesAccessibilityTest, ObjectMayOutliveTheGrid) {
   EXPECT_EQ(m_accessible->get_accChildCount(&count), S_OK);
   EXPECT_EQ(count, 0);
   EXPECT_EQ(Name(1), L"");
-  EXPECT_NE(m_accessible->accSelect(SELFLAG_TAKESELECTION, Child(1)), S_OK);
+  EXPECT_NE(m_accessible->accSelect(SELFLAG_TAKESELECTION, NumberVariant(1)), S_OK);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "module/ModuleFixture_win.h"
+#include "support/DeviceContext_win.h"
 #include "wizard/ClientGrid_win.h"
 #include "wizard/WindowHook_win.h"
 
@@ -105,7 +106,7 @@ TEST_F(WindowHookTest, ModuleHooksTheSheetThroughTheSuitesWindowHookModule) {
   EXPECT_EQ(::GetModuleHandleW(L"WndShim.dll"), nullptr);
 }
 
-// How many pixels of a colour a window shows.
+// How many pixels of a color a window shows.
 size_t PixelsOf(HWND window, uint32_t color) {
   RECT client = {};
   ::GetClientRect(window, &client);
@@ -113,20 +114,16 @@ size_t PixelsOf(HWND window, uint32_t color) {
   info.bmiHeader = {
       sizeof(info.bmiHeader), client.right, client.bottom, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
   void* bits = nullptr;
-  const HDC dc = ::GetDC(window);
-  const HDC memory = ::CreateCompatibleDC(dc);
-  const HBITMAP bitmap = ::CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-  const HGDIOBJ before = ::SelectObject(memory, bitmap);
-  ::BitBlt(memory, 0, 0, client.right, client.bottom, dc, 0, 0, SRCCOPY);
+  const WindowDc dc(window);
+  const MemoryDc memory(::CreateCompatibleDC(dc.Get()));
+  const BitmapHandle bitmap(::CreateDIBSection(dc.Get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+  const ObjectSelection selection(memory.Get(), bitmap.Get());
+  ::BitBlt(memory.Get(), 0, 0, client.right, client.bottom, dc.Get(), 0, 0, SRCCOPY);
   ::GdiFlush();
   const auto* const pixels = static_cast<const uint32_t*>(bits);
   const auto size = static_cast<ptrdiff_t>(client.right) * client.bottom;
   const auto found = std::count_if(pixels, pixels + size,
                                    [color](uint32_t pixel) { return (pixel & 0xFFFFFF) == color; });
-  ::SelectObject(memory, before);
-  ::DeleteObject(bitmap);
-  ::DeleteDC(memory);
-  ::ReleaseDC(window, dc);
   return static_cast<size_t>(found);
 }
 

@@ -7,8 +7,8 @@
 #include <gmock/gmock.h>
 
 #include "settings/GlobalSettings.h"
-#include "support/Bstr_win.h"
 #include "support/ComPtr_win.h"
+#include "support/Variant_win.h"
 #include "wizard/ClientGrid_win.h"
 #include "wizard/WizardFixture_win.h"
 
@@ -17,9 +17,8 @@ namespace {
 
 using testing::ElementsAre;
 
-std::wstring Take(BSTR text) {
-  const Bstr owner(text);
-  return owner ? std::wstring(owner.Get(), ::SysStringLen(owner.Get())) : std::wstring();
+std::wstring TextOf(const Bstr& text) {
+  return text ? std::wstring(text.Get(), ::SysStringLen(text.Get())) : std::wstring();
 }
 
 struct Spoken {
@@ -33,13 +32,12 @@ Spoken Ask(HWND window) {
                                           object.PutVoid()))) {
     return {};
   }
-  VARIANT self = {};
-  self.vt = VT_I4;
-  BSTR name = nullptr;
-  BSTR shortcut = nullptr;
-  object->get_accName(self, &name);
-  object->get_accKeyboardShortcut(self, &shortcut);
-  return {Take(name), Take(shortcut)};
+  const VARIANT self = NumberVariant(CHILDID_SELF);
+  Bstr name;
+  Bstr shortcut;
+  object->get_accName(self, name.Put());
+  object->get_accKeyboardShortcut(self, shortcut.Put());
+  return {TextOf(name), TextOf(shortcut)};
 }
 
 bool IsLabel(HWND window) {

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "support/Registry_win.h"
+#include "support/Variant_win.h"
 
 namespace postmarker {
 namespace {
@@ -21,40 +22,28 @@ constexpr wchar_t kProfilesKey[] =
 constexpr DWORD kProfileRoom = 8711 * sizeof(wchar_t);
 constexpr REGSAM kProfileAccess = 0x2001F;
 
-struct VariantHolder {
-  VariantHolder() { ::VariantInit(&value); }
-  VariantHolder(const VariantHolder&) = delete;
-  VariantHolder& operator=(const VariantHolder&) = delete;
-  ~VariantHolder() { ::VariantClear(&value); }
-  VARIANT value;
-};
-
 HRESULT GetObjectProperty(IDispatch* object, DISPID id, ComPtr<IDispatch>* out) {
-  VariantHolder result;
+  Variant result;
   DISPPARAMS none = {};
   const HRESULT hr =
       object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET | DISPATCH_METHOD,
-                     &none, &result.value, nullptr, nullptr);
+                     &none, result.Put(), nullptr, nullptr);
   if (FAILED(hr)) {
     return hr;
   }
-  if (result.value.vt != VT_DISPATCH || result.value.pdispVal == nullptr) {
+  if (result.Get().vt != VT_DISPATCH || result.Get().pdispVal == nullptr) {
     return E_POINTER;
   }
-  return result.value.pdispVal->QueryInterface(IID_IDispatch, out->PutVoid());
+  return result.Get().pdispVal->QueryInterface(IID_IDispatch, out->PutVoid());
 }
 
 HRESULT LogOn(IDispatch* nameSpace) {
   std::wstring name;
   (void)GetOutlookDefaultProfile(&name);
-  VariantHolder profile;
-  profile.value.vt = VT_BSTR;
-  profile.value.bstrVal = ::SysAllocString(name.c_str());
-  VARIANT missing = {};
-  missing.vt = VT_ERROR;
-  missing.scode = DISP_E_PARAMNOTFOUND;
+  const Bstr profile = MakeBstr(name);
   // In reverse order: new session, show dialog, password, profile.
-  std::array<VARIANT, 4> arguments = {missing, missing, missing, profile.value};
+  std::array<VARIANT, 4> arguments = {MissingVariant(), MissingVariant(), MissingVariant(),
+                                      TextVariant(profile)};
   DISPPARAMS parameters = {arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
   return nameSpace->Invoke(kLogonMethod, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
                            &parameters, nullptr, nullptr, nullptr);
