@@ -1,6 +1,6 @@
 #include "ui/CWinApp.h"
 
-#include <utility>
+#include "support/Handles_win.h"
 
 namespace postmarker {
 namespace {
@@ -9,13 +9,20 @@ CWinApp* g_app = nullptr;
 
 // The activation context of the manifest that the module carries as resource 2. A module without
 // one gets none, and its windows look as the host's manifest says.
-HANDLE CreateModuleContext() {
+ActivationContext CreateModuleContext() {
   ACTCTXW description = {};
   description.cbSize = sizeof(description);
   description.dwFlags = ACTCTX_FLAG_HMODULE_VALID | ACTCTX_FLAG_RESOURCE_NAME_VALID;
   description.hModule = g_app != nullptr ? g_app->Module() : nullptr;
   description.lpResourceName = MAKEINTRESOURCEW(2);
-  return ::CreateActCtxW(&description);
+  return ActivationContext(::CreateActCtxW(&description));
+}
+
+// Made at the first use and kept until the module goes: making it reads the manifest anew, and the
+// callbacks of a long operation pass a guard each time.
+const ActivationContext& ModuleContext() {
+  static const ActivationContext context = CreateModuleContext();
+  return context;
 }
 
 }  // namespace
@@ -43,20 +50,17 @@ std::wstring LoadText(UINT id) {
   return length > 0 ? std::wstring(text, static_cast<size_t>(length)) : std::wstring();
 }
 
-ModuleStateGuard::ModuleStateGuard() : m_context(CreateModuleContext()) {
-  if (m_context != INVALID_HANDLE_VALUE && !::ActivateActCtx(m_context, &m_cookie)) {
+ModuleStateGuard::ModuleStateGuard() {
+  const ActivationContext& context = ModuleContext();
+  if (context && !::ActivateActCtx(context.Get(), &m_cookie)) {
     m_cookie = 0;
   }
 }
 
 ModuleStateGuard::~ModuleStateGuard() {
-  if (m_context == INVALID_HANDLE_VALUE) {
-    return;
-  }
   if (m_cookie != 0) {
-    ::DeactivateActCtx(0, m_cookie);
+    ::DeactivateActCtx(0, m_cookie);  // owner
   }
-  ::ReleaseActCtx(m_context);
 }
 
 }  // namespace postmarker

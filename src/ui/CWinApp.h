@@ -46,7 +46,7 @@ std::wstring LoadText(UINT id);
 
 // Switches to this module's class state and to the looks that its manifest asks for; what was
 // before comes back on every way out. One stands at the head of each export and of each thread that
-// owns windows.
+// owns windows. Cheap enough for every callback: the manifest is read once, by the first guard.
 class ModuleStateGuard {
  public:
   ModuleStateGuard();
@@ -56,8 +56,7 @@ class ModuleStateGuard {
 
  private:
   ThreadState m_state;
-  HANDLE m_context;
-  ULONG_PTR m_cookie = 0;
+  ULONG_PTR m_cookie = 0;  // of the activation of the module's manifest; 0 for none
 };
 
 }  // namespace postmarker

@@ -166,9 +166,9 @@ void CreationHook::Arm(CWnd* window) {
     return;
   }
   state->m_creating = window;
-  if (state->m_hook == nullptr) {
-    state->m_hook =
-        ::SetWindowsHookExW(WH_CBT, &CreationHook::HookProc, nullptr, ::GetCurrentThreadId());
+  if (!state->m_hook) {
+    state->m_hook.Reset(
+        ::SetWindowsHookExW(WH_CBT, &CreationHook::HookProc, nullptr, ::GetCurrentThreadId()));
   }
 }
 
@@ -178,21 +178,24 @@ void CreationHook::Disarm() {
     return;
   }
   state->m_creating = nullptr;
-  if (const HHOOK hook = std::exchange(state->m_hook, nullptr)) {
-    ::UnhookWindowsHookEx(hook);
-  }
+  state->m_hook.Reset();
 }
 
 LRESULT CALLBACK CreationHook::HookProc(int code, WPARAM wParam, LPARAM lParam) noexcept {
   ThreadState* const state = ThreadState::Current();
-  if (code == HCBT_CREATEWND && state != nullptr) {
-    if (CWnd* const window = std::exchange(state->m_creating, nullptr)) {
+  // Taken before the other hooks are asked, which may create windows themselves.
+  CWnd* const window = code == HCBT_CREATEWND && state != nullptr
+                           ? std::exchange(state->m_creating, nullptr)
+                           : nullptr;
+  const LRESULT result = ::CallNextHookEx(nullptr, code, wParam, lParam);
+  if (window != nullptr) {
+    // A hook that refuses a window ends it without its last message: the object must not know it.
+    if (result == 0) {
       window->Subclass(reinterpret_cast<HWND>(wParam));
-      Disarm();
-      return 0;
     }
+    Disarm();
   }
-  return ::CallNextHookEx(nullptr, code, wParam, lParam);
+  return result;
 }
 
 std::wstring WindowText(HWND window) {

@@ -5,6 +5,8 @@
 
 #include <exception>
 
+#include "support/Handles_win.h"
+
 namespace postmarker {
 
 class CWnd;
@@ -31,7 +33,7 @@ class ThreadState {
 
   // The object that the next window created on this thread belongs to, and the hook that sees it.
   CWnd* m_creating = nullptr;
-  HHOOK m_hook = nullptr;
+  WindowsHook m_hook;
 
  private:
   ThreadState* m_previous;
