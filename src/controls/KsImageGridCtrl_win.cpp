@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <mutex>
 
+#include "controls/WindowAccessible_win.h"
+#include "support/DeviceContext_win.h"
+
 namespace postmarker {
 namespace {
 
@@ -103,10 +106,9 @@ bool KsImageGridCtrl::Initialise(int columnWidth) {
 }
 
 TileLayout KsImageGridCtrl::Layout(HDC dc) const {
-  const HGDIOBJ before = ::SelectObject(dc, m_selectedFont.Get());
+  const ObjectSelection font(dc, m_selectedFont.Get());
   SIZE line = {};
   ::GetTextExtentPoint32W(dc, kLineSample, static_cast<int>(std::size(kLineSample)) - 1, &line);
-  ::SelectObject(dc, before);
   TileMetrics metrics;
   metrics.columnWidth = m_columnWidth;
   metrics.imageSize = m_imageSize;
@@ -118,9 +120,7 @@ TileLayout KsImageGridCtrl::Layout(HDC dc) const {
 }
 
 void KsImageGridCtrl::UpdateRowHeight() {
-  const HDC dc = ::GetDC(Handle());
-  SetRowHeight(Layout(dc).tile.bottom);
-  ::ReleaseDC(Handle(), dc);
+  SetRowHeight(Layout(WindowDc(Handle()).Get()).tile.bottom);
 }
 
 int KsImageGridCtrl::AddEntry(const std::wstring& name, const std::wstring& status, HICON icon,
@@ -187,6 +187,9 @@ void KsImageGridCtrl::SelectEntry(int entry) {
   if (m_selected != before) {
     InvalidateEntry(before);
     InvalidateEntry(m_selected);
+    if (m_selected != -1) {
+      ::NotifyWinEvent(EVENT_OBJECT_SELECTION, Handle(), OBJID_CLIENT, m_selected + 1);
+    }
   }
   if (m_selected != -1) {
     SetCellFocus(cell.row, cell.col, true, true);
@@ -217,11 +220,17 @@ void KsImageGridCtrl::OnCellClicked(int row, int col) {
   TellActivity();
 }
 
-void KsImageGridCtrl::OnFocusCellChanged(GridCell /*before*/, GridCell now) {
-  const int entry = EntryAt(now.row, now.col);
+void KsImageGridCtrl::AnnounceFocus() const {
+  const GridCell focus = FocusCell();
+  const int entry = EntryAt(focus.row, focus.col);
   if (entry != -1 && ::GetFocus() == Handle()) {
     ::NotifyWinEvent(EVENT_OBJECT_FOCUS, Handle(), OBJID_CLIENT, entry + 1);
   }
+}
+
+void KsImageGridCtrl::OnFocusCellChanged(GridCell /*before*/, GridCell now) {
+  AnnounceFocus();
+  const int entry = EntryAt(now.row, now.col);
   if (m_selectsWithFocus && entry != -1 && entry != m_selected) {
     SelectEntry(entry);
     TellActivity();
@@ -283,20 +292,32 @@ void KsImageGridCtrl::FocusFirstTile() {
 }
 
 LRESULT KsImageGridCtrl::OnSetFocus(const MessageArgs& args) {
+  const GridCell before = FocusCell();
   m_selectsWithFocus = false;
   const LRESULT result = CGridCtrl::OnSetFocus(args);
   m_selectsWithFocus = true;
+  // The system tells of the grid, or of a row, but not of the tile; a change has told of it
+  // already.
+  if (FocusCell() == before) {
+    AnnounceFocus();
+  }
   return result;
 }
 
 LRESULT KsImageGridCtrl::HandleGetObject(const MessageArgs& args) {
-  // The id has 32 bits, whatever the width of the argument.
-  if (static_cast<DWORD>(args.lParam) == static_cast<DWORD>(OBJID_CLIENT)) {
-    if (const LRESULT answer = AnswerWithTiles(Handle(), args.wParam)) {
-      return answer;
-    }
+  if (!AsksForClientArea(args.lParam)) {
+    return Default(args);
   }
-  return Default(args);
+  if (!m_accessible) {
+    m_accessible = MakeTileAccessible(Handle());
+  }
+  return m_accessible ? ::LresultFromObject(IID_IAccessible, args.wParam, m_accessible.Get())
+                      : Default(args);
+}
+
+LRESULT KsImageGridCtrl::OnDestroy(const MessageArgs& args) {
+  m_accessible.Reset();
+  return CGridCtrl::OnDestroy(args);
 }
 
 bool KsImageGridCtrl::ReadTileFacts(int tile, TileFacts* facts) const {

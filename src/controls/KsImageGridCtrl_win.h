@@ -16,7 +16,8 @@ namespace postmarker {
 // The entries fill the columns of a row and then the next row. One of them can be selected, by a
 // click, by the arrow keys, or by typing its name. A disabled one can have the focus, so that
 // everybody can read why it is disabled, and the selection, but it gives no selected text. To
-// programs for the blind it is a list with an item for each entry.
+// programs for the blind it is a list with an item for each entry; they are told which entry has
+// the focus when the grid gets it, and of each change of focus and selection.
 //
 // For the window's thread; AddEntry, EntryCount and SelectedText may be called on any.
 class KsImageGridCtrl : public CGridCtrl, public TileSource {
@@ -59,6 +60,7 @@ class KsImageGridCtrl : public CGridCtrl, public TileSource {
   LRESULT OnKeyDown(const MessageArgs& args) override;
   LRESULT OnSetFocus(const MessageArgs& args) override;
   LRESULT OnScroll(const MessageArgs& args) override;
+  LRESULT OnDestroy(const MessageArgs& args) override;
   void DrawCell(DrawContext* context) const override;
   [[nodiscard]] const MessageTable* Messages() const override { return &kMessages; }
   static const MessageTable kMessages;
@@ -92,6 +94,7 @@ class KsImageGridCtrl : public CGridCtrl, public TileSource {
   void UpdateRowHeight();
   void ShowEntry(int entry);
   void TellActivity() const;
+  void AnnounceFocus() const;
   void FocusFirstTile();
   void InvalidateEntry(int entry) const;
   void DrawTile(const DrawContext& context, const Tile& tile, bool selected) const;
@@ -101,7 +104,8 @@ class KsImageGridCtrl : public CGridCtrl, public TileSource {
                     bool selected) const;
   void DrawMark(const DrawContext& context) const;
 
-  mutable CriticalSection m_lock;  // guards m_entries
+  ComPtr<IAccessible> m_accessible;  // made when somebody asks
+  mutable CriticalSection m_lock;    // guards m_entries
   std::vector<Entry> m_entries;
   int m_selected = -1;
   int m_columnWidth = 0;

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "controls/WindowAccessible_win.h"
+#include "support/DeviceContext_win.h"
+#include "support/Variant_win.h"
 #include "ui/CWinApp.h"
 
 namespace postmarker {
@@ -23,10 +26,8 @@ constexpr int kCorner = 8;
 constexpr int kWidestText = 300;
 
 int Scaled(HWND window, int size) {
-  const HDC dc = ::GetDC(window);
-  const int scaled = ::MulDiv(size, ::GetDeviceCaps(dc, LOGPIXELSX), 96);
-  ::ReleaseDC(window, dc);
-  return scaled;
+  const WindowDc dc(window);
+  return ::MulDiv(size, ::GetDeviceCaps(dc.Get(), LOGPIXELSX), 96);
 }
 
 HINSTANCE ThisModule() {
@@ -59,6 +60,34 @@ FontHandle MessageFont() {
   return FontHandle(::CreateFontIndirectW(&metrics.lfMessageFont));
 }
 
+// A tip as the platform's accessibility interface shows it.
+class ToolTipAccessible final : public WindowAccessible {
+ public:
+  using WindowAccessible::WindowAccessible;
+
+  HRESULT STDMETHODCALLTYPE get_accName(VARIANT child, BSTR* out) override {
+    const KsToolTip* const tip = Tip();
+    if (tip == nullptr) {
+      return WindowAccessible::get_accName(child, out);
+    }
+    *out = MakeBstr(tip->Text()).Release();
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE get_accRole(VARIANT /*child*/, VARIANT* out) override {
+    const KsToolTip* const tip = Tip();
+    const bool isMessage = tip != nullptr && tip->IsMessage();
+    *out = NumberVariant(isMessage ? ROLE_SYSTEM_ALERT : ROLE_SYSTEM_TOOLTIP);
+    return S_OK;
+  }
+
+ private:
+  ~ToolTipAccessible() override = default;
+
+  [[nodiscard]] const KsToolTip* Tip() const {
+    return dynamic_cast<const KsToolTip*>(CWnd::FromHandle(Window()));
+  }
+};
+
 }  // namespace
 
 const MessageEntry KsToolTip::kEntries[] = {
@@ -66,6 +95,8 @@ const MessageEntry KsToolTip::kEntries[] = {
     OnMessage(WM_TIMER, &KsToolTip::HandleTimer),
     OnMessage(WM_MOUSEACTIVATE, &KsToolTip::HandleMouseActivate),
     OnMessage(WM_LBUTTONDOWN, &KsToolTip::HandleClick),
+    OnMessage(WM_GETOBJECT, &KsToolTip::HandleGetObject),
+    OnMessage(WM_DESTROY, &KsToolTip::HandleDestroy),
 };
 const MessageTable KsToolTip::kMessages = {&CWnd::kMessages, KsToolTip::kEntries};
 
@@ -80,6 +111,7 @@ KsToolTip::~KsToolTip() {
 }
 
 bool KsToolTip::Create(HWND owner, UINT delayMs, UINT durationMs, bool balloon) {
+  m_owner = owner;
   m_delayMs = delayMs;
   m_durationMs = durationMs;
   m_balloon = balloon;
@@ -93,6 +125,10 @@ bool KsToolTip::Create(HWND owner, UINT delayMs, UINT durationMs, bool balloon) 
 }
 
 void KsToolTip::ShowAt(const std::wstring& text, const RECT& target) {
+  Show(text, target, true);
+}
+
+void KsToolTip::Show(const std::wstring& text, const RECT& target, bool isMessage) {
   if (Handle() == nullptr) {
     return;
   }
@@ -101,18 +137,23 @@ void KsToolTip::ShowAt(const std::wstring& text, const RECT& target) {
     return;
   }
   m_text = text;
-  // The window's text is what a screen reader reads.
+  m_isMessage = isMessage;
   ::SetWindowTextW(Handle(), text.c_str());
   Place(target);
+  m_watch.Begin(m_owner, [this] { Hide(); });
   ::ShowWindow(Handle(), SW_SHOWNOACTIVATE);
   ::InvalidateRect(Handle(), nullptr, TRUE);
   ::NotifyWinEvent(EVENT_OBJECT_SHOW, Handle(), OBJID_WINDOW, CHILDID_SELF);
+  if (isMessage) {
+    ::NotifyWinEvent(EVENT_SYSTEM_ALERT, Handle(), OBJID_CLIENT, CHILDID_SELF);
+  }
   if (m_durationMs != 0) {
     ::SetTimer(Handle(), kDurationTimer, m_durationMs, nullptr);
   }
 }
 
 void KsToolTip::Hide() {
+  m_watch.End();
   if (Handle() != nullptr) {
     ::KillTimer(Handle(), kDelayTimer);
     ::KillTimer(Handle(), kDurationTimer);
@@ -122,17 +163,14 @@ void KsToolTip::Hide() {
 
 SIZE KsToolTip::TextSize(HDC dc, int widest) const {
   RECT rect = {0, 0, widest, 0};
-  const HGDIOBJ before = ::SelectObject(dc, m_font.Get());
+  const ObjectSelection font(dc, m_font.Get());
   ::DrawTextW(dc, m_text.c_str(), static_cast<int>(m_text.size()), &rect,
               DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
-  ::SelectObject(dc, before);
   return {rect.right, rect.bottom};
 }
 
 void KsToolTip::Place(const RECT& target) {
-  const HDC dc = ::GetDC(Handle());
-  const SIZE text = TextSize(dc, Scaled(Handle(), kWidestText));
-  ::ReleaseDC(Handle(), dc);
+  const SIZE text = TextSize(WindowDc(Handle()).Get(), Scaled(Handle(), kWidestText));
   const int padding = Scaled(Handle(), kPadding);
   const int stem = m_balloon ? Scaled(Handle(), kStemHeight) : 0;
   const SIZE size = {text.cx + 2 * padding, text.cy + 2 * padding + stem};
@@ -150,20 +188,21 @@ void KsToolTip::Place(const RECT& target) {
 
   const int corner = Scaled(Handle(), kCorner);
   const int bodyTop = m_stemBelow ? 0 : stem;
-  const HRGN shape =
-      ::CreateRoundRectRgn(0, bodyTop, size.cx + 1, bodyTop + size.cy - stem + 1, corner, corner);
+  RegionHandle shape(
+      ::CreateRoundRectRgn(0, bodyTop, size.cx + 1, bodyTop + size.cy - stem + 1, corner, corner));
   if (m_balloon) {
     const int half = Scaled(Handle(), kStemWidth) / 2;
     const LONG base = m_stemBelow ? size.cy - stem : stem;
     const LONG x =
         std::max<LONG>(padding + half, std::min<LONG>(m_point.x, size.cx - padding - half));
     const POINT corners[] = {{x - half, base}, {x + half, base}, {m_point.x, m_point.y}};
-    const HRGN stemShape = ::CreatePolygonRgn(corners, 3, WINDING);
-    ::CombineRgn(shape, shape, stemShape, RGN_OR);
-    ::DeleteObject(stemShape);
+    const RegionHandle stemShape(::CreatePolygonRgn(corners, 3, WINDING));
+    ::CombineRgn(shape.Get(), shape.Get(), stemShape.Get(), RGN_OR);
   }
-  // The system owns the region from here on.
-  ::SetWindowRgn(Handle(), shape, FALSE);
+  // The system owns the region from here on, unless it refuses.
+  if (::SetWindowRgn(Handle(), shape.Get(), FALSE) != 0) {
+    (void)shape.Release();
+  }
   ::SetWindowPos(Handle(), HWND_TOPMOST, left, top, size.cx, size.cy, SWP_NOACTIVATE);
 }
 
@@ -171,28 +210,23 @@ void KsToolTip::Paint(HDC dc) const {
   RECT rect = {};
   ::GetClientRect(Handle(), &rect);
   ::FillRect(dc, &rect, ::GetSysColorBrush(COLOR_INFOBK));
-  const HRGN shape = ::CreateRectRgn(0, 0, 0, 0);
-  if (::GetWindowRgn(Handle(), shape) != ERROR) {
-    ::FrameRgn(dc, shape, ::GetSysColorBrush(COLOR_3DSHADOW), 1, 1);
+  const RegionHandle shape(::CreateRectRgn(0, 0, 0, 0));
+  if (::GetWindowRgn(Handle(), shape.Get()) != ERROR) {
+    ::FrameRgn(dc, shape.Get(), ::GetSysColorBrush(COLOR_3DSHADOW), 1, 1);
   }
-  ::DeleteObject(shape);
   const int stem = m_balloon ? Scaled(Handle(), kStemHeight) : 0;
   const int padding = Scaled(Handle(), kPadding);
   rect.top += m_stemBelow ? 0 : stem;
   ::InflateRect(&rect, -padding, -padding);
   ::SetBkMode(dc, TRANSPARENT);
   ::SetTextColor(dc, ::GetSysColor(COLOR_INFOTEXT));
-  const HGDIOBJ before = ::SelectObject(dc, m_font.Get());
+  const ObjectSelection font(dc, m_font.Get());
   ::DrawTextW(dc, m_text.c_str(), static_cast<int>(m_text.size()), &rect,
               DT_WORDBREAK | DT_NOPREFIX);
-  ::SelectObject(dc, before);
 }
 
 LRESULT KsToolTip::HandlePaint(const MessageArgs& /*args*/) {
-  PAINTSTRUCT paint = {};
-  const HDC dc = ::BeginPaint(Handle(), &paint);
-  Paint(dc);
-  ::EndPaint(Handle(), &paint);
+  Paint(PaintDc(Handle()).Get());
   return 0;
 }
 
@@ -210,7 +244,7 @@ LRESULT KsToolTip::HandleTimer(const MessageArgs& args) {
   if (tool != m_tools.end()) {
     RECT rect = {};
     ::GetWindowRect(tool->window, &rect);
-    ShowAt(tool->text, rect);
+    Show(tool->text, rect, false);
   }
   return 0;
 }
@@ -222,6 +256,23 @@ LRESULT KsToolTip::HandleMouseActivate(const MessageArgs& /*args*/) {
 LRESULT KsToolTip::HandleClick(const MessageArgs& /*args*/) {
   Hide();
   return 0;
+}
+
+LRESULT KsToolTip::HandleGetObject(const MessageArgs& args) {
+  if (!AsksForClientArea(args.lParam)) {
+    return Default(args);
+  }
+  if (!m_accessible) {
+    m_accessible = MakeWindowAccessible<ToolTipAccessible>(Handle());
+  }
+  return m_accessible ? ::LresultFromObject(IID_IAccessible, args.wParam, m_accessible.Get())
+                      : Default(args);
+}
+
+LRESULT KsToolTip::HandleDestroy(const MessageArgs& args) {
+  m_watch.End();
+  m_accessible.Reset();
+  return Default(args);
 }
 
 bool KsToolTip::AddTool(HWND window, const std::wstring& text) {

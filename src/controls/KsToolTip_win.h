@@ -4,16 +4,22 @@
 
 #include <windows.h>
 
+#include <oleacc.h>
+
 #include <string>
 #include <vector>
 
+#include "controls/OwnerWatch_win.h"
+#include "support/ComPtr_win.h"
 #include "support/Handles_win.h"
 #include "ui/CWnd.h"
 
 namespace postmarker {
 
 // Belongs to one thread. The balloon never takes the focus or a click; it goes when it is clicked,
-// when its time is over, and when its owner's window is hidden or moved.
+// when its time is over, and when its owner is hidden or moved, or its owner's top-level window is
+// deactivated. To programs for the blind a message is an alert, which they read at once, and the
+// tip of a watched window a tool tip.
 class KsToolTip : public CWnd {
  public:
   KsToolTip();
@@ -25,7 +31,8 @@ class KsToolTip : public CWnd {
   // refuses.
   bool Create(HWND owner, UINT delayMs, UINT durationMs, bool balloon);
 
-  // Shows `text` so that it points at the rectangle, in screen coordinates. An empty text hides it.
+  // Shows `text` as a message that points at the rectangle, in screen coordinates. An empty text
+  // hides it.
   void ShowAt(const std::wstring& text, const RECT& target);
 
   void Hide();
@@ -38,6 +45,10 @@ class KsToolTip : public CWnd {
   void RemoveTool(HWND window);
 
   [[nodiscard]] size_t ToolCount() const { return m_tools.size(); }
+
+  // What it shows or showed last, and whether that is a message.
+  [[nodiscard]] const std::wstring& Text() const { return m_text; }
+  [[nodiscard]] bool IsMessage() const { return m_isMessage; }
 
  protected:
   [[nodiscard]] const MessageTable* Messages() const override { return &kMessages; }
@@ -54,6 +65,7 @@ class KsToolTip : public CWnd {
                                    LPARAM lParam) noexcept;
   void RelayEvent(HWND window, UINT message, LPARAM lParam);
   void ForgetTool(HWND window);
+  void Show(const std::wstring& text, const RECT& target, bool isMessage);
   void Place(const RECT& target);
   [[nodiscard]] SIZE TextSize(HDC dc, int widest) const;
   void Paint(HDC dc) const;
@@ -62,8 +74,14 @@ class KsToolTip : public CWnd {
   LRESULT HandleTimer(const MessageArgs& args);
   LRESULT HandleMouseActivate(const MessageArgs& args);
   LRESULT HandleClick(const MessageArgs& args);
+  LRESULT HandleGetObject(const MessageArgs& args);
+  LRESULT HandleDestroy(const MessageArgs& args);
 
+  HWND m_owner = nullptr;
+  OwnerWatch m_watch;
+  ComPtr<IAccessible> m_accessible;  // made when somebody asks
   std::wstring m_text;
+  bool m_isMessage = false;
   POINT m_point = {};  // where the stem's tip stands, in client coordinates
   std::vector<Tool> m_tools;
   HWND m_hovered = nullptr;

@@ -1,77 +1,18 @@
 #include "controls/TileAccessible_win.h"
 
-#include <oleacc.h>
-
-#include <atomic>
-#include <utility>
-
-#include "support/Bstr_win.h"
-#include "support/ComPtr_win.h"
+#include "controls/WindowAccessible_win.h"
+#include "support/Variant_win.h"
 #include "ui/CWnd.h"
-
-// The system's interfaces have no virtual destructors: their objects are deleted by Release alone.
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
 namespace postmarker {
 namespace {
 
-VARIANT NumberVariant(LONG number) {
-  VARIANT variant = {};
-  variant.vt = VT_I4;
-  variant.lVal = number;
-  return variant;
-}
-
 // The list as a whole is answered for by the system's own object for list views; its children are
 // the tiles. A child's id is the tile's number plus 1.
-class TileAccessible final : public IAccessible {
+class TileAccessible final : public WindowAccessible {
  public:
-  TileAccessible(HWND window, ComPtr<IAccessible> list)
-      : m_window(window), m_list(std::move(list)) {}
-  TileAccessible(const TileAccessible&) = delete;
-  TileAccessible& operator=(const TileAccessible&) = delete;
+  using WindowAccessible::WindowAccessible;
 
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** out) override {
-    if (out == nullptr) {
-      return E_POINTER;
-    }
-    const bool known = id == IID_IUnknown || id == IID_IDispatch || id == IID_IAccessible;
-    *out = known ? static_cast<IAccessible*>(this) : nullptr;
-    if (!known) {
-      return E_NOINTERFACE;
-    }
-    AddRef();
-    return S_OK;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-  ULONG STDMETHODCALLTYPE Release() override {
-    const ULONG left = --m_references;
-    if (left == 0) {
-      delete this;
-    }
-    return left;
-  }
-
-  // By name it can be asked what the system's object can.
-  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
-    return m_list->GetTypeInfoCount(count);
-  }
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID language, ITypeInfo** out) override {
-    return m_list->GetTypeInfo(index, language, out);
-  }
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID id, LPOLESTR* names, UINT count, LCID language,
-                                          DISPID* out) override {
-    return m_list->GetIDsOfNames(id, names, count, language, out);
-  }
-  HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID id, LCID language, WORD flags,
-                                   DISPPARAMS* arguments, VARIANT* result, EXCEPINFO* exception,
-                                   UINT* wrong) override {
-    return m_list->Invoke(member, id, language, flags, arguments, result, exception, wrong);
-  }
-
-  HRESULT STDMETHODCALLTYPE get_accParent(IDispatch** out) override {
-    return m_list->get_accParent(out);
-  }
   HRESULT STDMETHODCALLTYPE get_accChildCount(LONG* count) override {
     const TileSource* const tiles = Tiles();
     *count = tiles != nullptr ? tiles->TileCount() : 0;
@@ -83,7 +24,7 @@ class TileAccessible final : public IAccessible {
   }
   HRESULT STDMETHODCALLTYPE get_accName(VARIANT child, BSTR* out) override {
     if (IsSelf(child)) {
-      return m_list->get_accName(child, out);
+      return WindowAccessible::get_accName(child, out);
     }
     TileFacts facts;
     if (!Read(child, &facts)) {
@@ -104,7 +45,7 @@ class TileAccessible final : public IAccessible {
   }
   HRESULT STDMETHODCALLTYPE get_accState(VARIANT child, VARIANT* out) override {
     if (IsSelf(child)) {
-      return m_list->get_accState(child, out);
+      return WindowAccessible::get_accState(child, out);
     }
     TileFacts facts;
     if (!Read(child, &facts)) {
@@ -123,7 +64,7 @@ class TileAccessible final : public IAccessible {
     return None(file);
   }
   HRESULT STDMETHODCALLTYPE get_accKeyboardShortcut(VARIANT child, BSTR* out) override {
-    return IsSelf(child) ? m_list->get_accKeyboardShortcut(child, out) : None(out);
+    return IsSelf(child) ? WindowAccessible::get_accKeyboardShortcut(child, out) : None(out);
   }
   HRESULT STDMETHODCALLTYPE get_accFocus(VARIANT* out) override {
     return FindTile([](const TileFacts& facts) { return facts.focused; }, out);
@@ -147,7 +88,7 @@ class TileAccessible final : public IAccessible {
   HRESULT STDMETHODCALLTYPE accLocation(LONG* left, LONG* top, LONG* width, LONG* height,
                                         VARIANT child) override {
     if (IsSelf(child)) {
-      return m_list->accLocation(left, top, width, height, child);
+      return WindowAccessible::accLocation(left, top, width, height, child);
     }
     TileFacts facts;
     if (!Read(child, &facts)) {
@@ -169,7 +110,7 @@ class TileAccessible final : public IAccessible {
     const HRESULT result = FindTile(
         [point](const TileFacts& facts) { return ::PtInRect(&facts.place, point) != FALSE; }, out);
     RECT window = {};
-    ::GetWindowRect(m_window, &window);
+    ::GetWindowRect(Window(), &window);
     if (result == S_FALSE && ::PtInRect(&window, point)) {
       *out = NumberVariant(CHILDID_SELF);
       return S_OK;
@@ -187,17 +128,14 @@ class TileAccessible final : public IAccessible {
   }
 
  private:
-  ~TileAccessible() = default;
+  ~TileAccessible() override = default;
 
-  static bool IsSelf(const VARIANT& child) {
-    return child.vt == VT_I4 && child.lVal == CHILDID_SELF;
-  }
   static HRESULT None(BSTR* out) {
     *out = nullptr;
     return S_FALSE;
   }
   [[nodiscard]] TileSource* Tiles() const {
-    return dynamic_cast<TileSource*>(CWnd::FromHandle(m_window));
+    return dynamic_cast<TileSource*>(CWnd::FromHandle(Window()));
   }
   bool Read(const VARIANT& child, TileFacts* facts) const {
     const TileSource* const tiles = Tiles();
@@ -217,23 +155,12 @@ class TileAccessible final : public IAccessible {
     out->vt = VT_EMPTY;
     return S_FALSE;
   }
-
-  HWND m_window;
-  ComPtr<IAccessible> m_list;
-  std::atomic<ULONG> m_references = 1;
 };
 
 }  // namespace
 
-LRESULT AnswerWithTiles(HWND window, WPARAM wParam) {
-  ComPtr<IAccessible> list;
-  if (FAILED(::CreateStdAccessibleObject(window, static_cast<LONG>(OBJID_CLIENT), IID_IAccessible,
-                                         list.PutVoid())) ||
-      !list) {
-    return 0;
-  }
-  const ComPtr<IAccessible> tiles(new TileAccessible(window, std::move(list)));
-  return ::LresultFromObject(IID_IAccessible, wParam, tiles.Get());
+ComPtr<IAccessible> MakeTileAccessible(HWND window) {
+  return MakeWindowAccessible<TileAccessible>(window);
 }
 
 }  // namespace postmarker

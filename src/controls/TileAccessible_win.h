@@ -4,7 +4,11 @@
 
 #include <windows.h>
 
+#include <oleacc.h>
+
 #include <string>
+
+#include "support/ComPtr_win.h"
 
 namespace postmarker {
 
@@ -31,8 +35,8 @@ class TileSource {
   ~TileSource() = default;
 };
 
-// The answer to WM_GETOBJECT for the client area of a window whose CWnd is a TileSource. The object
-// given out may live longer than the window: it then says that there is nothing.
-LRESULT AnswerWithTiles(HWND window, WPARAM wParam);
+// Makes the object for the client area of a window whose CWnd is a TileSource; null if the system
+// refuses. It may outlive the window, and then says that there is nothing.
+ComPtr<IAccessible> MakeTileAccessible(HWND window);
 
 }  // namespace postmarker

@@ -9,6 +9,7 @@
 #include "controls/KsImageGridCtrl_win.h"
 #include "support/ComPtr_win.h"
 #include "support/Variant_win.h"
+#include "support/WinEvents_win.h"
 
 namespace postmarker::test {
 namespace {
@@ -139,6 +140,46 @@ TEST_F(TilesAccessibilityTest, TileIsSelectedOnRequest) {
   EXPECT_EQ(m_grid.SelectedText(), L"Gamma");
   EXPECT_GE(m_parent.activities, 1);
   EXPECT_EQ(m_accessible->accSelect(SELFLAG_TAKESELECTION, NumberVariant(9)), E_INVALIDARG);
+}
+
+TEST_F(TilesAccessibilityTest, FocusThatComesToTheGridIsToldOfTheSelectedTile) {
+  ::SetFocus(m_other);
+  WinEvents events;
+  ::SetFocus(m_grid.Handle());
+  const std::vector<WinEvent> heard = events.Of(m_grid.Handle(), {EVENT_OBJECT_FOCUS});
+  ASSERT_FALSE(heard.empty());
+  // The last one counts: the system tells of the grid itself before.
+  EXPECT_EQ(heard.back(), (WinEvent{EVENT_OBJECT_FOCUS, m_grid.Handle(), OBJID_CLIENT, 2}));
+  EXPECT_NE(State(2) & STATE_SYSTEM_SELECTED, 0);
+  EXPECT_NE(State(2) & STATE_SYSTEM_FOCUSED, 0);
+}
+
+TEST_F(TilesAccessibilityTest, FocusThatComesToAGridWithoutASelectionIsToldOfItsFirstTileOnce) {
+  KsImageGridCtrl grid;
+  Show(&grid, LVS_SINGLESEL | LVS_NOCOLUMNHEADER);
+  grid.Initialise(125);
+  grid.AddEntry(L"Alpha", L"", nullptr, true);
+  ::SetFocus(m_other);
+  WinEvents events;
+  ::SetFocus(grid.Handle());
+  const WinEvent first = {EVENT_OBJECT_FOCUS, grid.Handle(), OBJID_CLIENT, 1};
+  const std::vector<WinEvent> heard = events.Of(grid.Handle(), {EVENT_OBJECT_FOCUS});
+  EXPECT_EQ(std::count(heard.begin(), heard.end(), first), 1);
+  EXPECT_EQ(grid.SelectedEntry(), -1);
+}
+
+TEST_F(TilesAccessibilityTest, MoveToAnotherTileIsToldOfFocusAndSelection) {
+  WinEvents events;
+  PressKey(VK_RIGHT);
+  const HWND grid = m_grid.Handle();
+  EXPECT_EQ(events.Of(grid, {EVENT_OBJECT_FOCUS, EVENT_OBJECT_SELECTION}),
+            (std::vector<WinEvent>{{EVENT_OBJECT_SELECTION, grid, OBJID_CLIENT, 3},
+                                   {EVENT_OBJECT_FOCUS, grid, OBJID_CLIENT, 3}}));
+}
+
+TEST_F(TilesAccessibilityTest, OneObjectAnswersAllQuestions) {
+  const ComPtr<IAccessible> again = Accessible(m_grid.Handle());
+  EXPECT_EQ(again.Get(), m_accessible.Get());
 }
 
 TEST_F(TilesAccessibilityTest, ObjectMayOutliveTheGrid) {

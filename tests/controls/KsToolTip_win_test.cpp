@@ -1,9 +1,13 @@
 #include "controls/KsToolTip_win.h"
 
 #include <gtest/gtest.h>
+#include <oleacc.h>
 
 #include <memory>
 
+#include "support/ComPtr_win.h"
+#include "support/Variant_win.h"
+#include "support/WinEvents_win.h"
 #include "ui/CWinApp.h"
 
 namespace postmarker::test {
@@ -42,6 +46,19 @@ class KsToolTipTest : public testing::Test {
       }
       ::Sleep(5);
     } while (::GetTickCount() < end);
+  }
+
+  // A place beside the windows of the test.
+  static constexpr RECT kTarget = {600, 500, 680, 524};
+
+  [[nodiscard]] bool IsShown() const { return ::IsWindowVisible(m_toolTip->Handle()) != FALSE; }
+
+  // Shows the tip over the control, as the resting mouse does.
+  void HoverControl() {
+    ASSERT_TRUE(m_toolTip->AddTool(m_control, L"over the control"));
+    ::SendMessageW(m_control, WM_MOUSEMOVE, 0, MAKELPARAM(5, 5));
+    Pump(100);
+    ASSERT_TRUE(IsShown());
   }
 
   static LONG_PTR ProcOf(HWND window) { return ::GetWindowLongPtrW(window, GWLP_WNDPROC); }
@@ -152,13 +169,124 @@ TEST_F(KsToolTipTest, ClickHidesAndTakesNoFocus) {
 }
 
 TEST_F(KsToolTipTest, MouseOverAToolShowsItsTipAndLeavingHidesIt) {
-  ASSERT_TRUE(m_toolTip->AddTool(m_control, L"over the control"));
-  ::SendMessageW(m_control, WM_MOUSEMOVE, 0, MAKELPARAM(5, 5));
-  Pump(100);
-  EXPECT_TRUE(::IsWindowVisible(m_toolTip->Handle()));
+  HoverControl();
   EXPECT_EQ(WindowText(m_toolTip->Handle()), L"over the control");
   ::SendMessageW(m_control, WM_MOUSELEAVE, 0, 0);
-  EXPECT_FALSE(::IsWindowVisible(m_toolTip->Handle()));
+  EXPECT_FALSE(IsShown());
+}
+
+TEST_F(KsToolTipTest, KeyAndButtonsInAToolHideItsTip) {
+  HoverControl();
+  for (const UINT message : {WM_KEYDOWN, WM_LBUTTONDOWN, WM_RBUTTONDOWN}) {
+    m_toolTip->ShowAt(L"over the control", kTarget);
+    ASSERT_TRUE(IsShown());
+    ::SendMessageW(m_control, message, 0, 0);
+    EXPECT_FALSE(IsShown()) << "message " << message;
+  }
+}
+
+TEST_F(KsToolTipTest, GoesWhenItsOwnerIsHiddenOrMoved) {
+  m_toolTip->ShowAt(L"text", kTarget);
+  ::ShowWindow(m_owner, SW_HIDE);
+  EXPECT_FALSE(IsShown()) << "hidden";
+  ::ShowWindow(m_owner, SW_SHOW);
+  EXPECT_FALSE(IsShown()) << "a message is not said twice";
+  m_toolTip->ShowAt(L"text", kTarget);
+  ::SetWindowPos(m_owner, nullptr, 110, 200, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+  EXPECT_FALSE(IsShown()) << "moved";
+}
+
+TEST_F(KsToolTipTest, GoesWhenAWindowThatItsOwnerLiesInIsHiddenOrMoved) {
+  KsToolTip inner;
+  ASSERT_TRUE(inner.Create(m_control, 0, 3000, true));
+  inner.ShowAt(L"text", kTarget);
+  ::SetWindowPos(m_owner, nullptr, 110, 200, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+  EXPECT_FALSE(::IsWindowVisible(inner.Handle())) << "moved";
+  inner.ShowAt(L"text", kTarget);
+  ::ShowWindow(m_owner, SW_HIDE);
+  EXPECT_FALSE(::IsWindowVisible(inner.Handle())) << "hidden";
+}
+
+TEST_F(KsToolTipTest, GoesWhenItsOwnersWindowIsDeactivated) {
+  KsToolTip inner;
+  ASSERT_TRUE(inner.Create(m_control, 0, 3000, true));
+  ::SetActiveWindow(m_owner);
+  inner.ShowAt(L"text", kTarget);
+  const HWND elsewhere = ::CreateWindowExW(0, L"STATIC", L"elsewhere", WS_POPUP | WS_VISIBLE, 700,
+                                           60, 50, 50, nullptr, nullptr, nullptr, nullptr);
+  ::SetActiveWindow(elsewhere);
+  EXPECT_FALSE(::IsWindowVisible(inner.Handle()));
+  ::DestroyWindow(elsewhere);
+}
+
+TEST_F(KsToolTipTest, GoesWhenItsOwnerIsDestroyedAlone) {
+  KsToolTip inner;
+  ASSERT_TRUE(inner.Create(m_control, 0, 3000, true));
+  inner.ShowAt(L"text", kTarget);
+  ::DestroyWindow(m_control);
+  EXPECT_FALSE(::IsWindowVisible(inner.Handle()));
+  ::SetWindowTextW(m_owner, L"still works");
+  EXPECT_EQ(WindowText(m_owner), L"still works");
+}
+
+TEST_F(KsToolTipTest, StaysWhileItsOwnerStaysWhereItIs) {
+  m_toolTip->ShowAt(L"text", kTarget);
+  ::SetWindowTextW(m_owner, L"other text");
+  ::SetWindowPos(m_owner, HWND_TOP, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE);
+  ::MoveWindow(m_control, 20, 20, 80, 24, TRUE);
+  Pump(50);
+  EXPECT_TRUE(IsShown());
+}
+
+TEST_F(KsToolTipTest, TakesNoOwnerOverBeyondTheTimeItIsShown) {
+  const LONG_PTR before = ProcOf(m_owner);
+  m_toolTip->ShowAt(L"text", kTarget);
+  m_toolTip->ShowAt(L"another text", kTarget);
+  m_toolTip->Hide();
+  EXPECT_EQ(ProcOf(m_owner), before);
+  m_toolTip->ShowAt(L"text", kTarget);
+  m_toolTip.reset();
+  EXPECT_EQ(ProcOf(m_owner), before);
+}
+
+class KsToolTipAccessibilityTest : public KsToolTipTest {
+ protected:
+  // What a screen reader learns of the tip's window: its role and its name.
+  [[nodiscard]] std::pair<LONG, std::wstring> Ask() const {
+    ComPtr<IAccessible> object;
+    ::AccessibleObjectFromWindow(m_toolTip->Handle(), static_cast<DWORD>(OBJID_CLIENT),
+                                 IID_IAccessible, object.PutVoid());
+    if (!object) {
+      return {};
+    }
+    Variant role;
+    Bstr name;
+    object->get_accRole(NumberVariant(CHILDID_SELF), role.Put());
+    object->get_accName(NumberVariant(CHILDID_SELF), name.Put());
+    return {role.Get().lVal, name ? name.Get() : L""};
+  }
+
+  ComApartment m_apartment;
+  WinEvents m_events;
+};
+
+TEST_F(KsToolTipAccessibilityTest, MessageIsAnAlertThatIsHeard) {
+  const std::vector<WinEvent> heard = {
+      {EVENT_SYSTEM_ALERT, m_toolTip->Handle(), OBJID_CLIENT, CHILDID_SELF}};
+  m_toolTip->ShowAt(L"Please select a folder & go on.", kTarget);
+  EXPECT_EQ(m_events.Of(m_toolTip->Handle(), {EVENT_SYSTEM_ALERT}), heard);
+  EXPECT_EQ(Ask(),
+            std::pair(LONG{ROLE_SYSTEM_ALERT}, std::wstring(L"Please select a folder & go on.")));
+  m_events.Forget();
+  m_toolTip->ShowAt(L"And now?", kTarget);
+  EXPECT_EQ(m_events.Of(m_toolTip->Handle(), {EVENT_SYSTEM_ALERT}), heard) << "the next one too";
+  EXPECT_EQ(Ask().second, L"And now?");
+}
+
+TEST_F(KsToolTipAccessibilityTest, TipOfAToolIsNoAlert) {
+  HoverControl();
+  EXPECT_TRUE(m_events.Of(m_toolTip->Handle(), {EVENT_SYSTEM_ALERT}).empty());
+  EXPECT_EQ(Ask(), std::pair(LONG{ROLE_SYSTEM_TOOLTIP}, std::wstring(L"over the control")));
 }
 
 TEST_F(KsToolTipTest, DestroyedOwnerTakesTheBalloonAlong) {
