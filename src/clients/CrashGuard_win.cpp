@@ -9,21 +9,32 @@
 
 extern "C" {
 
-// Returns 0, or the code of the exception that ended the work.
-uint32_t PostmarkerGuardedCall(void (*work)(void*), void* argument) noexcept;
+// Returns 0, or the code of the exception that ended the work. A `code` other than 0 is the only
+// one that is caught.
+uint32_t PostmarkerGuardedCall(void (*work)(void*), void* argument, uint32_t code) noexcept;
 
 #if defined(__x86_64__)
 
-constexpr size_t kCodeOffset = 40;  // in the frame below
+// In the frame below.
+constexpr size_t kCaughtOffset = 40;
+constexpr size_t kWantedOffset = 48;
 
-// Takes every exception that comes this far, and keeps its code in the frame.
+DWORD* GuardFrameField(void* frame, size_t offset) {
+  return reinterpret_cast<DWORD*>(static_cast<char*>(frame) + offset);
+}
+
+// Catches the exceptions that the guard is for, and keeps the code in the frame.
 LONG PostmarkerGuardFilter(EXCEPTION_POINTERS* exception, void* frame) {
-  *reinterpret_cast<DWORD*>(static_cast<char*>(frame) + kCodeOffset) =
-      exception->ExceptionRecord->ExceptionCode;
+  const DWORD code = exception->ExceptionRecord->ExceptionCode;
+  const DWORD wanted = *GuardFrameField(frame, kWantedOffset);
+  if (wanted != 0 && wanted != code) {
+    return 0;  // EXCEPTION_CONTINUE_SEARCH
+  }
+  *GuardFrameField(frame, kCaughtOffset) = code;
   return 1;  // EXCEPTION_EXECUTE_HANDLER
 }
 
-// The guarded range ends behind the call's return address, by which a frame is known.
+// The guarded range ends after the call's return address, by which a frame is known.
 __asm__(R"(
   .text
   .p2align 4
@@ -35,6 +46,7 @@ PostmarkerGuardedCall:
   .seh_stackalloc 56
   .seh_endprologue
   .seh_handler __C_specific_handler, @except
+  movl %r8d, 48(%rsp)
   movq %rcx, %rax
   movq %rdx, %rcx
 .LPostmarkerGuardBegin:
@@ -57,8 +69,8 @@ PostmarkerGuardedCall:
 
 #else
 
-// On the thread's chain of handlers: previous entry, handler, the exception's code, and the
-// registers to give back. The handler ends the frames within and returns in the guard's name.
+// On the thread's chain of handlers: previous entry, handler, the code caught, the code wanted, and
+// the registers to restore. The handler ends the frames within and returns in the guard's name.
 __asm__(R"(
   .text
   .p2align 4
@@ -70,6 +82,7 @@ _PostmarkerGuardedCall:
   pushl %ebx
   pushl %esi
   pushl %edi
+  pushl 16(%ebp)
   pushl $0
   pushl $LPostmarkerGuardHandler
   pushl %fs:0
@@ -81,6 +94,7 @@ LPostmarkerGuardLeave:
   popl %fs:0
   addl $4, %esp
   popl %eax
+  addl $4, %esp
   popl %edi
   popl %esi
   popl %ebx
@@ -92,6 +106,11 @@ LPostmarkerGuardHandler:
   jnz LPostmarkerGuardPass
   movl 8(%esp), %ecx
   movl (%eax), %edx
+  cmpl $0, 12(%ecx)
+  je LPostmarkerGuardCatch
+  cmpl %edx, 12(%ecx)
+  jne LPostmarkerGuardPass
+LPostmarkerGuardCatch:
   movl %edx, 8(%ecx)
   pushl %ecx
   pushl $0
@@ -140,12 +159,16 @@ void ReserveStack() {
 
 uint32_t CallGuarded(void (*work)(void* argument), void* argument) noexcept {
   ReserveStack();
-  const uint32_t code = PostmarkerGuardedCall(work, argument);
+  const uint32_t code = PostmarkerGuardedCall(work, argument, 0);
   if (code == EXCEPTION_STACK_OVERFLOW) {
     // The page that reports the next overflow.
     (void)::_resetstkoflw();
   }
   return code;
+}
+
+bool CallGuardedAgainstInPageErrors(void (*work)(void* argument), void* argument) noexcept {
+  return PostmarkerGuardedCall(work, argument, EXCEPTION_IN_PAGE_ERROR) == 0;
 }
 
 }  // namespace postmarker

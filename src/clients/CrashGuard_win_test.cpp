@@ -92,5 +92,48 @@ TEST(CrashGuard, CallersVariablesSurviveACrash) {
   EXPECT_EQ(sum, 4950);
 }
 
+void RaiseInPageError() {
+  ::RaiseException(EXCEPTION_IN_PAGE_ERROR, EXCEPTION_NONCONTINUABLE, 0, nullptr);
+}
+
+TEST(InPageGuard, WorkThatComesBackGivesTrue) {
+  int calls = 0;
+  EXPECT_TRUE(RunGuardedAgainstInPageErrors([&calls]() noexcept { ++calls; }));
+  EXPECT_EQ(calls, 1);
+}
+
+TEST(InPageGuard, CatchesEveryInPageErrorAndKeepsTheCallersVariables) {
+  int64_t sum = 0;
+  for (int64_t i = 0; i < 100; ++i) {
+    sum += i * (RunGuardedAgainstInPageErrors([]() noexcept { RaiseInPageError(); }) ? 1000 : 1);
+  }
+  EXPECT_EQ(sum, 4950);
+}
+
+TEST(InPageGuard, LetsOtherExceptionsGoOnToTheGuardAroundIt) {
+  bool wentOn = false;
+  for (const uint32_t code : {kAccessViolation, kOwnCode}) {
+    const uint32_t outer = RunGuarded([&]() noexcept {
+      (void)RunGuardedAgainstInPageErrors(
+          [code]() noexcept { ::RaiseException(code, EXCEPTION_NONCONTINUABLE, 0, nullptr); });
+      wentOn = true;
+    });
+    EXPECT_EQ(outer, code);
+  }
+  EXPECT_FALSE(wentOn) << "the inner guard swallowed an exception that is not for it";
+}
+
+TEST(InPageGuard, LeavesCxxExceptionsWithinTheWorkAlone) {
+  int caught = 0;
+  EXPECT_TRUE(RunGuardedAgainstInPageErrors([&caught]() noexcept {
+    try {
+      throw 7;
+    } catch (int value) {
+      caught = value;
+    }
+  }));
+  EXPECT_EQ(caught, 7);
+}
+
 }  // namespace
 }  // namespace postmarker
