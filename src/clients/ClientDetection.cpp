@@ -57,7 +57,8 @@ std::optional<std::wstring> ReadInstallRoot(const MachineView& machine, const wc
 bool HasUsableWinMail(const MachineView& machine) {
   const auto root = ReadInstallRoot(machine, kWindowsMail, RegistryView::kSuite);
   const auto version = root ? machine.FileVersionText(*root + L"\\winmail.exe") : std::nullopt;
-  // Deliberate: compared as texts. Among the versions that exist that gives the order of numbers.
+  // Deliberate: compared as texts, which refuses 6.1 and all later versions of one digit. A version
+  // of two digits, such as 10.0, sorts before the limit and passes.
   return version && version->compare(kLastWindowsMail) <= 0;
 }
 

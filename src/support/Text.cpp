@@ -6,6 +6,7 @@ namespace postmarker {
 namespace {
 
 constexpr wchar_t kReplacement = 0xFFFD;
+constexpr char32_t kIllFormed = 0xFFFFFFFF;
 
 bool IsEvenUpper(wchar_t c) {
   // Blocks in which capital and small letters alternate, the capital first on an even code.
@@ -20,8 +21,11 @@ bool IsOddUpper(wchar_t c) {
 
 wchar_t ToLowerBeyondAscii(wchar_t c) {
   if ((c >= 0xC0 && c <= 0xDE && c != 0xD7) || (c >= 0x391 && c <= 0x3AB && c != 0x3A2) ||
-      (c >= 0x410 && c <= 0x42F)) {
+      (c >= 0x410 && c <= 0x42F) || (c >= 0xFF21 && c <= 0xFF3A)) {
     return static_cast<wchar_t>(c + 0x20);
+  }
+  if (c >= 0x2160 && c <= 0x216F) {
+    return static_cast<wchar_t>(c + 0x10);
   }
   if (c >= 0x400 && c <= 0x40F) {
     return static_cast<wchar_t>(c + 0x50);
@@ -31,6 +35,10 @@ wchar_t ToLowerBeyondAscii(wchar_t c) {
       return L'i';
     case 0x178:
       return 0xFF;
+    case 0x1A0:
+      return 0x1A1;
+    case 0x1AF:
+      return 0x1B0;
     case 0x386:
       return 0x3AC;
     case 0x388:
@@ -67,7 +75,7 @@ void AppendCodePoint(std::wstring* out, char32_t code) {
   }
 }
 
-// Decodes one sequence at *pos and moves behind it; an ill-formed byte gives U+FFFD.
+// Decodes the sequence at *pos and moves past it; an ill-formed one gives kIllFormed.
 char32_t NextUtf8(std::string_view text, size_t* pos) {
   const auto lead = static_cast<unsigned char>(text[(*pos)++]);
   if (lead < 0x80) {
@@ -78,18 +86,18 @@ char32_t NextUtf8(std::string_view text, size_t* pos) {
                    : lead >= 0xC2 && lead < 0xE0 ? 1
                                                  : 0;
   if (more == 0) {
-    return kReplacement;
+    return kIllFormed;
   }
   char32_t code = lead & (0x3F >> more);
   for (int i = 0; i < more; ++i) {
     if (*pos >= text.size() || (static_cast<unsigned char>(text[*pos]) & 0xC0) != 0x80) {
-      return kReplacement;
+      return kIllFormed;
     }
     code = (code << 6) | (static_cast<unsigned char>(text[(*pos)++]) & 0x3F);
   }
   constexpr char32_t kLeast[] = {0, 0x80, 0x800, 0x10000};
   const bool valid = code >= kLeast[more] && code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
-  return valid ? code : kReplacement;
+  return valid ? code : kIllFormed;
 }
 
 void AppendUtf8(std::string* out, char32_t code) {
@@ -121,9 +129,19 @@ std::wstring WidenUtf8(std::string_view utf8) {
   std::wstring wide;
   wide.reserve(utf8.size());
   for (size_t pos = 0; pos < utf8.size();) {
-    AppendCodePoint(&wide, NextUtf8(utf8, &pos));
+    const char32_t code = NextUtf8(utf8, &pos);
+    AppendCodePoint(&wide, code == kIllFormed ? static_cast<char32_t>(kReplacement) : code);
   }
   return wide;
+}
+
+bool IsUtf8(std::string_view text) {
+  for (size_t pos = 0; pos < text.size();) {
+    if (NextUtf8(text, &pos) == kIllFormed) {
+      return false;
+    }
+  }
+  return true;
 }
 
 std::string NarrowUtf8(std::wstring_view wide) {

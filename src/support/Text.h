@@ -15,12 +15,15 @@ std::wstring Widen(std::string_view narrow);
 // UTF-16 units to bytes, in the same code page. What it can't hold becomes "?".
 std::string Narrow(std::wstring_view wide);
 
-// UTF-8 to UTF-16 units and back, for tools and tests. Ill-formed parts become U+FFFD.
+// UTF-8 to UTF-16 units and back. Ill-formed parts become U+FFFD.
 std::wstring WidenUtf8(std::string_view utf8);
 std::string NarrowUtf8(std::wstring_view wide);
 
-// The lower-case form of one UTF-16 unit: Latin, Greek and Cyrillic letters; all others are
-// unchanged.
+// Is the whole text well-formed UTF-8. ASCII is, and so is an empty text.
+bool IsUtf8(std::string_view text);
+
+// The lower-case form of one UTF-16 unit: every letter of the Windows code pages, and further
+// Latin, Greek and Cyrillic ones; all others are unchanged.
 wchar_t ToLower(wchar_t unit);
 
 std::wstring ToLower(std::wstring_view text);

@@ -54,6 +54,17 @@ TEST(Text, IllFormedUtf8BecomesReplacementCharacters) {
   EXPECT_EQ(WidenUtf8("\xE2\x82z"), L"\xFFFDz") << "a sequence that breaks off";
 }
 
+TEST(Text, Utf8IsToldFromTextOfACodePage) {
+  for (const std::string_view text :
+       {"", "a", "Gr\xC3\xBC\xC3\x9F", "\xEF\xBF\xBD", "\xF0\x9F\x98\x80"}) {
+    EXPECT_TRUE(IsUtf8(text)) << text;
+  }
+  for (const std::string_view text :
+       {"Gr\xFC\xDF", "\xC3", "\xC3\xBC\x80", "\xED\xA0\x80", "\xC0\xAF"}) {
+    EXPECT_FALSE(IsUtf8(text)) << text;
+  }
+}
+
 TEST(Text, EveryPrefixOfUtf8IsReadWithinItsBytes) {
   test::ForEveryPrefix("a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80", [](std::string_view prefix) {
     EXPECT_LE(WidenUtf8(prefix).size(), prefix.size());
@@ -72,11 +83,13 @@ TEST(Text, LowerCaseOfLatinGreekAndCyrillic) {
   const struct {
     wchar_t upper, lower;
   } cases[] = {
-      {L'A', L'a'},   {L'Z', L'z'},   {0xC4, 0xE4},   {0xDE, 0xFE},     {0x100, 0x101},
-      {0x130, L'i'},  {0x139, 0x13A}, {0x178, 0xFF},  {0x179, 0x17A},   {0x17D, 0x17E},
-      {0x386, 0x3AC}, {0x388, 0x3AD}, {0x38C, 0x3CC}, {0x38E, 0x3CD},   {0x38F, 0x3CE},
-      {0x391, 0x3B1}, {0x3A9, 0x3C9}, {0x400, 0x450}, {0x410, 0x430},   {0x42F, 0x44F},
-      {0x490, 0x491}, {0x4C0, 0x4CF}, {0x4C1, 0x4C2}, {0x1E00, 0x1E01}, {0x1EA0, 0x1EA1},
+      {L'A', L'a'},     {L'Z', L'z'},   {0xC4, 0xE4},     {0xDE, 0xFE},     {0x100, 0x101},
+      {0x130, L'i'},    {0x139, 0x13A}, {0x178, 0xFF},    {0x179, 0x17A},   {0x17D, 0x17E},
+      {0x386, 0x3AC},   {0x388, 0x3AD}, {0x38C, 0x3CC},   {0x38E, 0x3CD},   {0x38F, 0x3CE},
+      {0x391, 0x3B1},   {0x3A9, 0x3C9}, {0x400, 0x450},   {0x410, 0x430},   {0x42F, 0x44F},
+      {0x490, 0x491},   {0x4C0, 0x4CF}, {0x4C1, 0x4C2},   {0x1E00, 0x1E01}, {0x1EA0, 0x1EA1},
+      {0x1A0, 0x1A1},   {0x1AF, 0x1B0}, {0x2160, 0x2170}, {0x216F, 0x217F}, {0xFF21, 0xFF41},
+      {0xFF3A, 0xFF5A},
   };
   for (const auto& one : cases) {
     EXPECT_EQ(ToLower(one.upper), one.lower) << std::hex << static_cast<unsigned>(one.upper);
@@ -86,8 +99,10 @@ TEST(Text, LowerCaseOfLatinGreekAndCyrillic) {
 
 TEST(Text, UnitsWithoutCaseStayAsTheyAre) {
   for (const wchar_t unit :
-       {L'@', L'[', L'`', L'{', L'0', L'\x00D7', L'\x00DF', L'\x00F7', L'\x03A2', L'\x0138',
-        L'\x0149', L'\x0377', L'\x0482', L'\x05D0', L'\x65E5', L'\xD800', L'\xFFFD'}) {
+       {L'@',      L'[',      L'`',      L'{',      L'0',      L'\x00D7', L'\x00DF',
+        L'\x00F7', L'\x03A2', L'\x0138', L'\x0149', L'\x0377', L'\x0482', L'\x05D0',
+        L'\x019F', L'\x01A2', L'\x01AE', L'\x01B1', L'\xFF20', L'\xFF3B', L'\x2126',
+        L'\x212B', L'\x215F', L'\x2180', L'\x65E5', L'\xD800', L'\xFFFD'}) {
     EXPECT_EQ(ToLower(unit), unit) << std::hex << static_cast<unsigned>(unit);
   }
 }

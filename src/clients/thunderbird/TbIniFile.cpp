@@ -10,11 +10,14 @@ namespace {
 constexpr size_t kLongestLine = 259;
 constexpr std::wstring_view kPathKey = L"Path=";
 
-// The lines of a text file, each up to its first NUL. Deliberate: a line longer than any path comes
-// in pieces of 259 characters, the line end counting as one, and each piece is a line.
+// The lines of a text file, each up to its first NUL. A file that is well-formed UTF-8, as today's
+// Thunderbird writes it, is read as such, another in the code page. Deliberate: a line longer than
+// any path comes in pieces of 259 characters, the line end counting as one, and each piece is a
+// line.
 class TextLines {
  public:
-  explicit TextLines(std::string_view bytes) : m_rest(bytes.substr(0, bytes.find('\x1A'))) {}
+  explicit TextLines(std::string_view bytes)
+      : m_rest(bytes.substr(0, bytes.find('\x1A'))), m_isUtf8(IsUtf8(m_rest)) {}
 
   // Without its line end. False at the end of the file; *line is then as it was.
   bool Next(std::wstring* line) {
@@ -22,20 +25,30 @@ class TextLines {
       return false;
     }
     std::string piece;
-    while (!m_rest.empty() && piece.size() < kLongestLine) {
-      const char c = TakeCharacter();
+    for (size_t characters = 0; !m_rest.empty();) {
+      characters += BeginsCharacter() ? 1 : 0;
+      if (characters > kLongestLine) {
+        break;
+      }
+      const char c = TakeByte();
       if (c == '\n') {
         break;
       }
       piece.push_back(c);
     }
-    *line = Widen(std::string_view(piece).substr(0, piece.find('\0')));
+    const std::string_view text = std::string_view(piece).substr(0, piece.find('\0'));
+    *line = m_isUtf8 ? WidenUtf8(text) : Widen(text);
     return true;
   }
 
  private:
-  // A CR in front of an LF belongs to the line end.
-  char TakeCharacter() {
+  [[nodiscard]] bool BeginsCharacter() const {
+    const bool continues = (static_cast<unsigned char>(m_rest.front()) & 0xC0) == 0x80;
+    return !m_isUtf8 || !continues;
+  }
+
+  // A CR before an LF belongs to the line end.
+  char TakeByte() {
     if (m_rest.starts_with("\r\n")) {
       m_rest.remove_prefix(1);
     }
@@ -45,6 +58,7 @@ class TextLines {
   }
 
   std::string_view m_rest;
+  bool m_isUtf8;
 };
 
 bool Contains(std::wstring_view line, std::wstring_view text) {

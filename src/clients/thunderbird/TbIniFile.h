@@ -1,4 +1,5 @@
 // The two files that tell where Thunderbird keeps its data and which extensions it has.
+// A file that is valid UTF-8 as a whole is read as such, another in the code page.
 #pragma once
 
 #include <optional>

@@ -95,6 +95,26 @@ TEST(DefaultProfile, ManyLinesAreReadInLinearTime) {
   EXPECT_EQ(Find(ini + "Name=default\nIsRelative=0\nPath=p\n"), L"p");
 }
 
+TEST(DefaultProfile, Utf8IsReadAsSuchAndOtherBytesInTheCodePage) {
+  EXPECT_EQ(Find("Name=default\nIsRelative=0\nPath=C:\\J\xC3\xBCrgen\n"), L"C:\\J\u00FCrgen");
+  EXPECT_EQ(Find("Name=default\nIsRelative=0\nPath=C:\\J\xFCrgen\n"), L"C:\\J\u00FCrgen");
+  EXPECT_EQ(Find("Name=\xFC\nName=default\nIsRelative=0\nPath=\xC3\xBC\n"), L"\u00C3\u00BC")
+      << "one byte that is none makes it a file of the code page";
+}
+
+TEST(DefaultProfile, PiecesOfALongLineInUtf8AreCountedInCharacters) {
+  std::string value;
+  for (int i = 0; i < 300; ++i) {
+    value += "\xC3\xBC";
+  }
+  EXPECT_EQ(Find("Name=default\nIsRelative=0\nPath=" + value + "\n"), std::wstring(254, L'\u00FC'));
+}
+
+TEST(ExtensionLine, Utf8IsReadAsSuchAndOtherBytesInTheCodePage) {
+  EXPECT_TRUE(HasLineWith("Extension0=C:\\J\xC3\xBCrgen\\tb\n", L"C:\\J\u00FCrgen\\tb"));
+  EXPECT_TRUE(HasLineWith("Extension0=C:\\J\xFCrgen\\tb\n", L"C:\\J\u00FCrgen\\tb"));
+}
+
 TEST(ExtensionLine, IsFoundAnywhereInALineInItsOwnCase) {
   constexpr std::string_view kIni = "[ExtensionDirs]\r\nExtension0=C:\\Suite\\tb\r\n";
   EXPECT_TRUE(HasLineWith(kIni, L"C:\\Suite\\tb"));
