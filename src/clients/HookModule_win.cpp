@@ -1,5 +1,6 @@
 #include "clients/HookModule_win.h"
 
+#include <algorithm>
 #include <type_traits>
 
 namespace postmarker {
@@ -13,7 +14,28 @@ std::wstring WithoutLastElement(const std::wstring& path) {
   return cut == std::wstring::npos ? std::wstring() : path.substr(0, cut);
 }
 
+// How many names that are not empty stand between the path's backslashes.
+size_t CountNames(std::wstring_view path) {
+  size_t count = 0;
+  for (size_t begin = 0; begin < path.size();) {
+    const size_t end = std::min(path.find(L'\\', begin), path.size());
+    count += end > begin ? 1 : 0;
+    begin = end + 1;
+  }
+  return count;
+}
+
 }  // namespace
+
+bool CanHoldSuite(std::wstring_view folder) {
+  constexpr size_t kDriveAndFolder = 2;
+  constexpr size_t kServerShareAndFolder = 3;
+  if (folder.starts_with(L"\\\\")) {
+    return CountNames(folder) >= kServerShareAndFolder;
+  }
+  return folder.size() > 2 && folder[1] == L':' && folder[2] == L'\\' &&
+         CountNames(folder) >= kDriveAndFolder;
+}
 
 std::wstring GetSuiteRootFolder() {
   HMODULE module = ::GetModuleHandleW(L"KsSieve.dll");
@@ -21,7 +43,11 @@ std::wstring GetSuiteRootFolder() {
     module = ::GetModuleHandleW(L"TinyShim.dll");
   }
   std::wstring path(kPathRoom, L'\0');
-  path.resize(::GetModuleFileNameW(module, path.data(), kPathRoom));
+  const DWORD length = ::GetModuleFileNameW(module, path.data(), kPathRoom);
+  if (length == kPathRoom) {
+    return {};  // cut short: what it ends in is not the module's name
+  }
+  path.resize(length);
   return WithoutLastElement(WithoutLastElement(path));
 }
 
@@ -58,11 +84,12 @@ void HookModule::Unload() {
 }
 
 void AddSpamRule(std::wstring_view hookModule, const std::wstring& spamFolderName) {
-  if (hookModule.empty()) {
+  const std::wstring root = GetSuiteRootFolder();
+  if (hookModule.empty() || !CanHoldSuite(root)) {
     return;
   }
   HookModule module;
-  module.Load(GetSuiteRootFolder() + L"\\Spamfilter\\" + std::wstring(hookModule));
+  module.Load(root + L"\\Spamfilter\\" + std::wstring(hookModule));
   if (module.IsLoaded()) {
     (void)module.AddIncomingRule(spamFolderName.c_str());
   }

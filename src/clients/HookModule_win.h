@@ -11,8 +11,12 @@ namespace postmarker {
 
 // The folder in which the suite is installed: two levels above the file of the suite's filter
 // module, if that is loaded in this process, otherwise above the host's own file. Without a
-// trailing backslash.
+// trailing backslash. Empty if the file's path has 260 characters or more.
 std::wstring GetSuiteRootFolder();
+
+// Is this the full path of a folder below a drive or a share. Only from such a root are modules
+// loaded: into the root of a drive any user may put a folder with the suite's name.
+bool CanHoldSuite(std::wstring_view folder);
 
 // A hook module and its entry points, which use the standard calling convention of Windows
 // functions. All seven are there, or nothing is loaded. For one thread.
@@ -50,7 +54,8 @@ struct HookModule {
 };
 
 // Loads the client's hook module from the suite's folder, calls its AddIncomingRule and unloads it.
-// `hookModule` is the file's name; an empty one, and a module that can't be loaded, do nothing.
+// `hookModule` is the file's name; an empty one, a module that can't be loaded, and a root that
+// can't hold the suite do nothing.
 void AddSpamRule(std::wstring_view hookModule, const std::wstring& spamFolderName);
 
 }  // namespace postmarker

@@ -109,6 +109,38 @@ TEST_F(HookModuleTest, MissingModuleAndNoModuleDoNothing) {
   EXPECT_FALSE(Notes());
 }
 
+TEST_F(HookModuleTest, OnlyAFolderBelowADriveOrAShareCanHoldTheSuite) {
+  for (const wchar_t* folder :
+       {L"C:\\Suite", L"C:\\Programs\\Suite", L"\\\\server\\share\\Suite", L"\\\\?\\C:\\Suite"}) {
+    EXPECT_TRUE(CanHoldSuite(folder)) << NarrowUtf8(folder);
+  }
+  for (const wchar_t* folder :
+       {L"", L"C:", L"C:\\", L"C:\\\\", L"C:Suite", L"Suite\\Programs", L"\\Suite\\Programs",
+        L"\\\\server", L"\\\\server\\share", L"\\\\server\\share\\", L"\\\\?\\C:"}) {
+    EXPECT_FALSE(CanHoldSuite(folder)) << NarrowUtf8(folder);
+  }
+}
+
+TEST_F(HookModuleTest, RootOfADriveLoadsNothing) {
+  constexpr wchar_t kShim[] = L"ShallowRootShim.dll";
+  const std::filesystem::path planted = std::filesystem::path(L"C:\\Spamfilter") / kShim;
+  const std::filesystem::path above = L"C:\\PostmarkerShallowRoot";
+  const ScopeExit clean([&] {
+    std::error_code ignored;
+    std::filesystem::remove(planted, ignored);
+    std::filesystem::remove_all(above, ignored);
+  });
+  std::filesystem::create_directories(planted.parent_path());
+  std::filesystem::copy_file(HookPath(L"StoreShim.dll"), planted);
+  std::filesystem::create_directories(above);
+  std::filesystem::copy_file(SuiteFolder() + L"\\SQLite.dll", above / L"KsSieve.dll");
+  const LibraryHandle filter(::LoadLibraryW((above / L"KsSieve.dll").c_str()));
+  ASSERT_EQ(GetSuiteRootFolder(), L"C:");
+
+  AddSpamRule(kShim, L"[KSSpam]");
+  EXPECT_FALSE(Notes()) << "a module in the root of the drive was loaded";
+}
+
 TEST_F(HookModuleTest, LoadedModuleIsNotReplaced) {
   HookModule module;
   module.Load(HookPath(L"IncrediMailShim.dll"));

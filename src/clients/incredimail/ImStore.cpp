@@ -67,8 +67,15 @@ std::wstring AddFolderStatement(const ImNewFolder& folder) {
          Quoted(folder.fileName) + L",1,0,0,0,0);";
 }
 
+bool CanBeAdded(const ImNewFolder& folder) {
+  const std::wstring_view texts[] = {folder.id, folder.parentId, folder.label, folder.fileName};
+  return std::none_of(std::begin(texts), std::end(texts), [](std::wstring_view text) {
+    return text.find(L'\'') != std::wstring_view::npos;
+  });
+}
+
 bool AddFolder(const std::wstring& database, const ImNewFolder& folder) {
-  return ImSqlCursor(database, AddFolderStatement(folder)).IsDone();
+  return CanBeAdded(folder) && ImSqlCursor(database, AddFolderStatement(folder)).IsDone();
 }
 
 uint32_t CountChildren(const ImContainerMap& containers, std::wstring_view parentId) {

@@ -29,12 +29,14 @@ struct ImNewFolder {
   std::wstring fileName;
 };
 
-// The statement that adds the folder.
-// Deliberate: the texts stand in it as they are, nothing is escaped. A label with a quote makes a
-// statement that fails, and the client's other tools could not name such a folder either.
+// Has none of the folder's texts a quote. The client's own tools can't name a folder that has one.
+bool CanBeAdded(const ImNewFolder& folder);
+
+// The statement that adds a folder that can be added: its texts are not escaped.
 std::wstring AddFolderStatement(const ImNewFolder& folder);
 
-// Adds the folder to a database that exists. False if that failed; nothing is changed then.
+// Adds the folder to a database that exists. False if it can't be added, before any statement is
+// made, or if that failed; nothing is changed then.
 bool AddFolder(const std::wstring& database, const ImNewFolder& folder);
 
 // How many folders name this parent, whatever the case of its id.

@@ -282,7 +282,12 @@ TEST_F(ImStoreTest, AddedFolderIsARowOfTheTable) {
 TEST_F(ImStoreTest, LabelWithAQuoteIsNotAddedAndChangesNothing) {
   test::MakeContainersDatabase(m_path, SmallTree());
   const std::string before = test::ReadFile(m_path);
-  EXPECT_FALSE(AddFolder(m_path, {ImGuid(9), ImGuid(2), 1, L"Ann's", L"Ann's"}));
+  for (const wchar_t* text : {L"Ann's", L"Ann''s", L"'", L"x', 'y', 1,0,0,0,0); --"}) {
+    EXPECT_FALSE(AddFolder(m_path, {ImGuid(9), ImGuid(2), 1, text, L"f"})) << Narrow(text);
+    EXPECT_FALSE(AddFolder(m_path, {ImGuid(9), ImGuid(2), 1, L"l", text})) << Narrow(text);
+    EXPECT_FALSE(AddFolder(m_path, {ImGuid(9), text, 1, L"l", L"f"})) << Narrow(text);
+    EXPECT_FALSE(AddFolder(m_path, {text, ImGuid(2), 1, L"l", L"f"})) << Narrow(text);
+  }
   EXPECT_EQ(test::ReadFile(m_path), before);
 }
 

@@ -93,10 +93,10 @@ ResultCode CreateFolder(const std::wstring& label, const MailFolderRef& parent,
   folder.label = label;
   folder.fileName = FreeFileName(label);
   folder.id = NewGuid();
-  if (folder.id.empty()) {
+  folder.parentId = Widen(parent.firstId);
+  if (folder.id.empty() || !CanBeAdded(folder)) {
     return kFail;
   }
-  folder.parentId = Widen(parent.firstId);
   const std::wstring identity = Widen(parent.secondId);
   for (ImIdentityWalker walker; Succeeded(walker.Status()); walker.Next()) {
     const std::wstring database = ContainersDatabasePath(walker.Path());

@@ -283,7 +283,9 @@ TEST_F(IncrediMailTest, ParentsIdentityIsFoundWhateverTheCase) {
 TEST_F(IncrediMailTest, LabelWithAQuoteFailsAndChangesNothing) {
   AddIdentity(L"{1}", L"Ann", L"Inbox");
   MailFolderRef created{L"before", "1", "2", 3};
-  EXPECT_EQ(incredimail::CreateFolder(L"Ann's", List()[1], &created), kFail);
+  for (const wchar_t* label : {L"Ann's", L"Ann''s", L"'", L"''"}) {
+    EXPECT_EQ(incredimail::CreateFolder(label, List()[1], &created), kFail) << Narrow(label);
+  }
   EXPECT_EQ(created, (MailFolderRef{L"before", "1", "2", 3}));
   EXPECT_EQ(ReadContainerRows(m_database).Size(), 4U);
 }
