@@ -110,11 +110,8 @@ FilterSettings::FilterSettings(std::wstring clientName, SettingsStore& store) : 
 }
 
 FilterSettings::~FilterSettings() {
-  if (!IsDirty()) {
-    return;
-  }
   try {
-    Save(m_record.clientName);
+    (void)Save();
   } catch (const std::exception&) {
     // Out of memory while saving: as with a registry that refuses, the values are lost without a
     // word.
@@ -189,6 +186,15 @@ void FilterSettings::UseDefaultFolder() {
   if (m_record.spamFolderId.empty()) {
     m_record.spamFolderId = kDefaultFolderId;
   }
+}
+
+ResultCode FilterSettings::Save() {
+  if (!IsDirty()) {
+    return kOk;
+  }
+  const ResultCode result = Save(m_record.clientName);
+  m_record.dirty = 0;
+  return result;
 }
 
 ResultCode FilterSettings::Save(const std::wstring& name) const {

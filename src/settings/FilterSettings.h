@@ -15,7 +15,7 @@ struct FilterSettingsRecord {
   // The name of the client's key; empty for a record of the options that hold for all clients.
   std::wstring clientName;
 
-  // Nonzero: the registry must be written when the record is destroyed.
+  // Nonzero: values differ from the registry's, or are missing there.
   uint8_t dirty = 0;
 
   uint32_t addBlocked = 0;
@@ -46,10 +46,10 @@ struct FilterSettingsRecord {
   std::array<uint8_t, 4096> messageStoreId = {};
 };
 
-// The persistent settings of one mail client: a local object that loads when it is constructed and
-// saves when it is destroyed, if a value was changed or was missing. Use it from one thread; it has
-// no lock. The store must outlive it. Nothing is reported: what can't be read keeps its default,
-// what can't be written is lost.
+// The persistent settings of one mail client: a local object that loads when it is constructed. Who
+// changes values calls Save when they are complete; the destructor saves if that was left out, or
+// if a value was missing. Use it from one thread; it has no lock. The store must outlive it.
+// Nothing is reported: what can't be read keeps its default, what can't be written is lost.
 class FilterSettings {
  public:
   // Loads the settings of the client with this key name. An empty name reads those of the client
@@ -62,6 +62,12 @@ class FilterSettings {
   // Reads all values under the key `name`; clientName stays. Returns 0, or -1 when the global key,
   // the client's key or the client's name is missing; what was read until then stays.
   ResultCode Load(const std::wstring& name);
+
+  // Writes the record under its own name if a value was changed or was missing since the last Save,
+  // and clears IsDirty, so that the destructor does not write again: a store that refused now
+  // refuses then. Returns 0, also if there was nothing to write, or -1 as Save of a name does. May
+  // throw std::bad_alloc; the destructor then tries again.
+  ResultCode Save();
 
   // Writes all values but EnableLogs, which belongs to the filter engine, under the key `name`,
   // creating keys as needed. Returns 0, or -1 in the three cases of Load; what was written until

@@ -294,6 +294,50 @@ TEST(FilterSettings, ChangedRecordIsSavedWhenItIsDestroyed) {
   EXPECT_EQ(store.keys[kClientPath][L"SpamFolderId"].bytes, Bytes(std::string("id\0", 3)));
 }
 
+TEST(FilterSettings, ExplicitSaveWritesAtOnceAndTheDestructorDoesNotWriteAgain) {
+  MemorySettingsStore store = CompleteStore();
+  {
+    FilterSettings settings(kClient, store);
+    settings.SetMoveEmails(1);
+    EXPECT_EQ(settings.Save(), kOk);
+    EXPECT_FALSE(settings.IsDirty());
+    EXPECT_EQ(FilterSettings(kClient, store).GetMoveEmails(), 1U);
+    store.log.clear();
+  }
+  EXPECT_THAT(store.log, IsEmpty());
+}
+
+TEST(FilterSettings, ChangeAfterAnExplicitSaveIsSavedWhenTheRecordIsDestroyed) {
+  MemorySettingsStore store = CompleteStore();
+  {
+    FilterSettings settings(kClient, store);
+    settings.SetMoveEmails(1);
+    settings.Save();
+    settings.SetMoveEmails(2);
+  }
+  EXPECT_EQ(FilterSettings(kClient, store).GetMoveEmails(), 2U);
+}
+
+TEST(FilterSettings, ExplicitSaveOfAnUnchangedRecordWritesNothing) {
+  MemorySettingsStore store = CompleteStore();
+  FilterSettings settings(kClient, store);
+  store.log.clear();
+  EXPECT_EQ(settings.Save(), kOk);
+  EXPECT_THAT(store.log, IsEmpty());
+}
+
+TEST(FilterSettings, ExplicitSaveThatIsRefusedIsNotRepeatedByTheDestructor) {
+  MemorySettingsStore store = CompleteStore();
+  {
+    FilterSettings settings(kClient, store);
+    settings.SetMoveEmails(1);
+    store.refused[kClientPath] = true;
+    EXPECT_EQ(settings.Save(), -1);
+    store.log.clear();
+  }
+  EXPECT_THAT(store.log, IsEmpty());
+}
+
 TEST(FilterSettings, SpamFolderNameGetsItsFinalBackslashUnlessEmpty) {
   MemorySettingsStore store = CompleteStore();
   store.SetText(kClientPath, L"MO SFolder", L"Spam");
@@ -439,7 +483,8 @@ TEST(FilterSettings, SpamFolderIdIsReadInto260BytesUpToItsFirstZero) {
 
 TEST(FilterSettings, EmptySpamFolderIdBecomesTheDefaultFolderAndIsDirty) {
   MemorySettingsStore store = CompleteStore();
-  for (const char* const stored : {"", "\0"}) {
+  for (const std::string& stored :
+       {std::string(), std::string("\0", 1), std::string("\0id\0", 4)}) {
     store.SetBinary(kClientPath, L"SpamFolderId", Bytes(stored));
     const FilterSettings settings(kClient, store);
     EXPECT_EQ(settings.GetSpamFolderId(), "0");
