@@ -6,12 +6,14 @@
 #include "ipc/ChannelMessage.h"
 #include "ipc/ChannelNames.h"
 #include "ipc/ChannelWaits_win.h"
+#include "ipc/SharedRegion_win.h"
 
 namespace postmarker {
 namespace {
 
 constexpr DWORD kEventAccess = SYNCHRONIZE | EVENT_MODIFY_STATE;
 constexpr DWORD kMutexAccess = SYNCHRONIZE | MUTEX_MODIFY_STATE;
+constexpr DWORD kPauseBetweenAttempts = 100;
 
 // A mutex while this thread owns it.
 class HeldMutex {
@@ -52,29 +54,6 @@ class HeldMutex {
   KernelHandle m_mutex;
 };
 
-struct Region {
-  KernelHandle mapping;
-  FileView view;
-  size_t size = 0;
-};
-
-// Maps a region and takes its size from the system: nothing that the other side says about it
-// counts. Memory that is only reserved can't be read.
-std::optional<Region> OpenRegion(const std::wstring& name, DWORD access, DWORD viewAccess) {
-  Region region;
-  region.mapping.Reset(::OpenFileMappingW(access, FALSE, name.c_str()));
-  if (region.mapping) {
-    region.view.Reset(::MapViewOfFile(region.mapping.Get(), viewAccess, 0, 0, 0));
-  }
-  MEMORY_BASIC_INFORMATION memory = {};
-  if (!region.view || ::VirtualQuery(region.view.Get(), &memory, sizeof(memory)) == 0 ||
-      memory.State != MEM_COMMIT) {
-    return std::nullopt;
-  }
-  region.size = memory.RegionSize;
-  return region;
-}
-
 // One attempt: what it opens is closed in the reverse order, on every way out.
 class Connector {
  public:
@@ -83,14 +62,25 @@ class Connector {
         m_options(options),
         m_handshakeTimeout(std::min(options.timeout, options.handshakeTimeout)) {}
 
+  // Each way round looks at time and cancel, whatever it finds at the rendezvous: a server that
+  // hangs can leave a free turn and a call that it does not answer.
   bool Connect() {
-    while (AwaitTurn() && OpenPrivateObjects()) {
-      if (IsFirstToCall()) {
-        return ShakeHands();
+    const std::wstring mutex = DispatchMutexName(m_name);
+    for (;;) {
+      if (m_turn.TryTake(mutex)) {
+        if (!OpenPrivateObjects()) {
+          return false;
+        }
+        if (IsFirstToCall()) {
+          return ShakeHands();
+        }
+        LeaveRound();
       }
-      LetGo();
+      if (m_elapsed.IsMoreThan(m_options.timeout) || IsCancelled()) {
+        return false;
+      }
+      ::Sleep(1);
     }
-    return false;
   }
 
   std::unique_ptr<ShmChannel> TakeChannel() {
@@ -100,31 +90,25 @@ class Connector {
   }
 
  private:
-  bool AwaitTurn() {
-    const std::wstring mutex = DispatchMutexName(m_name);
-    while (!m_turn.TryTake(mutex)) {
-      if (m_elapsed.IsMoreThan(m_options.timeout) || IsSignalled(m_options.cancel)) {
-        return false;
-      }
-      ::Sleep(1);
-    }
-    return true;
+  [[nodiscard]] bool IsCancelled() const {
+    return postmarker::IsCancelled(m_options.cancel, m_options.stop);
   }
 
   [[nodiscard]] std::optional<std::wstring> ReadPrivateName() const {
-    const auto rendezvous = OpenRegion(m_name, FILE_MAP_READ, FILE_MAP_READ);
+    const auto rendezvous = OpenSharedRegion(m_name, FILE_MAP_READ, FILE_MAP_READ);
     if (!rendezvous) {
       return std::nullopt;
     }
     const auto* const bytes = static_cast<const std::byte*>(rendezvous->view.Get());
-    return TakePrivateName({bytes, rendezvous->size}, m_name.size());
+    return TakePrivateName({bytes, rendezvous->size}, m_name);
   }
 
   bool OpenPrivateObjects() {
     m_privateName = ReadPrivateName().value_or(std::wstring());
-    auto region = m_privateName.empty()
-                      ? std::nullopt
-                      : OpenRegion(m_privateName, FILE_MAP_READ | FILE_MAP_WRITE, FILE_MAP_WRITE);
+    auto region =
+        m_privateName.empty()
+            ? std::nullopt
+            : OpenSharedRegion(m_privateName, FILE_MAP_READ | FILE_MAP_WRITE, FILE_MAP_WRITE);
     if (!region) {
       return false;
     }
@@ -142,17 +126,24 @@ class Connector {
   }
 
   // For another turn, when the server has given up the client before.
-  void LetGo() {
+  void LeaveRound() {
     m_clientEvent.Reset();
     m_serverEvent.Reset();
-    m_private = Region();
+    m_private = SharedRegion();
     m_turn.Release();
-    ::Sleep(1);
   }
 
   bool ShakeHands() {
+    if (IsCancelled()) {
+      return false;  // before the server is troubled
+    }
     ::SetEvent(m_clientEvent.Get());
-    if (!WaitUnlessCancelled(m_serverEvent.Get(), m_options.cancel, m_handshakeTimeout)) {
+    // Deliberate: a call that is not answered in time is not taken back. The server may have seen
+    // it and answer late; it would then take the next client's call for the confirmation of this
+    // one. As it stands, the next client leaves this round alone, and the server's next round is
+    // free.
+    if (!WaitUnlessCancelled(m_serverEvent.Get(), m_handshakeTimeout, m_options.cancel,
+                             m_options.stop)) {
       return false;
     }
     // Deliberate: closed while owned. The server has let go of the mutex, so it ends here, and the
@@ -160,7 +151,8 @@ class Connector {
     m_turn.CloseWithoutRelease();
     ::ResetEvent(m_serverEvent.Get());
     ::SetEvent(m_clientEvent.Get());
-    return WaitUntilTaken(m_clientEvent.Get(), m_handshakeTimeout);
+    return WaitUntilTaken(m_clientEvent.Get(), m_handshakeTimeout, m_options.cancel,
+                          m_options.stop);
   }
 
   std::wstring m_name;
@@ -169,7 +161,7 @@ class Connector {
   ElapsedTime m_elapsed;
   HeldMutex m_turn;
   std::wstring m_privateName;
-  Region m_private;
+  SharedRegion m_private;
   KernelHandle m_serverEvent;
   KernelHandle m_clientEvent;
 };
@@ -193,10 +185,10 @@ bool ChannelConnectRetry(const wchar_t* name, std::unique_ptr<ShmChannel>* chann
                          const ConnectOptions& options) {
   const ElapsedTime elapsed;
   while (!ChannelConnect(name, channel, options)) {
-    if (IsSignalled(options.cancel) || elapsed.IsMoreThan(options.timeout)) {
+    if (elapsed.IsMoreThan(options.timeout) || IsCancelled(options.cancel, options.stop)) {
       return false;
     }
-    ::Sleep(100);
+    ::Sleep(kPauseBetweenAttempts);
   }
   return true;
 }

@@ -1,6 +1,7 @@
 #include "ipc/ChannelMessage.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "ipc/ChannelNames.h"
 
@@ -20,14 +21,11 @@ void Put32(std::span<std::byte> at, uint32_t value) {
   }
 }
 
-// Volatile: a checked value must not be fetched from the shared memory once more.
+// Volatile and in one piece: a value that was checked must not be fetched from the shared memory
+// again, nor be half of one value and half of the next.
 uint32_t Take32(std::span<const std::byte> at) {
-  const volatile std::byte* const bytes = at.data();
-  uint32_t value = 0;
-  for (size_t i = 0; i < sizeof(value); ++i) {
-    value |= static_cast<uint32_t>(bytes[i]) << (8 * i);
-  }
-  return value;
+  static_assert(std::endian::native == std::endian::little);
+  return *reinterpret_cast<const volatile uint32_t*>(at.data());
 }
 
 void PutUnits(std::span<std::byte> at, std::wstring_view units) {
@@ -117,7 +115,7 @@ bool PutPrivateName(std::span<std::byte> region, std::wstring_view name) {
 }
 
 std::optional<std::wstring> TakePrivateName(std::span<const std::byte> region,
-                                            size_t rendezvousLength) {
+                                            std::wstring_view rendezvous) {
   constexpr size_t kAround = kNameOffset + kUnitSize;  // the length and the terminator
   if (region.size() < kAround) {
     return std::nullopt;
@@ -125,13 +123,14 @@ std::optional<std::wstring> TakePrivateName(std::span<const std::byte> region,
   const uint32_t bytes = Take32(region);
   const size_t length = bytes / kUnitSize;
   if (bytes % kUnitSize != 0 || bytes > region.size() - kAround ||
-      length != rendezvousLength + kPrivateNameGrowth || length > kLongestPrivateName) {
+      length != rendezvous.size() + kPrivateNameGrowth || length > kLongestPrivateName) {
     return std::nullopt;
   }
   // The name is what stands before the terminator, and must be as long as was said.
   std::wstring name = TakeUnits(region.subspan(kNameOffset, bytes + kUnitSize));
   name.resize(std::min(name.find(L'\0'), name.size()));
-  return name.size() == length ? std::optional(std::move(name)) : std::nullopt;
+  const bool isOurs = name.size() == length && name.starts_with(PrivateName(rendezvous, {}));
+  return isOurs ? std::optional(std::move(name)) : std::nullopt;
 }
 
 }  // namespace postmarker

@@ -1,5 +1,6 @@
 // What stands in the shared memory of a channel: one message in a private region, a name in a
-// rendezvous region. The other side may change the bytes at any time, so each is read once.
+// rendezvous region. The other side may change the bytes at any time, so each is read once, and
+// each number in one piece: regions begin at a multiple of 4 bytes, as views of shared memory do.
 #pragma once
 
 #include <cstddef>
@@ -35,10 +36,10 @@ bool TakeNumber(std::span<const std::byte> region, uint32_t* value);
 // the name is longer than 2,045 units or than the region.
 bool PutPrivateName(std::span<std::byte> region, std::wstring_view name);
 
-// Reads the name of a private region. `rendezvousLength` is the length of the rendezvous' own name,
-// to which a private name adds 33 units; what has another length, or none that the region can hold,
-// is something else under that name and gives nothing.
+// Reads the name of a private region: the rendezvous' own name, a period and 32 units. What has
+// another length, or none that the region can hold, or begins otherwise, is something else under
+// that name and gives nothing.
 std::optional<std::wstring> TakePrivateName(std::span<const std::byte> region,
-                                            size_t rendezvousLength);
+                                            std::wstring_view rendezvous);
 
 }  // namespace postmarker

@@ -141,51 +141,70 @@ TEST(Rendezvous, NameTooLongForTheRegionOrTheFieldIsNotWritten) {
   EXPECT_FALSE(PutPrivateName(large, std::wstring(2046, L'x')));
 }
 
-// A rendezvous of a name of 10 units: its private name has 43.
+const std::wstring kTenUnits(10, L'r');
+
+// A rendezvous with a name of this length, which begins as the one of kTenUnits does.
 Bytes MakeRendezvous(size_t nameLength = 43) {
   Bytes region = MakeRegion(kRendezvousSize);
-  PutPrivateName(region, std::wstring(nameLength, L'p'));
+  std::wstring name = kTenUnits + L"." + std::wstring(nameLength, L'p');
+  name.resize(nameLength);
+  PutPrivateName(region, name);
   return region;
 }
 
 TEST(Rendezvous, NameOf33UnitsMoreIsTaken) {
-  EXPECT_EQ(TakePrivateName(MakeRendezvous(), 10), std::wstring(43, L'p'));
-  EXPECT_EQ(TakePrivateName(MakeRendezvous(243), 210), std::wstring(243, L'p'));
+  EXPECT_EQ(TakePrivateName(MakeRendezvous(), kTenUnits),
+            kTenUnits + L"." + std::wstring(32, L'p'));
+  Bytes longest = MakeRegion(kRendezvousSize);
+  const std::wstring rendezvous(210, L'r');
+  PutPrivateName(longest, rendezvous + L"." + std::wstring(32, L'p'));
+  EXPECT_EQ(TakePrivateName(longest, rendezvous), rendezvous + L"." + std::wstring(32, L'p'));
+}
+
+TEST(Rendezvous, NameThatDoesNotBeginAsTheRendezvousIsRefused) {
+  for (const size_t changed : {0U, 9U, 10U}) {
+    Bytes region = MakeRendezvous();
+    region[4 + 2 * changed] = std::byte{'#'};
+    EXPECT_EQ(TakePrivateName(region, kTenUnits), std::nullopt) << changed;
+  }
 }
 
 TEST(Rendezvous, WrongLengthIsRefused) {
-  EXPECT_EQ(TakePrivateName(MakeRendezvous(42), 10), std::nullopt);
-  EXPECT_EQ(TakePrivateName(MakeRendezvous(44), 10), std::nullopt);
-  EXPECT_EQ(TakePrivateName(MakeRendezvous(244), 211), std::nullopt);
-  EXPECT_EQ(TakePrivateName(MakeRegion(kRendezvousSize), 10), std::nullopt);
+  EXPECT_EQ(TakePrivateName(MakeRendezvous(42), kTenUnits), std::nullopt);
+  EXPECT_EQ(TakePrivateName(MakeRendezvous(44), kTenUnits), std::nullopt);
+  EXPECT_EQ(TakePrivateName(MakeRegion(kRendezvousSize), kTenUnits), std::nullopt);
+  Bytes tooLong = MakeRegion(kRendezvousSize);
+  const std::wstring rendezvous(211, L'r');
+  PutPrivateName(tooLong, rendezvous + L"." + std::wstring(32, L'p'));
+  EXPECT_EQ(TakePrivateName(tooLong, rendezvous), std::nullopt);
 }
 
 TEST(Rendezvous, OddLengthIsRefused) {
   Bytes region = MakeRendezvous();
   region[0] = std::byte{87};
-  EXPECT_EQ(TakePrivateName(region, 10), std::nullopt);
+  EXPECT_EQ(TakePrivateName(region, kTenUnits), std::nullopt);
 }
 
 TEST(Rendezvous, LengthBeyondTheRegionIsRefused) {
   // 4 bytes of length, 86 of name, 2 of terminator.
   Bytes region = MakeRendezvous();
   region.resize(92);
-  EXPECT_TRUE(TakePrivateName(region, 10));
+  EXPECT_TRUE(TakePrivateName(region, kTenUnits));
   region.resize(91);
   region.shrink_to_fit();
-  EXPECT_EQ(TakePrivateName(region, 10), std::nullopt);
+  EXPECT_EQ(TakePrivateName(region, kTenUnits), std::nullopt);
   region.resize(5);
   region.shrink_to_fit();
-  EXPECT_EQ(TakePrivateName(region, 10), std::nullopt);
+  EXPECT_EQ(TakePrivateName(region, kTenUnits), std::nullopt);
 }
 
 TEST(Rendezvous, NameShorterOrLongerThanItsLengthSaysIsRefused) {
   Bytes shorter = MakeRendezvous();
   shorter[4 + 2 * 20] = std::byte{0};  // a terminator in the middle
-  EXPECT_EQ(TakePrivateName(shorter, 10), std::nullopt);
+  EXPECT_EQ(TakePrivateName(shorter, kTenUnits), std::nullopt);
   Bytes longer = MakeRendezvous(44);  // no terminator behind 43 units
   longer[0] = std::byte{86};
-  EXPECT_EQ(TakePrivateName(longer, 10), std::nullopt);
+  EXPECT_EQ(TakePrivateName(longer, kTenUnits), std::nullopt);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "ipc/ChannelMessage.h"
 #include "ipc/ChannelWaits_win.h"
 #include "ipc/ObjectSecurity_win.h"
+#include "ipc/SharedRegion_win.h"
 
 namespace postmarker {
 namespace {
@@ -35,28 +36,6 @@ std::wstring MakeRandomName() {
   return RandomCharacters(bytes);
 }
 
-struct Region {
-  KernelHandle mapping;
-  FileView view;
-
-  [[nodiscard]] std::span<std::byte> Bytes(size_t size) const {
-    return {static_cast<std::byte*>(const_cast<void*>(view.Get())), size};
-  }
-};
-
-// A region that did not exist before.
-std::optional<Region> MakeRegion(const std::wstring& name, uint32_t size,
-                                 ObjectSecurity* security) {
-  Region region;
-  region.mapping.Reset(::CreateFileMappingW(INVALID_HANDLE_VALUE, security->Attributes(),
-                                            PAGE_READWRITE | SEC_COMMIT, 0, size, name.c_str()));
-  if (!region.mapping || ::GetLastError() == ERROR_ALREADY_EXISTS) {
-    return std::nullopt;
-  }
-  region.view.Reset(::MapViewOfFile(region.mapping.Get(), FILE_MAP_WRITE, 0, 0, 0));
-  return region.view ? std::optional(std::move(region)) : std::nullopt;
-}
-
 // A clear event that did not exist before, reset by hand.
 KernelHandle MakeEvent(const std::wstring& name, ObjectSecurity* security) {
   KernelHandle event(::CreateEventW(security->Attributes(), TRUE, FALSE, name.c_str()));
@@ -80,7 +59,7 @@ class Listener {
 
   std::unique_ptr<ShmChannel> TakeChannel() {
     return std::make_unique<ShmChannel>(std::move(m_private.mapping), std::move(m_private.view),
-                                        m_options.size, std::move(m_serverEvent),
+                                        m_private.size, std::move(m_serverEvent),
                                         std::move(m_clientEvent));
   }
 
@@ -95,7 +74,7 @@ class Listener {
       return false;
     }
     m_privateName = PrivateName(m_name, randomName);
-    auto region = MakeRegion(m_privateName, m_options.size, &m_regionSecurity);
+    auto region = MakeSharedRegion(m_privateName, m_options.size, &m_regionSecurity);
     if (!region) {
       return false;
     }
@@ -106,12 +85,12 @@ class Listener {
   }
 
   bool Publish() {
-    auto region = MakeRegion(m_name, kRendezvousSize, &m_regionSecurity);
+    auto region = MakeSharedRegion(m_name, kRendezvousSize, &m_regionSecurity);
     if (!region) {
       return false;
     }
     m_rendezvous = std::move(*region);
-    return PutPrivateName(m_rendezvous.Bytes(kRendezvousSize), m_privateName) && MakeMutex();
+    return PutPrivateName(m_rendezvous.Bytes(), m_privateName) && MakeMutex();
   }
 
   // The client before may still hold the mutex, and clients that look for their turn open it for an
@@ -135,17 +114,17 @@ class Listener {
   }
 
   bool AwaitClient() {
-    return WaitUnlessCancelled(m_clientEvent.Get(), m_options.cancel, m_options.timeout);
+    return WaitUnlessCancelled(m_clientEvent.Get(), m_options.timeout, m_options.cancel);
   }
 
   // The client has the private name: the rendezvous goes, and the events are from now on theirs.
   bool ShakeHands() {
-    m_rendezvous = Region();
+    m_rendezvous = SharedRegion();
     m_mutex.Reset();
     ::ResetEvent(m_clientEvent.Get());
     ::SetEvent(m_serverEvent.Get());
     const uint32_t timeout = std::min(m_options.timeout, m_options.handshakeTimeout);
-    if (!WaitUnlessCancelled(m_clientEvent.Get(), nullptr, timeout)) {
+    if (!WaitUnlessCancelled(m_clientEvent.Get(), timeout, nullptr)) {
       return false;
     }
     ::ResetEvent(m_clientEvent.Get());
@@ -159,10 +138,10 @@ class Listener {
   ObjectSecurity m_eventSecurity;
   ObjectSecurity m_mutexSecurity;
   std::wstring m_privateName;
-  Region m_private;
+  SharedRegion m_private;
   KernelHandle m_serverEvent;
   KernelHandle m_clientEvent;
-  Region m_rendezvous;
+  SharedRegion m_rendezvous;
   KernelHandle m_mutex;
 };
 

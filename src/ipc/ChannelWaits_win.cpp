@@ -1,6 +1,12 @@
 #include "ipc/ChannelWaits_win.h"
 
 namespace postmarker {
+namespace {
+
+// Half of what is promised, as the system's clock may tick only every 16 ms.
+constexpr uint32_t kStopPoll = 50;
+
+}  // namespace
 
 bool IsSignalled(HANDLE object) {
   return object != nullptr && ::WaitForSingleObject(object, 0) == WAIT_OBJECT_0;
@@ -10,13 +16,21 @@ bool IsClear(HANDLE event) {
   return ::WaitForSingleObject(event, 0) == WAIT_TIMEOUT;
 }
 
-bool WaitUnlessCancelled(HANDLE event, HANDLE cancel, uint32_t timeout) {
+bool WaitUnlessCancelled(HANDLE event, uint32_t timeout, HANDLE cancel, const StopQuery& stop) {
   const HANDLE objects[] = {event, cancel};
-  return ::WaitForMultipleObjects(cancel != nullptr ? 2 : 1, objects, FALSE, timeout) ==
-         WAIT_OBJECT_0;
+  const ElapsedTime elapsed;
+  while (!ShouldStop(stop)) {
+    const uint32_t left = elapsed.Left(timeout);
+    const uint32_t slice = stop ? std::min(left, kStopPoll) : left;
+    const DWORD state = ::WaitForMultipleObjects(cancel != nullptr ? 2 : 1, objects, FALSE, slice);
+    if (state != WAIT_TIMEOUT || left == 0) {
+      return state == WAIT_OBJECT_0;
+    }
+  }
+  return false;
 }
 
-bool WaitUntilTaken(HANDLE event, uint32_t timeout) {
+bool WaitUntilTaken(HANDLE event, uint32_t timeout, HANDLE cancel, const StopQuery& stop) {
   const ElapsedTime elapsed;
   for (;;) {
     const DWORD state = ::WaitForSingleObject(event, 0);
@@ -24,7 +38,7 @@ bool WaitUntilTaken(HANDLE event, uint32_t timeout) {
       return state == WAIT_TIMEOUT;
     }
     ::Sleep(1);
-    if (elapsed.IsMoreThan(timeout)) {
+    if (elapsed.IsMoreThan(timeout) || IsCancelled(cancel, stop)) {
       return false;
     }
   }

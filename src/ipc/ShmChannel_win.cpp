@@ -1,5 +1,7 @@
 #include "ipc/ShmChannel_win.h"
 
+#include <algorithm>
+
 #include "ipc/ChannelMessage.h"
 #include "ipc/ChannelWaits_win.h"
 
@@ -20,38 +22,44 @@ std::span<std::byte> ShmChannel::Region() const {
 }
 
 template <class Put>
-bool ShmChannel::Send(Put put, uint32_t timeout) {
+bool ShmChannel::Send(Put put, uint32_t timeout, const StopQuery& stop) {
   // Neither this end's last message nor an answer that came late may be written over.
   if (!IsClear(m_sendEvent.Get()) || !IsClear(m_receiveEvent.Get()) || !put()) {
     return false;
   }
   ::SetEvent(m_sendEvent.Get());
-  return WaitUntilTaken(m_sendEvent.Get(), timeout);
+  return WaitUntilTaken(m_sendEvent.Get(), timeout, nullptr, stop);
 }
 
 template <class Take>
-bool ShmChannel::Receive(Take take, uint32_t timeout) {
-  if (::WaitForSingleObject(m_receiveEvent.Get(), timeout) != WAIT_OBJECT_0 || !take()) {
+bool ShmChannel::Receive(Take take, uint32_t timeout, const StopQuery& stop) {
+  if (!WaitUnlessCancelled(m_receiveEvent.Get(), timeout, nullptr, stop) || !take()) {
     return false;
   }
   ::ResetEvent(m_receiveEvent.Get());
   return true;
 }
 
-bool ShmChannel::SendText(const wchar_t* text, uint32_t timeout) {
-  return text != nullptr && Send([&] { return PutText(Region(), text); }, timeout);
+bool ShmChannel::SendText(const wchar_t* text, uint32_t timeout, const StopQuery& stop) {
+  return text != nullptr && Send([&] { return PutText(Region(), text); }, timeout, stop);
 }
 
-bool ShmChannel::SendNumber(uint32_t value, uint32_t timeout) {
-  return Send([&] { return PutNumber(Region(), value); }, timeout);
+bool ShmChannel::SendNumber(uint32_t value, uint32_t timeout, const StopQuery& stop) {
+  return Send([&] { return PutNumber(Region(), value); }, timeout, stop);
 }
 
-bool ShmChannel::ReceiveText(std::wstring* text, uint32_t timeout) {
-  return Receive([&] { return TakeText(Region(), text); }, timeout);
+bool ShmChannel::ReceiveText(std::wstring* text, uint32_t timeout, const StopQuery& stop,
+                             size_t longestBytes) {
+  const auto take = [&] {
+    const std::span<std::byte> region = Region();
+    const size_t longest = kMessageHeaderSize + std::min(longestBytes, region.size());
+    return TakeText(region.first(std::min(longest, region.size())), text);
+  };
+  return Receive(take, timeout, stop);
 }
 
-bool ShmChannel::ReceiveNumber(uint32_t* value, uint32_t timeout) {
-  return Receive([&] { return TakeNumber(Region(), value); }, timeout);
+bool ShmChannel::ReceiveNumber(uint32_t* value, uint32_t timeout, const StopQuery& stop) {
+  return Receive([&] { return TakeNumber(Region(), value); }, timeout, stop);
 }
 
 }  // namespace postmarker

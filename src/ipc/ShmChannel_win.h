@@ -8,6 +8,7 @@
 #include <string>
 
 #include "support/Handles_win.h"
+#include "support/StopQuery.h"
 
 namespace postmarker {
 
@@ -16,7 +17,8 @@ namespace postmarker {
 // nothing: that sees its waits end by time. An end that ran into its time is out of step, as the
 // late answer still comes into the region: the next send fails then, and a new channel is needed.
 //
-// Times are in milliseconds. For one thread at a time.
+// Times are in milliseconds. Each wait also ends, as if its time were over, when `stop` says so: it
+// is asked at the beginning of the wait and then at least every 100 ms. For one thread at a time.
 class ShmChannel {
  public:
   // Takes what the two ends have agreed on. `size` is the region's in bytes.
@@ -29,16 +31,18 @@ class ShmChannel {
   // Sends a text up to its terminator and waits until it is taken. False for a null text, one of
   // more than RegionSize() - 8 bytes, or while a message of either end is not taken, all with
   // nothing written; false as well if it is not taken within `timeout`, and then it still stands.
-  bool SendText(const wchar_t* text, uint32_t timeout);
+  bool SendText(const wchar_t* text, uint32_t timeout, const StopQuery& stop = {});
 
   // The same for a number.
-  bool SendNumber(uint32_t value, uint32_t timeout);
+  bool SendNumber(uint32_t value, uint32_t timeout, const StopQuery& stop = {});
 
   // Waits for a message and takes it. False, with the out value as it was, if none comes within
   // `timeout`, or if it is of the other type or malformed: then it stays where it is, and its
-  // sender goes on waiting. A text may be empty, and may hold NULs if the sender put some in.
-  bool ReceiveText(std::wstring* text, uint32_t timeout);
-  bool ReceiveNumber(uint32_t* value, uint32_t timeout);
+  // sender goes on waiting. A text may be empty, and may hold NULs if the sender put some in; one
+  // of more than `longestBytes` bytes is refused as malformed before it is copied.
+  bool ReceiveText(std::wstring* text, uint32_t timeout, const StopQuery& stop = {},
+                   size_t longestBytes = SIZE_MAX);
+  bool ReceiveNumber(uint32_t* value, uint32_t timeout, const StopQuery& stop = {});
 
   // The size of the region in bytes, as this end knows it.
   [[nodiscard]] size_t RegionSize() const { return m_size; }
@@ -46,9 +50,9 @@ class ShmChannel {
  private:
   [[nodiscard]] std::span<std::byte> Region() const;
   template <class Put>
-  bool Send(Put put, uint32_t timeout);
+  bool Send(Put put, uint32_t timeout, const StopQuery& stop);
   template <class Take>
-  bool Receive(Take take, uint32_t timeout);
+  bool Receive(Take take, uint32_t timeout, const StopQuery& stop);
 
   // In the reverse order of closing.
   KernelHandle m_mapping;

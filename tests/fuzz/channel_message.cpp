@@ -1,5 +1,6 @@
 // What another process leaves in the shared memory of a channel. The first byte chooses the length
-// of the rendezvous' name, the rest is the region.
+// of the rendezvous' name, the rest is the region. The name itself is what a private name in the
+// region begins with, so that the fuzzer need not guess it twice.
 #include <algorithm>
 #include <cstddef>
 #include <vector>
@@ -7,6 +8,20 @@
 #include "FuzzTarget.h"
 #include "ipc/ChannelMessage.h"
 #include "ipc/ChannelNames.h"
+
+namespace {
+
+// So many UTF-16 units, or as many as there are.
+std::wstring UnitsAt(const std::vector<std::byte>& bytes, size_t offset, size_t count) {
+  std::wstring units;
+  for (size_t i = offset; i + 1 < bytes.size() && units.size() < count; i += 2) {
+    units.push_back(static_cast<wchar_t>(static_cast<uint32_t>(bytes[i]) |
+                                         static_cast<uint32_t>(bytes[i + 1]) << 8));
+  }
+  return units;
+}
+
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace postmarker;
@@ -31,9 +46,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::vector<std::byte> copy = region;
     fuzz::Require(PutNumber(copy, number) && copy == region);
   }
-  const auto name = TakePrivateName(region, data[0]);
+  const std::wstring rendezvous = UnitsAt(region, 4, data[0]);
+  const auto name = TakePrivateName(region, rendezvous);
   if (name) {
-    fuzz::Require(name->size() == data[0] + kPrivateNameGrowth && name->size() < 244);
+    fuzz::Require(name->size() == rendezvous.size() + kPrivateNameGrowth && name->size() < 244);
+    fuzz::Require(name->starts_with(rendezvous + L"."));
     std::vector<std::byte> copy = region;
     fuzz::Require(PutPrivateName(copy, *name) && copy == region);
   }

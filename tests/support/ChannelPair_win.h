@@ -38,7 +38,7 @@ inline std::future<ChannelEnd> ListenInBackground(const std::wstring& name,
   });
 }
 
-// The same with the product's client.
+// One attempt of the product's client, on a thread of its own; null if it fails.
 inline std::future<ChannelEnd> ConnectInBackground(const std::wstring& name,
                                                    const ConnectOptions& options) {
   return std::async(std::launch::async, [=] {

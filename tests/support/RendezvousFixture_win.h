@@ -1,0 +1,70 @@
+// A rendezvous of a test's own.
+#pragma once
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <future>
+#include <string>
+
+#include "ipc/ChannelNames.h"
+#include "ipc/ChannelWaits_win.h"
+#include "ipc/Mutexes_win.h"
+#include "support/ChannelPair_win.h"
+
+namespace postmarker::test {
+
+// Fails at once or not at all.
+inline bool FailsAtOnce(const std::function<bool()>& attempt) {
+  const ElapsedTime elapsed;
+  return !attempt() && !elapsed.IsMoreThan(5'000);
+}
+
+// Waits until clients can come.
+inline bool WaitForMutex(const std::wstring& rendezvous) {
+  const ElapsedTime elapsed;
+  while (!MutexExists(DispatchMutexName(rendezvous).c_str())) {
+    if (elapsed.IsMoreThan(kPatience)) {
+      return false;
+    }
+    ::Sleep(1);
+  }
+  return true;
+}
+
+// One attempt of the product's server that has to end by its own limits. One that doesn't fails the
+// test after 5 seconds and is cancelled. `options` without a cancel event.
+inline ChannelEnd ListenUntilItEnds(const std::wstring& name, ListenOptions options) {
+  const KernelHandle cancel(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
+  options.cancel = cancel.Get();
+  auto server = ListenInBackground(name, options);
+  if (server.wait_for(std::chrono::seconds(5)) != std::future_status::ready) {
+    ADD_FAILURE() << "the server waits on after its time";
+    ::SetEvent(cancel.Get());
+  }
+  return server.get();
+}
+
+class RendezvousFixture : public testing::Test {
+ protected:
+  bool Listen(const ListenOptions& options) {
+    ChannelEnd end;
+    return ChannelListen(m_name.c_str(), &end, options);
+  }
+  bool Connect(const ConnectOptions& options) {
+    ChannelEnd end;
+    return ChannelConnect(m_name.c_str(), &end, options);
+  }
+  // Are the next server and the next client at this rendezvous as if nothing had been.
+  bool IsUsable() {
+    const auto [server, client] = ConnectPair(m_name);
+    return server && client;
+  }
+
+  std::wstring m_name = FreshObjectName();
+};
+
+}  // namespace postmarker::test
