@@ -1,7 +1,10 @@
 #include "ipc/HookConnection_win.h"
 
+#include <algorithm>
 #include <limits>
+#include <utility>
 
+#include "ipc/ChannelWaits_win.h"
 #include "ipc/FolderText.h"
 
 namespace postmarker {
@@ -15,18 +18,72 @@ constexpr uint32_t kMakeFolder = 5;
 
 }  // namespace
 
-HookConnection::HookConnection(const std::wstring& module, uint32_t timeout) : m_timeout(timeout) {
+// One command within its limits: every step fails once they are exceeded, or once somebody has
+// asked it to stop.
+class HookConnection::Conversation {
+ public:
+  Conversation(ShmChannel& channel, const HookLimits& limits, const StopQuery& stop)
+      : m_channel(channel), m_limits(limits), m_stop(stop), m_bytesLeft(limits.commandBytes) {}
+
+  bool SendNumber(uint32_t value) {
+    return MayGoOn() && m_channel.SendNumber(value, TimeFor(kStep), m_stop);
+  }
+  bool SendText(const std::wstring& text) {
+    return MayGoOn() && m_channel.SendText(text.c_str(), TimeFor(kStep), m_stop);
+  }
+
+  // The first answer to a command, which the client may have to work for.
+  bool ReceiveFirstNumber(uint32_t* value) {
+    return MayGoOn() && m_channel.ReceiveNumber(value, TimeFor(kFirstAnswer), m_stop);
+  }
+  bool ReceiveFirstText(std::wstring* text) { return ReceiveText(kFirstAnswer, text); }
+
+  bool ReceiveNumber(uint32_t* value) {
+    return MayGoOn() && m_channel.ReceiveNumber(value, TimeFor(kStep), m_stop);
+  }
+  bool ReceiveText(std::wstring* text) { return ReceiveText(kStep, text); }
+
+ private:
+  // How many times the time of a step.
+  static constexpr uint32_t kStep = 1;
+  static constexpr uint32_t kFirstAnswer = 10;
+
+  // Messages that are there already need no wait, so the limits are looked at before each step.
+  [[nodiscard]] bool MayGoOn() const {
+    return m_elapsed.Left(m_limits.commandMilliseconds) > 0 && !ShouldStop(m_stop);
+  }
+
+  [[nodiscard]] uint32_t TimeFor(uint32_t steps) const {
+    constexpr uint32_t kLongest = std::numeric_limits<uint32_t>::max() - 1;
+    const uint32_t step = m_limits.stepMilliseconds;
+    return std::min(step > kLongest / steps ? kLongest : step * steps,
+                    m_elapsed.Left(m_limits.commandMilliseconds));
+  }
+
+  bool ReceiveText(uint32_t steps, std::wstring* text) {
+    if (m_bytesLeft < kHookTextCost || !MayGoOn() ||
+        !m_channel.ReceiveText(text, TimeFor(steps), m_stop, m_bytesLeft - kHookTextCost)) {
+      return false;
+    }
+    m_bytesLeft -= kHookTextCost + text->size() * sizeof(wchar_t);
+    return true;
+  }
+
+  ShmChannel& m_channel;
+  const HookLimits& m_limits;
+  const StopQuery& m_stop;
+  ElapsedTime m_elapsed;
+  size_t m_bytesLeft;
+};
+
+HookConnection::HookConnection(const std::wstring& module, const HookLimits& limits, StopQuery stop)
+    : m_limits(limits), m_stop(std::move(stop)) {
   Connect(module);
 }
 
 void HookConnection::Connect(const std::wstring& module) {
   m_client.reset();
-  m_client.emplace(module, ChannelKind::kLocal, m_timeout);
-}
-
-uint32_t HookConnection::LongTimeout() const {
-  constexpr uint32_t kLongest = std::numeric_limits<uint32_t>::max() - 1;
-  return m_timeout > kLongest / 10 ? kLongest : m_timeout * 10;
+  m_client.emplace(module, ChannelKind::kLocal, m_limits.stepMilliseconds, m_stop);
 }
 
 // Sends the command's number and then does the rest of it, whose failures are no failure.
@@ -34,52 +91,44 @@ ResultCode HookConnection::Run(uint32_t number, const Command& rest) {
   if (Failed(Status())) {
     return Status() == kModuleUnreachable ? kOk : kFail;
   }
-  ShmChannel& channel = *m_client->Channel();
-  if (channel.SendNumber(number, m_timeout)) {
-    rest(channel);
+  Conversation conversation(*m_client->Channel(), m_limits, m_stop);
+  if (conversation.SendNumber(number)) {
+    rest(conversation);
   }
   return kOk;
 }
 
-bool HookConnection::ReceiveFolder(ShmChannel& channel, uint32_t timeout, MailFolderRef* folder) {
-  std::wstring text;
-  if (!channel.ReceiveText(&text, timeout)) {
-    return false;
-  }
-  *folder = DecodeFolderText(text);
-  return true;
-}
-
 ResultCode HookConnection::ListFolders(std::wstring* text, MailFolderList* folders) {
-  return Run(kListFolders, [&](ShmChannel& channel) {
+  return Run(kListFolders, [&](Conversation& conversation) {
     uint32_t count = 0;
-    if (!channel.ReceiveText(text, LongTimeout()) || !channel.ReceiveNumber(&count, m_timeout)) {
+    if (!conversation.ReceiveFirstText(text) || !conversation.ReceiveNumber(&count)) {
       return;
     }
-    MailFolderRef folder;
-    for (uint32_t i = 0; i < count && ReceiveFolder(channel, m_timeout, &folder); ++i) {
-      folders->push_back(folder);
+    std::wstring folder;
+    for (uint32_t i = 0; i < count && conversation.ReceiveText(&folder); ++i) {
+      folders->push_back(DecodeFolderText(folder));
     }
   });
 }
 
 ResultCode HookConnection::LookUpFolder(uint32_t index, MailFolderRef* folder) {
   *folder = {};
-  return Run(kLookUpFolder, [&](ShmChannel& channel) {
-    if (channel.SendNumber(index, m_timeout)) {
-      ReceiveFolder(channel, LongTimeout(), folder);
+  return Run(kLookUpFolder, [&](Conversation& conversation) {
+    std::wstring text;
+    if (conversation.SendNumber(index) && conversation.ReceiveFirstText(&text)) {
+      *folder = DecodeFolderText(text);
     }
   });
 }
 
 ResultCode HookConnection::ListTexts(uint32_t number, AddressSet* addresses) {
-  return Run(number, [&](ShmChannel& channel) {
+  return Run(number, [&](Conversation& conversation) {
     uint32_t count = 0;
-    if (!channel.ReceiveNumber(&count, LongTimeout())) {
+    if (!conversation.ReceiveFirstNumber(&count)) {
       return;
     }
     std::wstring address;
-    for (uint32_t i = 0; i < count && channel.ReceiveText(&address, m_timeout); ++i) {
+    for (uint32_t i = 0; i < count && conversation.ReceiveText(&address); ++i) {
       addresses->insert(address);
     }
   });
@@ -96,22 +145,31 @@ ResultCode HookConnection::ListSentAddresses(AddressSet* addresses) {
 ResultCode HookConnection::MakeFolder(const std::wstring& name, const MailFolderRef& parent,
                                       MailFolderRef* created) {
   *created = {};
-  return Run(kMakeFolder, [&](ShmChannel& channel) {
-    if (channel.SendText(name.c_str(), m_timeout) &&
-        channel.SendText(EncodeFolderText(parent).c_str(), m_timeout)) {
-      ReceiveFolder(channel, LongTimeout(), created);
+  return Run(kMakeFolder, [&](Conversation& conversation) {
+    std::wstring text;
+    if (conversation.SendText(name) && conversation.SendText(EncodeFolderText(parent)) &&
+        conversation.ReceiveFirstText(&text)) {
+      *created = DecodeFolderText(text);
     }
   });
 }
 
 ResultCode HookFirst(bool useHook, const std::wstring& module,
-                     const std::function<ResultCode(HookConnection& hook)>& ask,
-                     const std::function<ResultCode()>& store, uint32_t timeout) {
+                     const std::function<HookOutcome(HookConnection& hook)>& ask,
+                     const std::function<ResultCode()>& store, const HookLimits& limits,
+                     const StopQuery& stop) {
+  HookOutcome outcome = HookOutcome::kAskStore;
   if (useHook) {
-    HookConnection hook(module, timeout);
-    if (Succeeded(ask(hook))) {
+    HookConnection hook(module, limits, stop);
+    outcome = ask(hook);
+  }
+  switch (outcome) {
+    case HookOutcome::kDone:
       return kOk;
-    }
+    case HookOutcome::kFailed:
+      return kFail;
+    case HookOutcome::kAskStore:
+      break;
   }
   return store();
 }

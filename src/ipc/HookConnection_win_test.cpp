@@ -5,87 +5,29 @@
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
-#include <optional>
 
 #include "ipc/ChannelWaits_win.h"
 #include "support/ChannelPair_win.h"
-#include "support/PeerProcess_win.h"
-#include "support/TempFolder.h"
-#include "support/Text.h"
+#include "support/HookModuleFixture_win.h"
 
 namespace postmarker {
 namespace {
 
 using nlohmann::json;
+using test::kHookTime;
+using test::kInbox;
+using test::kShortHookTime;
+using test::kStrange;
+using test::Limits;
+using test::UnreachableModule;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr uint32_t kTime = 5'000;
-constexpr uint32_t kShortTime = 150;
-
-const MailFolderRef kInbox = {L"\\\\Post\\Inbox", "1", "s", 1};
-const MailFolderRef kStrange = {L"\\\\Post\\a#-#b \x3B1\x4E2D", "i#d", "s", 0};
-
-json ToJson(const MailFolderRef& folder) {
-  return {{"name", NarrowUtf8(folder.name)},
-          {"firstId", folder.firstId},
-          {"secondId", folder.secondId},
-          {"flag", folder.flag}};
-}
-
-// The stand-in is one process for all tests, as long as it lives.
-class HookConnectionTest : public testing::Test {
- protected:
-  static void TearDownTestSuite() { s_peer.reset(); }
-
-  // Sees to it that the module runs and answers from the usual mailbox, with these changes.
-  void StartModule(const json& more = json::object()) {
-    json state = {{"module", NarrowUtf8(m_module)},
-                  {"text", "to be kept"},
-                  {"folders", {ToJson(kInbox), ToJson(kStrange)}},
-                  {"lookup", {{"4", ToJson(kStrange)}}},
-                  {"contacts", {"b@x.example", "A@x.example", "b@x.example"}},
-                  {"sent", {"c@x.example"}}};
-    state.update(more);
-    test::WriteFile(m_stateFile, state.dump());
-    const bool inHandshake = more.contains("fault") && more["fault"].contains("step");
-    if (!s_peer || s_peer->WaitForExit(0) != -1 || inHandshake) {
-      s_peer.reset();
-      s_peer.emplace(test::StartPeer(test::PeerPath(L"hookmodule\\hookmodule.exe"), {m_stateFile}));
-    }
-  }
-  void StartFaultyModule(const json& fault) { StartModule({{"fault", fault}}); }
-
-  // Ends the process, from outside.
-  static void KillModule() { s_peer.reset(); }
-
-  static inline const test::TempFolder s_folder;
-  static inline const std::wstring s_module = test::FreshObjectName().substr(6) + L".dll";
-  static inline std::optional<test::PeerProcess> s_peer;
-
-  std::wstring m_stateFile = s_folder.PathOf("state.json");
-  std::wstring m_module = s_module;
-
-  std::wstring m_text = L"(as before)";
-  MailFolderList m_folders;
-  MailFolderRef m_record = {L"(as before)", "", "", 0};
-  AddressSet m_addresses = {L"before"};
-};
-
-// The event of a module that serves nothing.
-class UnreachableModule {
- public:
-  [[nodiscard]] std::wstring Name() const { return m_name; }
-
- private:
-  std::wstring m_name = test::FreshObjectName().substr(6) + L".dll";
-  KernelHandle m_event{
-      ::CreateEventW(nullptr, TRUE, FALSE, (L"Local\\Kestrelon." + m_name + L".Event").c_str())};
-};
+class HookConnectionTest : public test::HookModuleFixture {};
 
 TEST_F(HookConnectionTest, WithoutTheEventItFailsAtOnce) {
   const ElapsedTime elapsed;
-  HookConnection hook(L"nobody.dll", kTime);
+  HookConnection hook(L"nobody.dll", Limits(kHookTime));
   EXPECT_EQ(hook.Status(), static_cast<ResultCode>(0x80004005));
   EXPECT_EQ(hook.ListFolders(&m_text, &m_folders), kFail);
   EXPECT_EQ(hook.LookUpFolder(4, &m_record), kFail);
@@ -101,8 +43,8 @@ TEST_F(HookConnectionTest, WithoutTheEventItFailsAtOnce) {
 TEST_F(HookConnectionTest, EventWithoutAChannelIsAnEmptyAnswer) {
   const UnreachableModule module;
   const ElapsedTime elapsed;
-  HookConnection hook(module.Name(), kShortTime);
-  EXPECT_TRUE(elapsed.IsMoreThan(kShortTime - 1));
+  HookConnection hook(module.Name(), Limits(kShortHookTime));
+  EXPECT_TRUE(elapsed.IsMoreThan(kShortHookTime - 1));
   EXPECT_FALSE(elapsed.IsMoreThan(5'000));
   EXPECT_EQ(hook.Status(), static_cast<ResultCode>(0x8001011F));
   EXPECT_EQ(hook.ListFolders(&m_text, &m_folders), 0);
@@ -147,7 +89,7 @@ TEST(SharedMemClient, GlobalKindsMeetInTheNameSpaceOfTheMachine) {
 
 TEST_F(HookConnectionTest, FoldersComeBehindATextThatTheCallerKeeps) {
   StartModule();
-  HookConnection hook(m_module, kTime);
+  HookConnection hook(m_module, Limits(kHookTime));
   EXPECT_EQ(hook.Status(), 0);
   m_folders = {kInbox};
   EXPECT_EQ(hook.ListFolders(&m_text, &m_folders), 0);
@@ -157,7 +99,7 @@ TEST_F(HookConnectionTest, FoldersComeBehindATextThatTheCallerKeeps) {
 
 TEST_F(HookConnectionTest, FolderIsLookedUpByItsIndex) {
   StartModule();
-  HookConnection hook(m_module, kTime);
+  HookConnection hook(m_module, Limits(kHookTime));
   EXPECT_EQ(hook.LookUpFolder(4, &m_record), 0);
   EXPECT_EQ(m_record, kStrange);
   EXPECT_EQ(hook.LookUpFolder(5, &m_record), 0);
@@ -166,7 +108,7 @@ TEST_F(HookConnectionTest, FolderIsLookedUpByItsIndex) {
 
 TEST_F(HookConnectionTest, AddressesAreAddedAsTheyStand) {
   StartModule();
-  HookConnection hook(m_module, kTime);
+  HookConnection hook(m_module, Limits(kHookTime));
   EXPECT_EQ(hook.ListContacts(&m_addresses), 0);
   EXPECT_THAT(m_addresses, ElementsAre(L"A@x.example", L"b@x.example", L"before"));
   EXPECT_EQ(hook.ListSentAddresses(&m_addresses), 0);
@@ -175,7 +117,7 @@ TEST_F(HookConnectionTest, AddressesAreAddedAsTheyStand) {
 
 TEST_F(HookConnectionTest, EmptyListsAreLists) {
   StartModule({{"folders", json::array()}, {"contacts", json::array()}});
-  HookConnection hook(m_module, kTime);
+  HookConnection hook(m_module, Limits(kHookTime));
   EXPECT_EQ(hook.ListFolders(&m_text, &m_folders), 0);
   EXPECT_THAT(m_folders, IsEmpty());
   EXPECT_EQ(hook.ListContacts(&m_addresses), 0);
@@ -184,16 +126,16 @@ TEST_F(HookConnectionTest, EmptyListsAreLists) {
 
 TEST_F(HookConnectionTest, FolderIsMadeBelowItsParent) {
   StartModule();
-  HookConnection hook(m_module, kTime);
+  HookConnection hook(m_module, Limits(kHookTime));
   EXPECT_EQ(hook.MakeFolder(L"Spam #1", kStrange, &m_record), 0);
   EXPECT_EQ(m_record, (MailFolderRef{kStrange.name + L"\\Spam #1", "new-1", "made", 1}));
   const json state = json::parse(test::ReadFile(m_stateFile));
-  EXPECT_EQ(state["created"][0], ToJson(m_record)) << "it is in the client's mailbox";
+  EXPECT_EQ(state["created"][0], test::ToJson(m_record)) << "it is in the client's mailbox";
 }
 
 TEST_F(HookConnectionTest, ConnectingOnceMoreTakesTheOtherModule) {
   StartModule();
-  HookConnection hook(L"nobody.dll", kTime);
+  HookConnection hook(L"nobody.dll", Limits(kHookTime));
   EXPECT_EQ(hook.Status(), kFail);
   hook.Connect(m_module);
   EXPECT_EQ(hook.Status(), 0);
@@ -206,7 +148,7 @@ TEST_F(HookConnectionTest, ConnectingOnceMoreTakesTheOtherModule) {
 TEST_F(HookConnectionTest, ConnectionsComeOneAfterAnother) {
   StartModule();
   for (int i = 0; i < 3; ++i) {
-    HookConnection hook(m_module, kTime);
+    HookConnection hook(m_module, Limits(kHookTime));
     EXPECT_EQ(hook.ListFolders(&m_text, &m_folders), 0);
   }
   EXPECT_EQ(m_folders.size(), 6U);
@@ -214,21 +156,21 @@ TEST_F(HookConnectionTest, ConnectionsComeOneAfterAnother) {
 
 TEST_F(HookConnectionTest, FirstAnswerMayTakeTenTimesTheTimeOfAStep) {
   StartFaultyModule({{"do", "late"}, {"command", 1}, {"message", 0}, {"milliseconds", 450}});
-  HookConnection hook(m_module, 300);
+  HookConnection hook(m_module, Limits(300));
   EXPECT_EQ(hook.ListFolders(&m_text, &m_folders), 0);
   EXPECT_EQ(m_folders.size(), 2U);
 }
 
 TEST_F(HookConnectionTest, LaterAnswerMayTakeTheTimeOfAStepOnly) {
   StartFaultyModule({{"do", "late"}, {"command", 1}, {"message", 3}, {"milliseconds", 600}});
-  HookConnection hook(m_module, 200);
+  HookConnection hook(m_module, Limits(200));
   EXPECT_EQ(hook.ListFolders(&m_text, &m_folders), 0);
   EXPECT_THAT(m_folders, ElementsAre(kInbox)) << "the second folder came too late";
 }
 
 TEST_F(HookConnectionTest, LongTimeDoesNotOverflow) {
   StartModule();
-  HookConnection hook(m_module, 0xFFFF'FFFE);
+  HookConnection hook(m_module, Limits(0xFFFF'FFFE));
   EXPECT_EQ(hook.ListContacts(&m_addresses), 0);
   EXPECT_EQ(m_addresses.size(), 3U);
 }
@@ -245,7 +187,7 @@ class BrokenListTest : public HookConnectionTest, public testing::WithParamInter
 TEST_P(BrokenListTest, CommandReturns0WithWhatHasArrived) {
   StartFaultyModule(GetParam().fault);
   const ElapsedTime elapsed;
-  HookConnection hook(m_module, kShortTime);
+  HookConnection hook(m_module, Limits(kShortHookTime));
   ASSERT_EQ(hook.Status(), 0);
   EXPECT_EQ(hook.ListFolders(&m_text, &m_folders), 0);
   EXPECT_FALSE(elapsed.IsMoreThan(5'000));
@@ -285,14 +227,14 @@ INSTANTIATE_TEST_SUITE_P(Faults, BrokenListTest,
 
 TEST_F(HookConnectionTest, NonsenseInsteadOfAFolderIsAnEmptyRecord) {
   StartFaultyModule(Saying("nonsense", 3));
-  HookConnection hook(m_module, kTime);
+  HookConnection hook(m_module, Limits(kHookTime));
   EXPECT_EQ(hook.ListFolders(&m_text, &m_folders), 0);
   EXPECT_THAT(m_folders, ElementsAre(kInbox, MailFolderRef()));
 }
 
 TEST_F(HookConnectionTest, LengthThatChangesWhileItIsReadIsNoHarm) {
   StartFaultyModule(At("flicker", 3));
-  HookConnection hook(m_module, kShortTime);
+  HookConnection hook(m_module, Limits(kShortHookTime));
   EXPECT_EQ(hook.ListFolders(&m_text, &m_folders), 0);
   ASSERT_GE(m_folders.size(), 1U);
   EXPECT_LE(m_folders.size(), 2U);
@@ -301,92 +243,30 @@ TEST_F(HookConnectionTest, LengthThatChangesWhileItIsReadIsNoHarm) {
 
 TEST_F(HookConnectionTest, ModuleThatDiesWhileAFolderIsMadeGivesAnEmptyRecord) {
   StartFaultyModule({{"do", "die"}, {"command", 5}, {"message", 0}});
-  HookConnection hook(m_module, kShortTime);
+  HookConnection hook(m_module, Limits(kShortHookTime));
   EXPECT_EQ(hook.MakeFolder(L"x", kInbox, &m_record), 0);
   EXPECT_EQ(m_record, MailFolderRef());
 }
 
 TEST_F(HookConnectionTest, ModuleKilledFromOutsideEndsACommandWithinItsTime) {
   StartModule();
-  HookConnection hook(m_module, kShortTime);
+  HookConnection hook(m_module, Limits(kShortHookTime));
   KillModule();
   const ElapsedTime elapsed;
   EXPECT_EQ(hook.ListContacts(&m_addresses), 0);
   EXPECT_FALSE(elapsed.IsMoreThan(5'000));
   EXPECT_THAT(m_addresses, ElementsAre(L"before"));
-  HookConnection again(m_module, kShortTime);
+  HookConnection again(m_module, Limits(kShortHookTime));
   EXPECT_EQ(again.Status(), kFail) << "its event is gone with it";
 }
 
 TEST_F(HookConnectionTest, ModuleThatStopsInTheHandshakeIsUnreachable) {
   StartFaultyModule({{"do", "hang"}, {"step", "claimed"}});
   const ElapsedTime elapsed;
-  HookConnection hook(m_module, kShortTime);
+  HookConnection hook(m_module, Limits(kShortHookTime));
   EXPECT_EQ(hook.Status(), kModuleUnreachable);
   EXPECT_FALSE(elapsed.IsMoreThan(5'000));
   KillModule();
-}
-
-// Hook first, store second.
-class HookFirstTest : public HookConnectionTest {
- protected:
-  ResultCode Run(bool useHook, const std::function<ResultCode(HookConnection&)>& ask) {
-    const auto store = [this] {
-      ++m_stores;
-      return ResultCode{7};
-    };
-    return HookFirst(useHook, m_module, ask, store, kShortTime);
-  }
-  ResultCode RunListing(bool useHook = true) {
-    return Run(useHook, [this](HookConnection& hook) {
-      ++m_asks;
-      return hook.ListFolders(&m_text, &m_folders);
-    });
-  }
-
-  int m_asks = 0;
-  int m_stores = 0;
-};
-
-TEST_F(HookFirstTest, AnswerOfTheModuleKeepsTheStoreClosed) {
-  StartModule();
-  EXPECT_EQ(RunListing(), 0);
-  EXPECT_EQ(m_folders.size(), 2U);
-  EXPECT_EQ(m_stores, 0);
-}
-
-TEST_F(HookFirstTest, EmptyAnswerKeepsTheStoreClosedAsWell) {
-  StartModule({{"folders", json::array()}});
-  EXPECT_EQ(RunListing(), 0);
-  EXPECT_THAT(m_folders, IsEmpty());
-  EXPECT_EQ(m_stores, 0);
-}
-
-TEST_F(HookFirstTest, WithoutTheModuleTheStoreIsAsked) {
-  m_module = L"nobody.dll";
-  EXPECT_EQ(RunListing(), 7);
-  EXPECT_EQ(m_asks, 1);
-  EXPECT_EQ(m_stores, 1);
-}
-
-TEST_F(HookFirstTest, AnswerThatTheCallerTurnsDownLeadsToTheStore) {
-  StartModule();
-  EXPECT_EQ(Run(true, [](HookConnection&) { return kFail; }), 7);
-  EXPECT_EQ(m_stores, 1);
-}
-
-TEST_F(HookFirstTest, ModuleIsNotAskedOnDemand) {
-  StartModule();
-  EXPECT_EQ(RunListing(false), 7);
-  EXPECT_EQ(m_asks, 0);
-  EXPECT_THAT(m_folders, IsEmpty());
-}
-
-TEST_F(HookFirstTest, ModuleThatCannotBeReachedKeepsTheStoreClosed) {
-  const UnreachableModule module;
-  m_module = module.Name();
-  EXPECT_EQ(RunListing(), 0);
-  EXPECT_EQ(m_stores, 0);
 }
 
 }  // namespace

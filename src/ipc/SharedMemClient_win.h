@@ -18,9 +18,11 @@ inline constexpr ResultCode kModuleUnreachable = static_cast<ResultCode>(0x80010
 class SharedMemClient {
  public:
   // `module` is the module's file name. Without the module's event the status is kFail at once;
-  // with it, a connection is tried for about `timeout` milliseconds (up to twice as long if the
-  // server breaks off), and the status is 0 or kModuleUnreachable.
-  SharedMemClient(const std::wstring& module, ChannelKind kind, uint32_t timeout);
+  // with it, a connection is tried for about `timeout` milliseconds (up to four times as long if
+  // the server breaks off), and the status is 0 or kModuleUnreachable. The latter also as soon as
+  // `stop` says so: it is asked at least every 100 ms.
+  SharedMemClient(const std::wstring& module, ChannelKind kind, uint32_t timeout,
+                  const StopQuery& stop = {});
   SharedMemClient(const SharedMemClient&) = delete;
   SharedMemClient& operator=(const SharedMemClient&) = delete;
   virtual ~SharedMemClient() = default;

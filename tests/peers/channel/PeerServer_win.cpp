@@ -58,8 +58,9 @@ std::optional<uint32_t> PeerConversation::NextCommand() {
 
 bool PeerConversation::IsFaulty() {
   const uint32_t message = m_message++;
-  return !m_fault.action.empty() && m_fault.step < 0 && m_fault.command == m_command &&
-         m_fault.message == message;
+  const bool isReached =
+      m_fault.action == "slow" ? message >= m_fault.message : message == m_fault.message;
+  return !m_fault.action.empty() && m_fault.step < 0 && m_fault.command == m_command && isReached;
 }
 
 bool PeerConversation::SendFlickering(const std::function<bool()>& send) {
@@ -92,7 +93,7 @@ bool PeerConversation::SendFault(const std::function<bool()>& send) {
   if (action == "text") {
     return m_end.SendText(WideText(m_fault.value), kPatience);
   }
-  if (action == "late") {
+  if (action == "late" || action == "slow") {
     ::Sleep(m_fault.milliseconds);
     return send();
   }

@@ -28,6 +28,7 @@ namespace postmarker::peer {
 //   "huge"       a text whose length has all bits set
 //   "type"       a message of type 3
 //   "late"       the true message, after "milliseconds"
+//   "slow"       the same for this message and each one after it
 //   "flicker"    the true message, whose length changes while it is being read
 struct Fault {
   std::string action;

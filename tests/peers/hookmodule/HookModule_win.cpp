@@ -9,6 +9,7 @@
 //    "contacts": ["..."], "sent": ["..."],
 //    "created": [...]                 folders that command 5 has made, kept in the file
 //    "tunnel": false                  to own the event and serve nothing
+//    "deaf": true                     to connect and then take no message
 //    "fault": {...}}                  see PeerServer_win.h
 #include <windows.h>
 
@@ -114,6 +115,9 @@ void MakeFolder(PeerConversation& client, const json& state, const std::wstring&
 }
 
 void Converse(PeerConversation& client, const json& state, const std::wstring& file) {
+  if (state.value("deaf", false)) {
+    ::Sleep(INFINITE);
+  }
   while (const std::optional<uint32_t> command = client.NextCommand()) {
     switch (*command) {
       case 1:
