@@ -11,7 +11,11 @@ constexpr DWORD kAnswerPoll = 5;
 constexpr DWORD kInstanceWait = 1000;
 constexpr DWORD kPauseWithoutServer = 1000;
 constexpr DWORD kPauseWithServer = 100;
-constexpr DWORD kStopPoll = 100;
+constexpr DWORD kStopPoll = 50;  // half of what is promised, for a clock with coarse ticks
+
+// Whoever serves the pipe may know who is calling, and no more: by default a server may act in the
+// name of its client.
+constexpr DWORD kOpenFlags = SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
 
 }  // namespace
 
@@ -75,14 +79,23 @@ bool NamedPipeClient::Open() {
     Close();
     return false;
   }
+  return TryOpen() == Opening::kConnected;
+}
+
+NamedPipeClient::Opening NamedPipeClient::TryOpen() {
   m_pipe.Reset(::CreateFileW(m_name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                             OPEN_EXISTING, 0, nullptr));
-  DWORD mode = PIPE_READMODE_MESSAGE | PIPE_NOWAIT;
-  if (!m_pipe || !::SetNamedPipeHandleState(m_pipe.Get(), &mode, nullptr, nullptr)) {
+                             OPEN_EXISTING, kOpenFlags, nullptr));
+  if (!m_pipe) {
     Close();
-    return false;
+    return Opening::kNone;
   }
-  return true;
+  DWORD mode = PIPE_READMODE_MESSAGE | PIPE_NOWAIT;
+  if (m_owner(m_pipe.Get()) == PipeOwner::kAnotherUser ||
+      !::SetNamedPipeHandleState(m_pipe.Get(), &mode, nullptr, nullptr)) {
+    Close();
+    return Opening::kUnusable;
+  }
+  return Opening::kConnected;
 }
 
 bool NamedPipeClient::PauseUntilStop(DWORD milliseconds, const StopQuery& stop) const {
@@ -119,10 +132,14 @@ bool NamedPipeClient::ConnectBlocking() {
     return false;
   }
   while (!StopRequested()) {
-    if (Open()) {
+    const Opening opening = TryOpen();
+    if (opening == Opening::kConnected) {
       return true;
     }
-    if (!::WaitNamedPipeW(m_name.c_str(), kInstanceWait)) {
+    // An unusable pipe is as none, or the loop would never rest while that one is free.
+    if (opening == Opening::kUnusable) {
+      (void)WaitForStop(kPauseWithoutServer);
+    } else if (!::WaitNamedPipeW(m_name.c_str(), kInstanceWait)) {
       const bool isServed = ::GetLastError() != ERROR_FILE_NOT_FOUND;
       (void)WaitForStop(isServed ? kPauseWithServer : kPauseWithoutServer);
     }

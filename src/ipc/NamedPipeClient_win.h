@@ -6,8 +6,10 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "ipc/NamedPipeMessages_win.h"
+#include "ipc/PipeOwner_win.h"
 #include "support/Handles_win.h"
 #include "support/StopQuery.h"
 
@@ -22,7 +24,8 @@ namespace postmarker {
 // until the next Init.
 class NamedPipeClient {
  public:
-  NamedPipeClient() = default;
+  // `owner` tells whose a pipe is; a test passes another one.
+  explicit NamedPipeClient(PipeOwnerQuery owner = OwnerOfPipe) : m_owner(std::move(owner)) {}
   NamedPipeClient(const NamedPipeClient&) = delete;
   NamedPipeClient& operator=(const NamedPipeClient&) = delete;
   ~NamedPipeClient() { Shutdown(); }
@@ -40,8 +43,10 @@ class NamedPipeClient {
   void RequestStop() const;
   [[nodiscard]] bool StopRequested() const;
 
-  // One attempt to connect. Deliberate: on a connected client it disconnects and fails, so that a
-  // conversation never goes on with a peer that the caller takes for another.
+  // One attempt to connect. The server can find out who is calling, and can't act in their name; a
+  // pipe that is known to be another user's is as none. Deliberate: on a connected client it
+  // disconnects and fails, so that a conversation never goes on with a peer that the caller takes
+  // for another.
   bool Open();
 
   // Up to `attempts` attempts with pauses between them. 0 attempts succeed without doing anything.
@@ -76,12 +81,20 @@ class NamedPipeClient {
  private:
   class BusyMark;
 
+  enum class Opening {
+    kConnected,
+    kNone,      // nobody serves the pipe, or all its instances are busy
+    kUnusable,  // somebody does, whom this client doesn't talk to
+  };
+  Opening TryOpen();
+
   // True when stop is requested before the time is over.
   [[nodiscard]] bool WaitForStop(DWORD milliseconds) const;
 
   // The same, and true as well when `stop` says so.
   [[nodiscard]] bool PauseUntilStop(DWORD milliseconds, const StopQuery& stop) const;
 
+  PipeOwnerQuery m_owner;
   std::wstring m_name;
   FileHandle m_pipe;
   KernelHandle m_stopEvent;

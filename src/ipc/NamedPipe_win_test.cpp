@@ -3,64 +3,19 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <functional>
 #include <thread>
 
-#include "ipc/NamedPipeClient_win.h"
-#include "ipc/NamedPipeServer_win.h"
+#include "support/NamedPipeFixture_win.h"
 
 namespace postmarker {
 namespace {
 
 using std::chrono::milliseconds;
+using test::FreshPipeName;
+using test::kBufferChars;
+using test::WaitUntil;
 
-constexpr int32_t kBufferChars = 4096;
-
-std::wstring FreshPipeName() {
-  static int count = 0;
-  return L"\\\\.\\pipe\\postmarker-test-" + std::to_wstring(::GetCurrentProcessId()) + L"-" +
-         std::to_wstring(++count);
-}
-
-bool WaitUntil(const std::function<bool()>& condition, milliseconds patience = milliseconds(5000)) {
-  const auto end = std::chrono::steady_clock::now() + patience;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) {
-      return false;
-    }
-    ::Sleep(1);
-  }
-  return true;
-}
-
-milliseconds TimeOf(const std::function<void()>& action) {
-  const auto start = std::chrono::steady_clock::now();
-  action();
-  return std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - start);
-}
-
-// A pipe with the two ends of the product.
-class NamedPipeTest : public testing::Test {
- protected:
-  void Connect(int32_t clientChars = kBufferChars, int32_t serverChars = kBufferChars) {
-    ASSERT_TRUE(m_server.Init(m_name.c_str(), serverChars));
-    ASSERT_TRUE(m_client.Init(m_name.c_str(), clientChars, 0));
-    ASSERT_TRUE(m_client.Open());
-    ASSERT_TRUE(WaitUntil([this] { return m_server.Accept(); }));
-  }
-
-  // What the client takes from the pipe; fails the test if it takes nothing.
-  std::wstring Received() {
-    EXPECT_TRUE(WaitUntil([this] { return m_client.HasMessage(); }));
-    std::wstring text = L"(as before)";
-    EXPECT_TRUE(m_client.Read(&text));
-    return text;
-  }
-
-  std::wstring m_name = FreshPipeName();
-  NamedPipeServer m_server;
-  NamedPipeClient m_client;
-};
+class NamedPipeTest : public test::NamedPipeFixture {};
 
 TEST_F(NamedPipeTest, MessagesCrossInBothDirections) {
   Connect();
@@ -150,78 +105,6 @@ TEST_F(NamedPipeTest, ShortMessageAfterALongOneHasNoTailOfIt) {
   EXPECT_EQ(Received(), L"b");
 }
 
-TEST_F(NamedPipeTest, TryConnectWithoutAttemptsSucceedsAndLeavesTheClientUnconnected) {
-  ASSERT_TRUE(m_server.Init(m_name.c_str(), kBufferChars));
-  ASSERT_TRUE(m_client.Init(m_name.c_str(), kBufferChars, 0));
-  EXPECT_TRUE(m_client.TryConnect(0, 100));
-  EXPECT_FALSE(m_client.Write(L"text"));
-  EXPECT_TRUE(m_client.Open());
-}
-
-TEST_F(NamedPipeTest, TryConnectPausesBetweenItsAttemptsOnly) {
-  ASSERT_TRUE(m_client.Init(m_name.c_str(), kBufferChars, 0));
-  const milliseconds time = TimeOf([this] { EXPECT_FALSE(m_client.TryConnect(2, 300)); });
-  EXPECT_GE(time, milliseconds(290));
-  EXPECT_LT(time, milliseconds(580));
-}
-
-TEST_F(NamedPipeTest, TryConnectFindsAServerThatComesLate) {
-  ASSERT_TRUE(m_client.Init(m_name.c_str(), kBufferChars, 0));
-  std::thread late([this] {
-    ::Sleep(50);
-    EXPECT_TRUE(m_server.Init(m_name.c_str(), kBufferChars));
-  });
-  EXPECT_TRUE(m_client.TryConnect(200, 10));
-  late.join();
-}
-
-TEST_F(NamedPipeTest, TryConnectEndsItsPauseWhenStopIsRequested) {
-  ASSERT_TRUE(m_client.Init(m_name.c_str(), kBufferChars, 0));
-  std::thread stopper([this] {
-    ::Sleep(30);
-    m_client.RequestStop();
-  });
-  EXPECT_LT(TimeOf([this] { EXPECT_FALSE(m_client.TryConnect(2, 4'000)); }), milliseconds(2'000));
-  stopper.join();
-}
-
-TEST_F(NamedPipeTest, TryConnectAsksItsQueryAtLeastEvery100MillisecondsOfAPause) {
-  ASSERT_TRUE(m_client.Init(m_name.c_str(), kBufferChars, 0));
-  int asked = 0;
-  const milliseconds time =
-      TimeOf([&] { EXPECT_FALSE(m_client.TryConnect(2, 4'000, [&] { return ++asked == 4; })); });
-  EXPECT_EQ(asked, 4);
-  EXPECT_LT(time, milliseconds(2'000)) << "two pauses of 100 ms, before which it is asked";
-  asked = 0;
-  EXPECT_FALSE(m_client.TryConnect(2, 300, [&] { return ++asked == 1'000; }));
-  EXPECT_EQ(asked, 4) << "before the first attempt and in each third of the pause";
-}
-
-TEST_F(NamedPipeTest, StoppedTryConnectOpensNothing) {
-  ASSERT_TRUE(m_server.Init(m_name.c_str(), kBufferChars));
-  ASSERT_TRUE(m_client.Init(m_name.c_str(), kBufferChars, 0));
-  EXPECT_FALSE(m_client.TryConnect(3, 10, [] { return true; }));
-  m_client.RequestStop();
-  EXPECT_FALSE(m_client.TryConnect(3, 10));
-  EXPECT_FALSE(m_server.Accept()) << "nobody came";
-}
-
-TEST_F(NamedPipeTest, ShutdownWaitsForATryConnectOfAnotherThread) {
-  ASSERT_TRUE(m_client.Init(m_name.c_str(), kBufferChars, 0));
-  std::atomic<bool> isBack = false;
-  std::thread connecting([&] {
-    EXPECT_FALSE(m_client.TryConnect(1'000, 4'000, [] {
-      ::Sleep(60);
-      return false;
-    }));
-    isBack = true;
-  });
-  ::Sleep(20);
-  m_client.Shutdown();
-  EXPECT_TRUE(isBack);
-  connecting.join();
-}
-
 TEST_F(NamedPipeTest, AfterTheServerClosedReadFailsBehindTheLastMessage) {
   Connect();
   EXPECT_TRUE(m_server.Write(L"last"));
@@ -257,51 +140,6 @@ TEST_F(NamedPipeTest, StopMakesHasMessageTrueAndReadFail) {
   EXPECT_FALSE(m_client.Write(L"text"));
   EXPECT_FALSE(m_client.Flush());
   EXPECT_FALSE(m_client.Transact(L"text", &text));
-}
-
-TEST_F(NamedPipeTest, StoppedClientStaysSoUntilItIsInitialisedAgain) {
-  Connect();
-  m_client.RequestStop();
-  m_client.Close();
-  EXPECT_TRUE(m_client.StopRequested());
-  EXPECT_FALSE(m_client.ConnectBlocking());
-  ASSERT_TRUE(m_client.Init(m_name.c_str(), kBufferChars, 0));
-  EXPECT_FALSE(m_client.StopRequested());
-  EXPECT_TRUE(WaitUntil([this] { return m_server.Accept() || m_client.Open(); }));
-}
-
-TEST_F(NamedPipeTest, OpenOnAConnectedClientFailsAndDisconnects) {
-  Connect();
-  EXPECT_FALSE(m_client.Open());
-  EXPECT_FALSE(m_client.Write(L"text"));
-  EXPECT_TRUE(WaitUntil([this] { return !m_server.IsConnected(); }));
-}
-
-TEST_F(NamedPipeTest, NameOfNineCharactersFailsAndShutdownAfterItIsHarmless) {
-  EXPECT_FALSE(m_client.Init(L"\\\\.\\pipe\\", kBufferChars, 0));
-  m_client.Shutdown();
-  m_client.Shutdown();
-  EXPECT_FALSE(m_server.Init(L"\\\\.\\pipe\\", kBufferChars));
-  m_server.Shutdown();
-  EXPECT_TRUE(m_client.Init(L"\\\\.\\pipe\\t", kBufferChars, 0));
-}
-
-TEST_F(NamedPipeTest, InitRefusesWhatItCannotServe) {
-  EXPECT_FALSE(m_client.Init(nullptr, kBufferChars, 0));
-  EXPECT_FALSE(m_client.Init(m_name.c_str(), 0, 0));
-  EXPECT_FALSE(m_client.Init(m_name.c_str(), -1, 0));
-  EXPECT_FALSE(m_client.Init(m_name.c_str(), kBufferChars, 1));
-  EXPECT_FALSE(m_server.Init(nullptr, kBufferChars));
-  EXPECT_FALSE(m_server.Init(m_name.c_str(), 0));
-  EXPECT_FALSE(m_server.Init(L"no pipe at all", kBufferChars));
-}
-
-TEST_F(NamedPipeTest, FailedInitLeavesNothingOfAnEarlierOne) {
-  Connect();
-  EXPECT_FALSE(m_client.Init(m_name.c_str(), kBufferChars, 1));
-  EXPECT_TRUE(WaitUntil([this] { return !m_server.IsConnected(); }));
-  EXPECT_FALSE(m_client.Open());
-  EXPECT_FALSE(m_client.Write(L"text"));
 }
 
 TEST_F(NamedPipeTest, ClientThatWasNeverInitialisedFailsEverywhereAndHangsNowhere) {
@@ -391,43 +229,6 @@ TEST_F(NamedPipeTest, TransactEndsWhenTheServerGoes) {
   leaver.join();
 }
 
-TEST_F(NamedPipeTest, ConnectBlockingWaitsForAServer) {
-  ASSERT_TRUE(m_client.Init(m_name.c_str(), kBufferChars, 0));
-  std::thread connecting([this] { EXPECT_TRUE(m_client.ConnectBlocking()); });
-  ::Sleep(20);
-  EXPECT_TRUE(m_server.Init(m_name.c_str(), kBufferChars));
-  connecting.join();
-  EXPECT_FALSE(m_client.ConnectBlocking());
-  EXPECT_FALSE(m_client.Write(L"text"));
-}
-
-TEST_F(NamedPipeTest, ConnectBlockingWaitsForAFreeInstance) {
-  ASSERT_TRUE(m_server.Init(m_name.c_str(), kBufferChars));
-  NamedPipeClient other;
-  ASSERT_TRUE(other.Init(m_name.c_str(), kBufferChars, 0));
-  ASSERT_TRUE(other.Open());
-  ASSERT_TRUE(m_client.Init(m_name.c_str(), kBufferChars, 0));
-  EXPECT_FALSE(m_client.Open());
-  std::thread connecting([this] { EXPECT_TRUE(m_client.ConnectBlocking()); });
-  ::Sleep(20);
-  other.Close();
-  EXPECT_TRUE(WaitUntil([this] { return m_server.Accept() && m_server.IsConnected(); }));
-  connecting.join();
-}
-
-TEST_F(NamedPipeTest, ShutdownEndsAConnectBlockingOfAnotherThreadAndWaitsForIt) {
-  ASSERT_TRUE(m_client.Init(m_name.c_str(), kBufferChars, 0));
-  std::atomic<bool> isBack = false;
-  std::thread connecting([&] {
-    EXPECT_FALSE(m_client.ConnectBlocking());
-    isBack = true;
-  });
-  ::Sleep(20);
-  m_client.Shutdown();
-  EXPECT_TRUE(isBack);
-  connecting.join();
-}
-
 TEST_F(NamedPipeTest, ServerServesOneClientAfterTheOther) {
   Connect();
   for (int i = 0; i < 20; ++i) {
@@ -472,25 +273,6 @@ TEST_F(NamedPipeTest, FlushReturnsOnceTheServerHasReadEverything) {
   });
   EXPECT_TRUE(m_client.Flush());
   server.join();
-}
-
-TEST_F(NamedPipeTest, ShutdownGivesEverythingBack) {
-  const auto cycle = [this] {
-    NamedPipeServer server;
-    NamedPipeClient client;
-    EXPECT_TRUE(server.Init(m_name.c_str(), kBufferChars));
-    EXPECT_TRUE(client.Init(m_name.c_str(), kBufferChars, 0));
-    EXPECT_TRUE(client.Open());
-  };
-  cycle();
-  DWORD before = 0;
-  DWORD after = 0;
-  ::GetProcessHandleCount(::GetCurrentProcess(), &before);
-  for (int i = 0; i < 5; ++i) {
-    cycle();
-  }
-  ::GetProcessHandleCount(::GetCurrentProcess(), &after);
-  EXPECT_EQ(before, after);
 }
 
 // A server that sends what no text is.
