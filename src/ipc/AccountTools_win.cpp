@@ -1,5 +1,7 @@
 #include "ipc/AccountTools_win.h"
 
+#include <exception>
+
 #include "ipc/ChannelClient_win.h"
 #include "support/CommandTrace_win.h"
 
@@ -10,12 +12,16 @@ constexpr uint32_t kResolveLink = 21;
 
 bool Converse(const AccountToolsRoute& route, uint32_t command, const std::wstring& argument,
               std::wstring* answer) {
-  std::unique_ptr<ShmChannel> channel;
-  const ConnectOptions options = {nullptr, route.timeout, route.handshakeTimeout};
-  return ChannelConnectRetry(route.rendezvous, &channel, options) &&
-         channel->SendNumber(command, route.exchangeTimeout) &&
-         channel->SendText(argument.c_str(), route.exchangeTimeout) &&
-         channel->ReceiveText(answer, route.exchangeTimeout);
+  try {
+    std::unique_ptr<ShmChannel> channel;
+    const ConnectOptions options = {nullptr, route.timeout, route.handshakeTimeout};
+    return ChannelConnectRetry(route.rendezvous, &channel, options) &&
+           channel->SendNumber(command, route.exchangeTimeout) &&
+           channel->SendText(argument.c_str(), route.exchangeTimeout) &&
+           channel->ReceiveText(answer, route.exchangeTimeout);
+  } catch (const std::exception&) {
+    return false;  // no memory for the answer: a failed step like any other
+  }
 }
 
 }  // namespace

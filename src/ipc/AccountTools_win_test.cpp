@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <new>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <thread>
@@ -15,8 +17,38 @@
 #include "support/Text.h"
 #include "support/TraceFolder_win.h"
 
+namespace {
+
+thread_local size_t t_largestBlock = SIZE_MAX;
+
+}  // namespace
+
+// The program's own, so that a test can run short of memory.
+void* operator new(size_t size) {
+  void* const block = size > t_largestBlock ? nullptr : std::malloc(size);
+  if (block == nullptr) {
+    throw std::bad_alloc();
+  }
+  return block;
+}
+void operator delete(void* block) noexcept {
+  std::free(block);
+}
+void operator delete(void* block, size_t) noexcept {
+  std::free(block);
+}
+
 namespace postmarker {
 namespace {
+
+// While it lives, this thread gets no block of memory with more bytes than these.
+class MemoryShortage {
+ public:
+  explicit MemoryShortage(size_t largestBlock) { t_largestBlock = largestBlock; }
+  MemoryShortage(const MemoryShortage&) = delete;
+  MemoryShortage& operator=(const MemoryShortage&) = delete;
+  ~MemoryShortage() { t_largestBlock = SIZE_MAX; }
+};
 
 using nlohmann::json;
 
@@ -40,20 +72,30 @@ class AccountToolsTest : public testing::Test {
     }
   }
 
-  // A call by the test's own rendezvous. `time` is each of its limits.
-  uint32_t Resolve(uint32_t time = 20'000) {
-    return RunTextCommand({m_rendezvous.c_str(), time, time, time}, 21, L"http://a.example/",
-                          m_target);
-  }
+  // The limits of a call, so long that none is reached.
+  struct Limits {
+    uint32_t timeout = 20'000;
+    uint32_t handshakeTimeout = 19'000;
+    uint32_t exchangeTimeout = 18'000;
+  };
 
-  // Does a call that fails leave the target alone, take no longer than its limits, and write one
-  // line.
-  bool FailsWithALine(uint32_t time = 40) {
-    const ElapsedTime elapsed;
+  // A call by the test's own rendezvous.
+  uint32_t Resolve(const Limits& limits) {
+    return RunTextCommand(
+        {m_rendezvous.c_str(), limits.timeout, limits.handshakeTimeout, limits.exchangeTimeout}, 21,
+        L"http://a.example/", m_target);
+  }
+  uint32_t Resolve() { return Resolve(Limits()); }
+
+  // Does a call that fails leave the target alone and write one line, and is it ended by the limit
+  // that takes at least so long.
+  bool FailsWithALine(const Limits& limits, uint32_t least = 0) {
     const size_t before = m_trace.TraceLines().size();
-    EXPECT_EQ(Resolve(time), 0U);
+    const ElapsedTime elapsed;
+    EXPECT_EQ(Resolve(limits), 0U);
     EXPECT_EQ(m_target, L"(as before)");
-    EXPECT_FALSE(elapsed.IsMoreThan(5'000));
+    EXPECT_EQ(elapsed.Left(least), 0U) << "something else has ended it before its time";
+    EXPECT_FALSE(elapsed.IsMoreThan(10'000));
     return m_trace.TraceLines().size() == before + 1;
   }
 
@@ -83,35 +125,71 @@ TEST_F(AccountToolsTest, SuccessWritesALine) {
 
 TEST_F(AccountToolsTest, EmptyAnswerGives0) {
   StartResident({{"links", json::object()}, {"default", ""}});
-  EXPECT_TRUE(FailsWithALine(20'000));
+  EXPECT_TRUE(FailsWithALine(Limits()));
 }
 
 TEST_F(AccountToolsTest, WithoutAServerTheCallFailsAfterItsTime) {
   m_rendezvous = test::FreshObjectName();
-  const ElapsedTime elapsed;
-  EXPECT_TRUE(FailsWithALine(60));
-  EXPECT_TRUE(elapsed.IsMoreThan(59));
+  EXPECT_TRUE(FailsWithALine({.timeout = 60}, 60));
 }
 
-TEST_F(AccountToolsTest, EveryFailurePathWritesALine) {
+// The first attempt to connect fails in the handshake, and the next ones until the time is over.
+TEST_F(AccountToolsTest, EveryFailureToConnectWritesALine) {
   const json faults[] = {
-      {{"do", "hang"}, {"step", "claimed"}},
+      {{"do", "hang"}, {"step", "listening"}}, {{"do", "hang"}, {"step", "claimed"}},
+      {{"do", "hang"}, {"step", "answered"}},  {{"do", "die"}, {"step", "claimed"}},
       {{"do", "die"}, {"step", "answered"}},
-      {{"do", "die"}, {"step", "connected"}},
-      {{"do", "hang"}, {"command", 21}, {"message", 0}},
-      {{"do", "die"}, {"command", 21}, {"message", 0}},
-      {{"do", "say"}, {"command", 21}, {"message", 0}, {"value", 5}},
-      {{"do", "odd"}, {"command", 21}, {"message", 0}},
-      {{"do", "beyond"}, {"command", 21}, {"message", 0}},
-      {{"do", "late"}, {"command", 21}, {"message", 0}, {"milliseconds", 400}},
   };
   for (const json& fault : faults) {
     StartResident({{"fault", fault}});
-    EXPECT_TRUE(FailsWithALine()) << fault;
-    if (fault.contains("step")) {
-      s_peer.reset();
-    }
+    EXPECT_TRUE(FailsWithALine({.timeout = 250, .handshakeTimeout = 60}, 250)) << fault;
+    s_peer.reset();
   }
+}
+
+// The connection has all the time it wants, so that it is the exchange that fails.
+TEST_F(AccountToolsTest, EveryFailureOfTheExchangeWritesALine) {
+  const json faults[] = {
+      {{"do", "hang"}, {"command", 21}, {"message", 0}},
+      {{"do", "die"}, {"command", 21}, {"message", 0}},
+      {{"do", "late"}, {"command", 21}, {"message", 0}, {"milliseconds", 2'000}},
+  };
+  for (const json& fault : faults) {
+    StartResident({{"fault", fault}});
+    EXPECT_TRUE(FailsWithALine({.exchangeTimeout = 200}, 200)) << fault;
+  }
+}
+
+TEST_F(AccountToolsTest, EveryAnswerThatIsNoTextWritesALine) {
+  const json faults[] = {
+      {{"do", "say"}, {"command", 21}, {"message", 0}, {"value", 5}},
+      {{"do", "odd"}, {"command", 21}, {"message", 0}},
+      {{"do", "beyond"}, {"command", 21}, {"message", 0}},
+      {{"do", "type"}, {"command", 21}, {"message", 0}},
+  };
+  for (const json& fault : faults) {
+    StartResident({{"fault", fault}});
+    EXPECT_TRUE(FailsWithALine(Limits())) << fault;
+  }
+}
+
+TEST_F(AccountToolsTest, ServerThatDiesAfterTheHandshakeWritesALine) {
+  StartResident({{"fault", {{"do", "die"}, {"step", "connected"}}}});
+  EXPECT_TRUE(FailsWithALine({.exchangeTimeout = 200}, 200));
+  s_peer.reset();
+}
+
+TEST_F(AccountToolsTest, AnswerForWhichThereIsNoMemoryWritesALine) {
+  StartResident({{"default", std::string(1'900, 'x')}, {"links", json::object()}});
+  uint32_t result = 1;
+  {
+    const MemoryShortage shortage(3'000);
+    EXPECT_NO_THROW(result = Resolve());
+  }
+  EXPECT_EQ(result, 0U);
+  EXPECT_EQ(m_target, L"(as before)");
+  EXPECT_EQ(m_trace.TraceLines().size(), 1U);
+  EXPECT_EQ(Resolve(), 1U) << "with memory it arrives";
 }
 
 TEST_F(AccountToolsTest, AddressLongerThanTheRegionIsNotSent) {
