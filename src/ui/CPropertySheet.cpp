@@ -27,6 +27,13 @@ bool IsInput(UINT message) {
          (message >= WM_NCMOUSEMOVE && message <= WM_NCXBUTTONDBLCLK);
 }
 
+// What presses a button of the sheet or closes it.
+bool IsPress(const MessageArgs& args) {
+  return args.message == WM_COMMAND || args.message == WM_CLOSE ||
+         args.message == PSM_PRESSBUTTON ||
+         (args.message == WM_SYSCOMMAND && (args.wParam & 0xFFF0) == SC_CLOSE);
+}
+
 // The owner's end sends no message to a sheet of another thread. A timer wakes the modal loop,
 // which looks.
 class OwnerWatch {
@@ -54,6 +61,11 @@ const MessageEntry CPropertySheet::kEntries[] = {
     OnMessage(WM_INITDIALOG, &CPropertySheet::HandleInitDialog),
 };
 const MessageTable CPropertySheet::kMessages = {&CWnd::kMessages, CPropertySheet::kEntries};
+
+CPropertySheet::CPropertySheet(std::wstring caption, HWND owner, UINT firstPage)
+    : m_caption(std::move(caption)),
+      m_owner(owner != nullptr ? ::GetAncestor(owner, GA_ROOT) : nullptr),
+      m_firstPage(firstPage) {}
 
 void CPropertySheet::AddPage(CPropertyPage* page) {
   page->m_sheet = this;
@@ -176,6 +188,13 @@ void CPropertySheet::EnsureFocus() const {
 }
 
 LRESULT CPropertySheet::WindowProc(const MessageArgs& args) {
+  if (m_pauses > 0 && IsPress(args)) {
+    return 0;
+  }
+  if (m_pauses > 0 && args.message == WM_SETCURSOR) {
+    ::SetCursor(WaitCursor());
+    return TRUE;
+  }
   const LRESULT result = CWnd::WindowProc(args);
   if (args.message == PSM_SETWIZBUTTONS) {
     EnsureFocus();
@@ -190,6 +209,25 @@ LRESULT CPropertySheet::WindowProc(const MessageArgs& args) {
     ::PostThreadMessageW(::GetCurrentThreadId(), WM_NULL, 0, 0);
   }
   return result;
+}
+
+CPropertySheet::InputPause::InputPause(CPropertySheet* sheet) : m_sheet(sheet) {
+  if (m_sheet == nullptr || m_sheet->m_pauses++ > 0) {
+    return;
+  }
+  m_wasForeground = ::GetForegroundWindow() == m_sheet->Handle();
+  ::EnableWindow(m_sheet->Handle(), FALSE);
+}
+
+CPropertySheet::InputPause::~InputPause() {
+  if (m_sheet == nullptr || --m_sheet->m_pauses > 0) {
+    return;
+  }
+  ::EnableWindow(m_sheet->Handle(), TRUE);
+  // A message box that closed over a disabled sheet has let another window come to the front.
+  if (m_wasForeground && ::GetForegroundWindow() != m_sheet->Handle()) {
+    ::SetForegroundWindow(m_sheet->Handle());
+  }
 }
 
 void CenterWindow(HWND window, HWND over) {

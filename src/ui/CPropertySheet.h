@@ -5,14 +5,15 @@
 #include <vector>
 
 #include "ui/CPropertyPage.h"
+#include "ui/CWaitCursor.h"
 
 namespace postmarker {
 
 class CPropertySheet : public CWnd {
  public:
-  // `owner` may be null; a window that dies while the sheet is up cancels it.
-  CPropertySheet(std::wstring caption, HWND owner, UINT firstPage)
-      : m_caption(std::move(caption)), m_owner(owner), m_firstPage(firstPage) {}
+  // `owner` may be null; a window that dies while the sheet is up cancels it. Of a child window the
+  // top-level window is the owner.
+  CPropertySheet(std::wstring caption, HWND owner, UINT firstPage);
 
   // Adds a page at the end. The page belongs to the caller and must outlive DoModal.
   void AddPage(CPropertyPage* page);
@@ -23,6 +24,22 @@ class CPropertySheet : public CWnd {
   INT_PTR DoModal();
 
   [[nodiscard]] const std::wstring& Caption() const { return m_caption; }
+
+  // While one lives, the sheet takes no input: it is disabled, shows the wait cursor, and drops
+  // what is sent or posted to its buttons and its close box all the same. May nest; the sheet must
+  // outlive it, its window need not. A null sheet is passed over.
+  class InputPause {
+   public:
+    explicit InputPause(CPropertySheet* sheet);
+    InputPause(const InputPause&) = delete;
+    InputPause& operator=(const InputPause&) = delete;
+    ~InputPause();
+
+   private:
+    CPropertySheet* m_sheet;
+    bool m_wasForeground = false;
+    CWaitCursor m_cursor;
+  };
 
  protected:
   // Runs after the system has set the sheet up.
@@ -45,6 +62,7 @@ class CPropertySheet : public CWnd {
   HWND m_owner;
   UINT m_firstPage;
   bool m_mayHaveEnded = true;  // since the modal loop looked last
+  int m_pauses = 0;
   std::vector<CPropertyPage*> m_pages;
 };
 

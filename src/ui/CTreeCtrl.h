@@ -90,16 +90,4 @@ class CTreeCtrl : public CWnd {
   void SetRedraw(bool on) const { Send(WM_SETREDRAW, on ? TRUE : FALSE); }
 };
 
-// The wait cursor for the life of the object.
-class CWaitCursor {
- public:
-  CWaitCursor() : m_previous(::SetCursor(::LoadCursorW(nullptr, MAKEINTRESOURCEW(32514)))) {}
-  CWaitCursor(const CWaitCursor&) = delete;
-  CWaitCursor& operator=(const CWaitCursor&) = delete;
-  ~CWaitCursor() { ::SetCursor(m_previous); }
-
- private:
-  HCURSOR m_previous;
-};
-
 }  // namespace postmarker

@@ -7,9 +7,9 @@
 #include "settings/GlobalSettings.h"
 #include "ui/CWinApp.h"
 #include "wizard/CPostmarkerApp_win.h"
-#include "wizard/CWizardSheet_win.h"
 #include "wizard/ClientOffers.h"
 #include "wizard/ClientPictures.h"
+#include "wizard/WizardServices_win.h"
 
 namespace postmarker {
 namespace {
@@ -27,13 +27,13 @@ UINT ImageListFlags(const BITMAP& picture) {
   return static_cast<UINT>(picture.bmBitsPixel) | ILC_MASK;
 }
 
-std::vector<ClientOffer> LookForClients(const CWizardSheet& sheet) {
+std::vector<ClientOffer> LookForClients(const WizardServices& wizard) {
   std::vector<ClientOffer> offers;
   for (const ClientRow& row : AllClients()) {
     const std::wstring name(row.displayName);
-    const bool installed = sheet.IsClientInstalled(name);
-    offers.push_back({name, std::wstring(row.settingsName), sheet.IsClientSupported(name),
-                      installed, installed && sheet.IsClientReady(name)});
+    const bool installed = wizard.IsClientInstalled(name);
+    offers.push_back({name, std::wstring(row.settingsName), wizard.IsClientSupported(name),
+                      installed, installed && wizard.IsClientReady(name)});
   }
   return offers;
 }
@@ -50,7 +50,8 @@ const MessageEntry CPageChooseClient::kEntries[] = {
 const MessageTable CPageChooseClient::kMessages = {&CPageWizardDefault::kMessages,
                                                    CPageChooseClient::kEntries};
 
-CPageChooseClient::CPageChooseClient() : CPageWizardDefault(IDD_PAGE_CHOOSE_CLIENT, PSWIZB_NEXT) {}
+CPageChooseClient::CPageChooseClient(WizardServices* wizard)
+    : CPageWizardDefault(wizard, IDD_PAGE_CHOOSE_CLIENT, PSWIZB_NEXT) {}
 
 void CPageChooseClient::DoDataExchange(const CDataExchange& /*exchange*/) {
   m_clientGrid.Attach(Item(IDC_CLIENT_GRID));
@@ -97,15 +98,12 @@ void CPageChooseClient::AddRow(const ClientRow& client, const std::wstring& stat
 
 void CPageChooseClient::FillList() {
   BuildImageList();
-  if (Wizard() == nullptr) {
-    return;
-  }
   const std::wstring lastClient = GetActionPlugin();
   std::wstring notFound = LoadText(IDS_CLIENT_NOT_FOUND);
   if (notFound.empty()) {
     notFound = L"Not found";
   }
-  const std::vector<ClientOffer> offers = LookForClients(*Wizard());
+  const std::vector<ClientOffer> offers = LookForClients(Wizard());
   for (const ClientTile& tile : TilesOf(offers, notFound, LoadText(IDS_CLIENT_NOT_READY))) {
     AddRow(*FindClient(tile.name), tile.status, tile.isEnabled);
   }
@@ -120,23 +118,17 @@ bool CPageChooseClient::OnKillActive() {
 }
 
 ResultCode CPageChooseClient::StoreChoice() {
-  if (Wizard() == nullptr) {
-    return kNullPointer;
-  }
   const std::wstring name = m_clientGrid.SelectedText();
   if (name.empty()) {
     ShowAtNext(LoadText(IDS_MUST_SELECT_CLIENT));
     return kFail;
   }
   m_tooltip.Hide();
-  if (Wizard()->Request() == nullptr) {
-    return kNullPointer;
+  const ResultCode result = Wizard().ChooseClient(name);
+  if (Succeeded(result)) {
+    ::EnableWindow(m_clientGrid.Handle(), FALSE);
   }
-  Wizard()->Request()->clientName = name;
-  // At once and not at Finish, so that the next run begins with the client that this one was for.
-  (void)SetActionPlugin(name);
-  ::EnableWindow(m_clientGrid.Handle(), FALSE);
-  return kOk;
+  return result;
 }
 
 LRESULT CPageChooseClient::HandleItemChanged(const MessageArgs& /*args*/) {

@@ -20,7 +20,7 @@ struct ClientRow;
 // once the page is left forward the choice is final.
 class CPageChooseClient : public CPageWizardDefault {
  public:
-  CPageChooseClient();
+  explicit CPageChooseClient(WizardServices* wizard);
 
  protected:
   void DoDataExchange(const CDataExchange& exchange) override;
@@ -40,7 +40,7 @@ class CPageChooseClient : public CPageWizardDefault {
   void FillList();
   void AddRow(const ClientRow& client, const std::wstring& status, bool enabled);
 
-  // E_FAIL, with a tip at Next, if no client is chosen.
+  // E_FAIL, with a tip at Next, if no client is selected.
   ResultCode StoreChoice();
 
   KsImageGridCtrl m_clientGrid;

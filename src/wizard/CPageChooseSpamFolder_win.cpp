@@ -2,10 +2,11 @@
 
 #include "resource.h"
 #include "support/Results.h"
+#include "ui/CWaitCursor.h"
 #include "ui/CWinApp.h"
-#include "wizard/CWizardSheet_win.h"
 #include "wizard/Colors_win.h"
 #include "wizard/FolderTreeControl_win.h"
+#include "wizard/WizardServices_win.h"
 
 namespace postmarker {
 namespace {
@@ -13,7 +14,6 @@ namespace {
 constexpr UINT_PTR kStartTimer = 1;
 constexpr UINT_PTR kPollTimer = 2;
 constexpr UINT kTimerMs = 10;
-constexpr UINT kHitLabelOrIcon = TVHT_ONITEMLABEL | TVHT_ONITEMICON | TVHT_ONITEMSTATEICON;
 
 // Other processes of the suite look for it while the client is being used.
 KernelHandle CreateLaunchEvent() {
@@ -42,6 +42,7 @@ LRESULT CDlgAddNewFolder::HandleColor(const MessageArgs& args) {
 
 const MessageEntry CPageChooseSpamFolder::kEntries[] = {
     OnMessage(WM_TIMER, &CPageChooseSpamFolder::HandleTimer),
+    OnMessage(WM_SETCURSOR, &CPageChooseSpamFolder::HandleSetCursor),
     OnMessage(WM_DESTROY, &CPageChooseSpamFolder::HandleDestroy),
     OnCommand(IDC_NEW_FOLDER, &CPageChooseSpamFolder::HandleNewFolder),
     OnNotify(IDC_FOLDER_TREE, static_cast<UINT>(NM_CLICK), &CPageChooseSpamFolder::HandleTreeClick),
@@ -51,14 +52,15 @@ const MessageEntry CPageChooseSpamFolder::kEntries[] = {
 const MessageTable CPageChooseSpamFolder::kMessages = {&CPageWizardDefault::kMessages,
                                                        CPageChooseSpamFolder::kEntries};
 
-CPageChooseSpamFolder::CPageChooseSpamFolder() : CPageWizardDefault(IDD_PAGE_SPAM_FOLDER, 0) {}
+CPageChooseSpamFolder::CPageChooseSpamFolder(WizardServices* wizard)
+    : CPageWizardDefault(wizard, IDD_PAGE_SPAM_FOLDER, 0) {}
 
 bool CPageChooseSpamFolder::OnInitDialog() {
   CPageWizardDefault::OnInitDialog();
   m_folderTree.Subclass(Item(IDC_FOLDER_TREE));
   ::EnableWindow(m_folderTree.Handle(), FALSE);
   ::EnableWindow(Item(IDC_NEW_FOLDER), FALSE);
-  if (Wizard() != nullptr && Wizard()->CanCreateFolder()) {
+  if (Wizard().CanCreateFolder()) {
     const std::wstring text =
         WindowText(Item(IDC_BODY)) + L" " + LoadText(IDS_FOLDER_CAN_BE_CREATED);
     ::SetWindowTextW(Item(IDC_BODY), text.c_str());
@@ -72,21 +74,21 @@ LRESULT CPageChooseSpamFolder::HandleTimer(const MessageArgs& args) {
   if (args.wParam != kStartTimer && args.wParam != kPollTimer) {
     return Default(args);
   }
-  if (Wizard() == nullptr) {
-    ::KillTimer(Handle(), args.wParam);
-    return 0;
-  }
-  if (!Wizard()->AreFoldersReady()) {
+  if (!Wizard().AreFoldersReady()) {
     if (args.wParam == kStartTimer) {
       // In a step of its own, so that the page is painted before the slow part begins.
       ::KillTimer(Handle(), kStartTimer);
       ::SetTimer(Handle(), kPollTimer, kTimerMs, nullptr);
-      Wizard()->StartFolderWorker();
+      m_isReading = true;
+      Wizard().StartFolderWorker();
+      UpdateCursor();
     }
     return 0;
   }
   ::KillTimer(Handle(), args.wParam);
   FillTree();
+  m_isReading = false;
+  UpdateCursor();
   if (::IsWindowEnabled(m_folderTree.Handle())) {
     FocusTree();
   }
@@ -95,25 +97,18 @@ LRESULT CPageChooseSpamFolder::HandleTimer(const MessageArgs& args) {
 
 void CPageChooseSpamFolder::FillTree() {
   const CWaitCursor wait;
-  CWizardSheet* const sheet = Wizard();
-  if (sheet->Request() == nullptr) {
-    return;
-  }
   const KernelHandle launchEvent = CreateLaunchEvent();
   MailFolderList folders;
-  sheet->GetFolders(&folders);
+  Wizard().GetFolders(&folders);
   FreeTreeItemData(m_folderTree, TVI_ROOT);
   m_folderTree.DeleteAllItems();
-  FolderTreeLayout layout(folders);
-  layout.FillAll();
-  FillTreeControl(m_folderTree, layout);
+  FillFolderTree(folders, m_folderTree);
   MailFolderRef configured;
-  if (Succeeded(sheet->LoadConfiguredSpamFolder(&configured))) {
+  if (Succeeded(Wizard().LoadConfiguredSpamFolder(&configured))) {
     SelectFolderItem(m_folderTree, configured, TVI_ROOT);
-    sheet->Request()->spamFolder = configured;
   }
   ::EnableWindow(m_folderTree.Handle(), TRUE);
-  if (sheet->CanCreateFolder()) {
+  if (Wizard().CanCreateFolder()) {
     ::EnableWindow(Item(IDC_NEW_FOLDER), TRUE);
   }
   SetButtonMask(PSWIZB_NEXT);
@@ -130,8 +125,8 @@ bool CPageChooseSpamFolder::OnKillActive() {
   }
   m_tooltip.Hide();
   const MailFolderRef* const folder = FolderOf(m_folderTree, selected);
-  if (folder != nullptr && Wizard() != nullptr) {
-    (void)Wizard()->SetSpamFolder(MailFolderRef(*folder));
+  if (folder != nullptr) {
+    (void)Wizard().SetSpamFolder(MailFolderRef(*folder));
   }
   return CPageWizardDefault::OnKillActive();
 }
@@ -146,7 +141,7 @@ LRESULT CPageChooseSpamFolder::HandleNewFolder(const MessageArgs& /*args*/) {
 void CPageChooseSpamFolder::CreateFolderBelowSelection() {
   const HTREEITEM selected = m_folderTree.Selection();
   const MailFolderRef* const parent = FolderOf(m_folderTree, selected);
-  if (Wizard() == nullptr || Wizard()->Request() == nullptr || parent == nullptr) {
+  if (parent == nullptr) {
     return;
   }
   CDlgAddNewFolder dialog(Handle());
@@ -155,7 +150,9 @@ void CPageChooseSpamFolder::CreateFolderBelowSelection() {
   }
   const CWaitCursor wait;
   MailFolderRef created;
-  if (Failed(Wizard()->CreateFolder(dialog.FolderName(), *parent, &created))) {
+  // A record without an id is no folder of the client, whatever the result says.
+  if (Failed(Wizard().CreateFolder(dialog.FolderName(), *parent, &created)) ||
+      created.firstId.empty()) {
     ShowAtNext(LoadText(IDS_FOLDER_NOT_CREATED));
     return;
   }
@@ -178,21 +175,13 @@ LRESULT CPageChooseSpamFolder::HandleDestroy(const MessageArgs& args) {
   return Default(args);
 }
 
-LRESULT CPageChooseSpamFolder::HandleTreeClick(const MessageArgs& /*args*/) {
-  m_tooltip.Hide();
-  return 0;
-}
-
-LRESULT CPageChooseSpamFolder::HandleTreeRightClick(const MessageArgs& /*args*/) {
-  POINT point = {};
-  ::GetCursorPos(&point);
-  ::ScreenToClient(m_folderTree.Handle(), &point);
-  UINT flags = 0;
-  const HTREEITEM item = m_folderTree.HitTest(point, &flags);
-  if (item != nullptr && (flags & kHitLabelOrIcon) != 0) {
-    m_folderTree.SelectItem(item);
+// While the worker reads, the page can be looked at and closed, but has nothing to offer yet.
+LRESULT CPageChooseSpamFolder::HandleSetCursor(const MessageArgs& args) {
+  if (!m_isReading) {
+    return Default(args);
   }
-  return 0;
+  ::SetCursor(WaitCursor());
+  return TRUE;
 }
 
 }  // namespace postmarker

@@ -31,7 +31,7 @@ class CDlgAddNewFolder : public CDialog {
 // it without blocking its own window.
 class CPageChooseSpamFolder : public CPageWizardDefault {
  public:
-  CPageChooseSpamFolder();
+  explicit CPageChooseSpamFolder(WizardServices* wizard);
 
  protected:
   bool OnInitDialog() override;
@@ -44,14 +44,14 @@ class CPageChooseSpamFolder : public CPageWizardDefault {
   LRESULT HandleTimer(const MessageArgs& args);
   LRESULT HandleNewFolder(const MessageArgs& args);
   LRESULT HandleDestroy(const MessageArgs& args);
-  LRESULT HandleTreeClick(const MessageArgs& args);
-  LRESULT HandleTreeRightClick(const MessageArgs& args);
+  LRESULT HandleSetCursor(const MessageArgs& args);
 
   void FillTree();
   void CreateFolderBelowSelection();
   void FocusTree();
 
   CTreeCtrl m_folderTree;
+  bool m_isReading = false;  // the worker was started and the tree is not filled yet
 };
 
 }  // namespace postmarker

@@ -7,11 +7,12 @@
 
 #include "resource.h"
 #include "support/Bstr_win.h"
+#include "ui/CPropertySheet.h"
 #include "ui/CWinApp.h"
 #include "wizard/CPostmarkerApp_win.h"
-#include "wizard/CWizardSheet_win.h"
-#include "wizard/PrefillProgress.h"
 #include "wizard/PrefillWorker_win.h"
+#include "wizard/ProgressBar_win.h"
+#include "wizard/WizardServices_win.h"
 
 namespace postmarker {
 namespace {
@@ -55,8 +56,8 @@ const MessageEntry CPagePrefill::kEntries[] = {
 const MessageTable CPagePrefill::kMessages = {&CPageWizardDefault::kMessages,
                                               CPagePrefill::kEntries};
 
-CPagePrefill::CPagePrefill()
-    : CPageWizardDefault(IDD_PAGE_PREFILL, 0),
+CPagePrefill::CPagePrefill(WizardServices* wizard)
+    : CPageWizardDefault(wizard, IDD_PAGE_PREFILL, 0),
       m_stopEvent(::CreateEventW(nullptr, TRUE, FALSE, nullptr)) {}
 
 CPagePrefill::~CPagePrefill() {
@@ -88,9 +89,7 @@ void CPagePrefill::StartWorker() {
   auto job = std::make_unique<PrefillJob>();
   job->pageWindow = Handle();
   job->progressWindow = Item(IDC_PREFILL_PROGRESS);
-  if (Wizard() != nullptr && Wizard()->Request() != nullptr) {
-    job->client = Wizard()->Link();
-  }
+  job->client = Wizard().Link();
   job->stopEvent = m_stopEvent.Get();
   job->abandoned = &m_abandoned;
   job->unreadAddresses = &m_unreadAddresses;
@@ -105,16 +104,13 @@ void CPagePrefill::StopWorker() {
   if (m_workerThread) {
     // A client that lives in this apartment must be able to answer the worker meanwhile, so
     // messages go on. Nothing may close the wizard a second time.
-    m_isStopping = true;
-    const HWND sheet = Sheet() != nullptr ? Sheet()->Handle() : nullptr;
-    ::EnableWindow(sheet, FALSE);
+    const CPropertySheet::InputPause pause(Sheet());
     DWORD index = 0;
     HANDLE thread = m_workerThread.Get();
     if (FAILED(::CoWaitForMultipleHandles(0, INFINITE, 1, &thread, &index))) {
       ::WaitForSingleObject(thread, INFINITE);
     }
     m_workerThread.Reset();
-    m_isStopping = false;
   }
   m_stopEvent.Reset();
 }
@@ -148,20 +144,12 @@ void CPagePrefill::ShowFinished(uint32_t finished) {
 }
 
 LRESULT CPagePrefill::HandleRange(const MessageArgs& args) {
-  const PrefillRange range = RangeFor(static_cast<int32_t>(args.lParam));
-  const HWND bar = Item(IDC_PREFILL_PROGRESS);
-  ::SendMessageW(bar, PBM_SETRANGE, 0, MAKELPARAM(0, range.upper));
-  ::SendMessageW(bar, PBM_SETSTEP, 1, 0);
-  ::SendMessageW(bar, PBM_SETPOS, static_cast<WPARAM>(range.position), 0);
+  SetProgressRange(Item(IDC_PREFILL_PROGRESS), static_cast<int32_t>(args.lParam));
   return 0;
 }
 
 LRESULT CPagePrefill::HandleAdvance(const MessageArgs& args) {
-  const HWND bar = Item(IDC_PREFILL_PROGRESS);
-  const auto upper = static_cast<int32_t>(::SendMessageW(bar, PBM_GETRANGE, FALSE, 0));
-  for (int32_t step = StepsToTake(static_cast<int32_t>(args.lParam), upper); step > 0; --step) {
-    ::SendMessageW(bar, PBM_STEPIT, 0, 0);
-  }
+  AdvanceProgress(Item(IDC_PREFILL_PROGRESS), static_cast<int32_t>(args.lParam));
   return 0;
 }
 
@@ -240,11 +228,9 @@ bool CPagePrefill::OnKillActive() {
   if (m_finished == 0 || m_addressGrid.IsEditing()) {
     return false;
   }
-  if (Wizard() != nullptr && Wizard()->Request() != nullptr) {
-    AddressSet& addresses = Wizard()->Request()->prefillAddresses;
-    addresses.clear();
-    m_addressGrid.ReadAddresses(&addresses);
-  }
+  AddressSet& addresses = Wizard().Request().prefillAddresses;
+  addresses.clear();
+  m_addressGrid.ReadAddresses(&addresses);
   return CPageWizardDefault::OnKillActive();
 }
 

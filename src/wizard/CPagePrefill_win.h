@@ -16,14 +16,13 @@ namespace postmarker {
 // the grid as it was left.
 class CPagePrefill : public CPageWizardDefault {
  public:
-  CPagePrefill();
+  explicit CPagePrefill(WizardServices* wizard);
   ~CPagePrefill() override;
 
  protected:
   void DoDataExchange(const CDataExchange& exchange) override;
   bool OnInitDialog() override;
   bool OnKillActive() override;
-  bool OnQueryCancel() override { return !m_isStopping; }
   void OnReset() override;
   [[nodiscard]] const MessageTable* Messages() const override { return &kMessages; }
   static const MessageTable kMessages;
@@ -61,7 +60,6 @@ class CPagePrefill : public CPageWizardDefault {
   uint32_t m_finished = 0;
   std::atomic<bool> m_abandoned = false;
   std::atomic<int> m_unreadAddresses = 0;
-  bool m_isStopping = false;
   KernelHandle m_workerThread;
   KernelHandle m_stopEvent;
 };

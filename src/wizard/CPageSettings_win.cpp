@@ -3,8 +3,9 @@
 #include "clients/ClientTable.h"
 #include "resource.h"
 #include "settings/FilterSettings.h"
-#include "wizard/CWizardSheet_win.h"
+#include "ui/CPropertySheet.h"
 #include "wizard/WindowHook_win.h"
+#include "wizard/WizardServices_win.h"
 
 namespace postmarker {
 namespace {
@@ -21,7 +22,8 @@ const MessageEntry CPageSettings::kEntries[] = {
 const MessageTable CPageSettings::kMessages = {&CPageWizardDefault::kMessages,
                                                CPageSettings::kEntries};
 
-CPageSettings::CPageSettings() : CPageWizardDefault(IDD_PAGE_SETTINGS, kBackAndFinish) {}
+CPageSettings::CPageSettings(WizardServices* wizard)
+    : CPageWizardDefault(wizard, IDD_PAGE_SETTINGS, kBackAndFinish) {}
 
 void CPageSettings::DoDataExchange(const CDataExchange& exchange) {
   exchange.Check(IDC_MOVE_EMAILS, &m_moveEmailsBox);
@@ -37,35 +39,28 @@ bool CPageSettings::OnInitDialog() {
 }
 
 void CPageSettings::LoadBoxes() {
-  if (Wizard() == nullptr) {
-    return;
-  }
-  if (!Wizard()->Client().canMoveEmails) {
+  if (!Wizard().Client().canMoveEmails) {
     ::EnableWindow(Item(IDC_MOVE_EMAILS), FALSE);
   }
-  const FilterSettings settings(Wizard()->GetClientSettingsName());
+  const FilterSettings settings(Wizard().GetClientSettingsName());
   m_moveEmailsBox = settings.GetMoveEmails() != 0 ? 1 : 0;
   m_addBlockedBox = settings.GetAddBlocked() != 0 ? 1 : 0;
   m_addUnblockedBox = settings.GetAddUnblocked() != 0 ? 1 : 0;
   UpdateData(false);
 }
 
-ResultCode CPageSettings::StoreBoxes() {
-  if (Wizard() == nullptr || Wizard()->Request() == nullptr) {
-    return kNullPointer;
-  }
-  WizardRequest& request = *Wizard()->Request();
+void CPageSettings::StoreBoxes() {
+  WizardRequest& request = Wizard().Request();
   request.moveEmails = m_moveEmailsBox != 0 ? 1 : 0;
   request.addBlocked = m_addBlockedBox != 0 ? 1 : 0;
   request.addUnblocked = m_addUnblockedBox != 0 ? 1 : 0;
-  return kOk;
 }
 
 bool CPageSettings::OnKillActive() {
   if (!UpdateData(true)) {
     return false;
   }
-  (void)StoreBoxes();
+  StoreBoxes();
   return CPageWizardDefault::OnKillActive();
 }
 
@@ -73,9 +68,10 @@ bool CPageSettings::OnWizardFinish() {
   if (!UpdateData(true)) {
     return false;
   }
-  (void)StoreBoxes();
-  if (Wizard() != nullptr) {
-    (void)Wizard()->ApplySettings();
+  StoreBoxes();
+  {
+    const CPropertySheet::InputPause pause(Sheet());
+    (void)Wizard().ApplySettings();
   }
   return CPageWizardDefault::OnWizardFinish();
 }

@@ -1,7 +1,6 @@
 // The last page, with the three switches that the person decides at the end.
 #pragma once
 
-#include "support/Results.h"
 #include "wizard/CPageWizardDefault_win.h"
 
 namespace postmarker {
@@ -9,7 +8,7 @@ namespace postmarker {
 // What it shows comes from the registry as it stood when the page was first seen.
 class CPageSettings : public CPageWizardDefault {
  public:
-  CPageSettings();
+  explicit CPageSettings(WizardServices* wizard);
 
  protected:
   bool OnInitDialog() override;
@@ -23,7 +22,7 @@ class CPageSettings : public CPageWizardDefault {
  private:
   LRESULT HandleBoxClick(const MessageArgs& args);
   void LoadBoxes();
-  ResultCode StoreBoxes();
+  void StoreBoxes();
 
   int m_moveEmailsBox = 0;
   int m_addBlockedBox = 0;

@@ -1,9 +1,12 @@
 #include "wizard/CPageWizardDefault_win.h"
 
 #include "resource.h"
-#include "wizard/CWizardSheet_win.h"
+#include "ui/CPropertySheet.h"
+#include "wizard/Banner_win.h"
 #include "wizard/Colors_win.h"
+#include "wizard/FolderTreeControl_win.h"
 #include "wizard/WindowHook_win.h"
+#include "wizard/WizardServices_win.h"
 
 namespace postmarker {
 namespace {
@@ -30,10 +33,6 @@ const MessageEntry CPageWizardDefault::kEntries[] = {
 const MessageTable CPageWizardDefault::kMessages = {&CPropertyPage::kMessages,
                                                     CPageWizardDefault::kEntries};
 
-CWizardSheet* CPageWizardDefault::Wizard() const {
-  return dynamic_cast<CWizardSheet*>(Sheet());
-}
-
 bool CPageWizardDefault::OnInitDialog() {
   CPropertyPage::OnInitDialog();
   SetHeadingFont(Item(IDC_HEADING));
@@ -41,11 +40,10 @@ bool CPageWizardDefault::OnInitDialog() {
   SetSkinnedBody(Item(IDC_BODY));
   m_tooltip.Create(Handle(), kToolTipDelayMs, kToolTipDurationMs, true);
   const HWND banner = Item(IDC_BANNER);
-  if (banner != nullptr && Wizard() != nullptr) {
+  if (banner != nullptr) {
     RECT rect = {};
     ::GetClientRect(banner, &rect);
-    const HBITMAP picture = Wizard()->BannerBitmap({rect.right, rect.bottom});
-    ::SendMessageW(banner, STM_SETIMAGE, IMAGE_BITMAP, reinterpret_cast<LPARAM>(picture));
+    ShowBanner(banner, Wizard().BannerBitmap({rect.right, rect.bottom}));
   }
   return true;
 }
@@ -87,6 +85,22 @@ RECT CPageWizardDefault::GetButtonRect(int id) const {
 
 void CPageWizardDefault::ShowAtNext(const std::wstring& text) {
   m_tooltip.ShowAt(text, GetButtonRect(kNextButton));
+}
+
+void CPageWizardDefault::FillFolderTree(const MailFolderList& folders, const CTreeCtrl& tree) {
+  FolderTreeLayout layout(folders, &m_seenStores);
+  layout.FillAll();
+  FillTreeControl(tree, layout);
+}
+
+LRESULT CPageWizardDefault::HandleTreeClick(const MessageArgs& /*args*/) {
+  m_tooltip.Hide();
+  return 0;
+}
+
+LRESULT CPageWizardDefault::HandleTreeRightClick(const MessageArgs& args) {
+  SelectItemUnderPointer(reinterpret_cast<const NMHDR*>(args.lParam)->hwndFrom);
+  return 0;
 }
 
 LRESULT CPageWizardDefault::HandleColor(const MessageArgs& args) {

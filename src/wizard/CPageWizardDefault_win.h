@@ -9,15 +9,18 @@
 #include "support/Handles_win.h"
 #include "ui/CPropertyPage.h"
 #include "ui/CTreeCtrl.h"
+#include "wizard/FolderTree.h"
 
 namespace postmarker {
 
-class CWizardSheet;
+class WizardServices;
 
 class CPageWizardDefault : public CPropertyPage {
  public:
-  explicit CPageWizardDefault(UINT templateId, uint32_t buttonMask = 3)
-      : CPropertyPage(templateId), m_buttonMask(buttonMask) {}
+  // `wizard` is not null and outlives the page. `buttonMask` is what the sheet shows when the page
+  // comes to the front: 1 Back, 2 Next, 4 Finish.
+  CPageWizardDefault(WizardServices* wizard, UINT templateId, uint32_t buttonMask = 3)
+      : CPropertyPage(templateId), m_buttonMask(buttonMask), m_wizard(wizard) {}
 
  protected:
   // Gives heading and body their styles, makes the tool tip, and fills the banner if the page has
@@ -30,8 +33,8 @@ class CPageWizardDefault : public CPropertyPage {
   // Posts the mask to the sheet: 1 Back, 2 Next, 4 Finish.
   void SetButtonMask(uint32_t mask);
 
-  // The sheet as what it is; null for a page outside one.
-  [[nodiscard]] CWizardSheet* Wizard() const;
+  // What the page may ask of its wizard.
+  [[nodiscard]] WizardServices& Wizard() const { return *m_wizard; }
 
   // The screen rectangle of a button of the sheet, where messages of the page point.
   [[nodiscard]] RECT GetButtonRect(int id) const;
@@ -39,10 +42,20 @@ class CPageWizardDefault : public CPropertyPage {
   // Shows a message at the sheet's Next button.
   void ShowAtNext(const std::wstring& text);
 
+  // Lays the stores of a folder list into a tree of the page, but for those that it has seen
+  // before: a folder that is added to a store later does not appear.
+  void FillFolderTree(const MailFolderList& folders, const CTreeCtrl& tree);
+
+  // For a page's entries of NM_CLICK and NM_RCLICK from a tree: hides the tip; selects the item
+  // whose label or icon is under the pointer.
+  LRESULT HandleTreeClick(const MessageArgs& args);
+  LRESULT HandleTreeRightClick(const MessageArgs& args);
+
   [[nodiscard]] const MessageTable* Messages() const override { return &kMessages; }
   static const MessageTable kMessages;
   static const MessageEntry kEntries[];
 
+  SeenStores m_seenStores;
   KsToolTip m_tooltip;
   uint32_t m_buttonMask;
 
@@ -51,6 +64,7 @@ class CPageWizardDefault : public CPropertyPage {
   LRESULT HandlePlainColor(const MessageArgs& args);
   void SetHeadingFont(HWND heading);
 
+  WizardServices* m_wizard;
   FontHandle m_headingFont;
 };
 

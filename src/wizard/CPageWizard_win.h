@@ -8,7 +8,8 @@ namespace postmarker {
 
 class CPageWizard : public CPageWizardDefault {
  public:
-  CPageWizard() : CPageWizardDefault(IDD_PAGE_WELCOME, PSWIZB_NEXT) {}
+  explicit CPageWizard(WizardServices* wizard)
+      : CPageWizardDefault(wizard, IDD_PAGE_WELCOME, PSWIZB_NEXT) {}
 };
 
 }  // namespace postmarker

@@ -1,6 +1,7 @@
-// What the wizard changes on the machine: the operations of the sheet by which the spam folder is
-// chosen and everything is written out at Finish.
-#include <array>
+#include "wizard/FinishRun_win.h"
+
+#include <exception>
+#include <utility>
 
 #include "clients/ClientTable.h"
 #include "clients/HookModule_win.h"
@@ -10,123 +11,145 @@
 #include "settings/FilterSettings.h"
 #include "settings/GlobalSettings.h"
 #include "settings/Recommendations_win.h"
+#include "support/Results.h"
 #include "support/Text.h"
+#include "ui/CWaitCursor.h"
 #include "ui/CWinApp.h"
-#include "wizard/CWizardSheet_win.h"
 #include "wizard/SpamFolderRules.h"
 
 namespace postmarker {
 namespace {
 
-// The advice to set the spam filter up, which is done with.
+// The advice to set up the spam filter.
 constexpr uint32_t kSetUpRecommendation = 12;
 
-// By which the rule inside a client recognises mails that the filter marked.
+// The rule inside a client recognizes the mails that the filter marked by this.
 constexpr wchar_t kSpamMark[] = L"[KSSpam]";
 
-constexpr uint32_t kStoreIdRoom = 4095;
-
-std::string SavedStoreId(const FilterSettings& settings) {
-  std::array<char, kStoreIdRoom + 1> id = {};
-  uint32_t size = kStoreIdRoom;
-  settings.GetMessageStoreId(id.data(), &size);
-  return id.data();  // up to the first zero byte
+FinishOutcome OutcomeOf(bool worked) {
+  return worked ? FinishOutcome::kDone : FinishOutcome::kFailed;
 }
 
 }  // namespace
 
-ResultCode CWizardSheet::LoadConfiguredSpamFolder(MailFolderRef* rec) {
-  if (m_request == nullptr) {
-    return kFail;
+struct FinishRun::Step {
+  FinishStep step;
+  FinishOutcome (FinishRun::*run)();
+};
+
+const FinishRun::Step FinishRun::kSteps[] = {
+    {FinishStep::kLastConfigured, &FinishRun::SaveLastConfigured},
+    {FinishStep::kActionPlugin, &FinishRun::SaveActionPlugin},
+    {FinishStep::kRecommendation, &FinishRun::ClearRecommendation},
+    {FinishStep::kSettings, &FinishRun::SaveSettings},
+    {FinishStep::kWhitelist, &FinishRun::WriteWhitelist},
+    {FinishStep::kStoreId, &FinishRun::RefreshStoreId},
+    {FinishStep::kSpamRule, &FinishRun::AddRule},
+    {FinishStep::kNotice, &FinishRun::ShowNotice},
+    {FinishStep::kMoveSwitch, &FinishRun::TellMoveSwitch},
+};
+
+FinishRun::FinishRun(const WizardRequest& request, const ClientRow& client,
+                     std::wstring settingsName, std::wstring caption)
+    : m_request(request),
+      m_client(client),
+      m_settingsName(std::move(settingsName)),
+      m_caption(std::move(caption)) {}
+
+std::vector<FinishRecord> FinishRun::Run() {
+  std::vector<FinishRecord> records;
+  for (const Step& step : kSteps) {
+    // Each time: the notice shows other cursors.
+    const CWaitCursor wait;
+    FinishOutcome outcome = FinishOutcome::kFailed;
+    try {
+      outcome = (this->*step.run)();
+    } catch (const std::exception&) {
+      // Out of memory, at worst; the next step may need less.
+      outcome = FinishOutcome::kFailed;
+    }
+    records.push_back({step.step, outcome});
   }
-  {
-    const FilterSettings settings(GetClientSettingsName());
-    rec->firstId = settings.GetSpamFolderId();
-    rec->secondId = SavedStoreId(settings);
-    rec->flag = 1;
-    rec->name = settings.GetSpamFolderName();
-  }
-  if (Client().hasLocalFolderIds) {
-    MailFolderRef ignored;
-    GetDefaultFolder(&ignored);
-    MailFolderList folders;
-    GetFolders(&folders);
-    TakeStoreIdFromList(folders, rec);
-  }
-  if (MeansDefaultFolder(rec->firstId)) {
-    GetDefaultFolder(rec);
-  }
-  m_request->spamFolder = *rec;
-  return kOk;
+  return records;
 }
 
-ResultCode CWizardSheet::SetSpamFolder(const MailFolderRef& rec) {
-  if (m_request == nullptr) {
-    return kFail;
-  }
-  m_request->spamFolder = rec;
-  if (Client().hasLocalFolderIds) {
-    MailFolderRef defaultFolder;
-    GetDefaultFolder(&defaultFolder);
-    m_request->spamFolder.firstId = SpamFolderIdToSave(rec, defaultFolder);
-  }
-  return kOk;
+FinishOutcome FinishRun::SaveLastConfigured() {
+  return OutcomeOf(SetLastConfigured(m_request.clientName));
 }
 
-void CWizardSheet::SaveSettings(const ClientRow& client, bool* moveChanged,
-                                bool* folderChanged) const {
-  const WizardRequest& request = *m_request;
-  FilterSettings settings(GetClientSettingsName());
-  *moveChanged = (settings.GetMoveEmails() != 0 ? 1 : 0) != request.moveEmails;
-  *folderChanged = !EqualNoCase(request.spamFolder.firstId, settings.GetSpamFolderId());
-  settings.SetMoveEmails(request.moveEmails);
-  settings.SetAddBlocked(request.addBlocked);
-  settings.SetAddUnblocked(request.addUnblocked);
-  settings.SetSpamFolderId(request.spamFolder.firstId);
+FinishOutcome FinishRun::SaveActionPlugin() {
+  return OutcomeOf(SetActionPlugin(m_request.clientName));
+}
+
+FinishOutcome FinishRun::ClearRecommendation() {
+  return OutcomeOf(SetRecommendationBit(kSetUpRecommendation, false) != 0);
+}
+
+FinishOutcome FinishRun::SaveSettings() {
+  FilterSettings settings(m_settingsName);
+  const bool moveChanged = (settings.GetMoveEmails() != 0 ? 1 : 0) != m_request.moveEmails;
+  const bool folderChanged = !EqualNoCase(m_request.spamFolder.firstId, settings.GetSpamFolderId());
+  m_isChanged = moveChanged || folderChanged;
+  settings.SetMoveEmails(m_request.moveEmails);
+  settings.SetAddBlocked(m_request.addBlocked);
+  settings.SetAddUnblocked(m_request.addUnblocked);
+  settings.SetSpamFolderId(m_request.spamFolder.firstId);
   settings.SetShowWizard(0);
-  settings.SetSpamFolderName(request.spamFolder.name);
-  if (!client.hasLocalFolderIds) {
-    const std::string& storeId = request.spamFolder.secondId;
+  settings.SetSpamFolderName(m_request.spamFolder.name);
+  if (!m_client.hasLocalFolderIds) {
+    const std::string& storeId = m_request.spamFolder.secondId;
     settings.SetMessageStoreId(storeId.data(), static_cast<uint32_t>(storeId.size()));
   }
+  return OutcomeOf(Succeeded(settings.Save(m_settingsName)));
 }
 
-void CWizardSheet::RefreshStoreId(const ClientRow& client) const {
+FinishOutcome FinishRun::WriteWhitelist() {
+  if (m_request.prefillAddresses.empty()) {
+    return FinishOutcome::kNotNeeded;
+  }
+  bool worked = true;
+  for (const std::wstring& address : m_request.prefillAddresses) {
+    worked = Succeeded(AddAddressToWhitelist(address, true)) && worked;
+  }
+  return OutcomeOf(worked);
+}
+
+FinishOutcome FinishRun::RefreshStoreId() {
+  if (!m_client.hasLocalFolderIds) {
+    return FinishOutcome::kNotNeeded;
+  }
   std::string storeId;
-  if (client.hasLocalFolderIds && client.adapter->ReadStoreId(&storeId)) {
-    FilterSettings settings{std::wstring(client.settingsName)};
-    settings.SetMessageStoreId(storeId.data(), static_cast<uint32_t>(storeId.size()));
+  if (!m_client.adapter->ReadStoreId(&storeId)) {
+    return FinishOutcome::kFailed;
   }
+  FilterSettings settings(m_settingsName);
+  settings.SetMessageStoreId(storeId.data(), static_cast<uint32_t>(storeId.size()));
+  return OutcomeOf(Succeeded(settings.Save(m_settingsName)));
 }
 
-void CWizardSheet::NotifyClient(const ClientRow& client) const {
-  if (client.hasLocalFolderIds) {
-    const std::wstring text = FillIn(LoadText(IDS_RESTART_CLIENT), m_request->clientName);
-    ShowMessageBox(nullptr, text, Caption(), MB_OK | MB_ICONINFORMATION);
+FinishOutcome FinishRun::AddRule() {
+  if (m_client.hookModule.empty()) {
+    return FinishOutcome::kNotNeeded;
   }
-  client.adapter->SetMoveMails(m_request->moveEmails != 0);
+  AddSpamRule(m_client.hookModule, kSpamMark);
+  return FinishOutcome::kDone;
 }
 
-ResultCode CWizardSheet::ApplySettings() {
-  if (m_request == nullptr) {
-    return kOk;
+FinishOutcome FinishRun::ShowNotice() {
+  if (!m_isChanged || !m_client.hasLocalFolderIds) {
+    return FinishOutcome::kNotNeeded;
   }
-  const ClientRow& client = Client();
-  (void)SetLastConfigured(m_request->clientName);
-  (void)SetActionPlugin(m_request->clientName);
-  (void)SetRecommendationBit(kSetUpRecommendation, false);
-  bool moveChanged = false;
-  bool folderChanged = false;
-  SaveSettings(client, &moveChanged, &folderChanged);
-  for (const std::wstring& address : m_request->prefillAddresses) {
-    (void)AddAddressToWhitelist(address, true);
+  const std::wstring text = FillIn(LoadText(IDS_RESTART_CLIENT), m_request.clientName);
+  ShowMessageBox(nullptr, text, m_caption, MB_OK | MB_ICONINFORMATION);
+  return FinishOutcome::kDone;
+}
+
+FinishOutcome FinishRun::TellMoveSwitch() {
+  if (!m_isChanged) {
+    return FinishOutcome::kNotNeeded;
   }
-  RefreshStoreId(client);
-  AddSpamRule(client.hookModule, kSpamMark);
-  if (moveChanged || folderChanged) {
-    NotifyClient(client);
-  }
-  return kOk;
+  m_client.adapter->SetMoveMails(m_request.moveEmails != 0);
+  return FinishOutcome::kDone;
 }
 
 }  // namespace postmarker

@@ -78,7 +78,12 @@ std::wstring StoreNameOf(const std::wstring& path) {
   return single.substr(0, single.find(L'\\'));
 }
 
-FolderTreeLayout::FolderTreeLayout(const MailFolderList& list) : m_list(list) {
+bool SeenStores::Add(const std::string& storeId) {
+  return m_lowerIds.insert(StoreKey(storeId)).second;
+}
+
+FolderTreeLayout::FolderTreeLayout(const MailFolderList& list, SeenStores* seenStores)
+    : m_list(list), m_seenStores(seenStores) {
   for (size_t i = 0; i < list.size(); ++i) {
     const std::wstring store = StoreKey(list[i].secondId);
     m_stores[store].push_back(i);
@@ -116,12 +121,11 @@ void FolderTreeLayout::Expand(TreeItem item) {
 }
 
 ResultCode FolderTreeLayout::FillFolderTree(const MailFolderRef& folder, TreeItem* item) {
-  const std::wstring store = StoreKey(folder.secondId);
-  if (!m_seenStores.insert(store).second) {
+  if (!m_seenStores->Add(folder.secondId)) {
     return kOk;
   }
   const std::wstring root = StoreNameOf(folder.name);
-  const std::vector<size_t>& folders = m_stores[store];
+  const std::vector<size_t>& folders = m_stores[StoreKey(folder.secondId)];
   const ResultCode result = LayOutRoot(folders, root, item);
   if (Failed(result)) {
     return result;

@@ -41,8 +41,19 @@ class FolderTreeTarget {
 TreeItem InsertPath(FolderTreeTarget* tree, std::wstring_view path, TreeItem parent,
                     const MailFolderRef* record, const MailFolderRef* match);
 
+// The stores that were laid into a tree. Lives as long as the tree: a second fill adds only stores
+// that are new.
+class SeenStores {
+ public:
+  // Notes a store by its id, whatever its case. False if it was there already.
+  bool Add(const std::string& storeId);
+
+ private:
+  std::unordered_set<std::wstring> m_lowerIds;
+};
+
 // A tree in memory, built store by store from a folder list in time linear in the list. REQUIRES:
-// the list outlives the layout and does not change.
+// the list and the seen stores outlive the layout, and the list does not change.
 class FolderTreeLayout : public FolderTreeTarget {
  public:
   struct Item {
@@ -55,9 +66,9 @@ class FolderTreeLayout : public FolderTreeTarget {
 
   static constexpr TreeItem kRoot = 1;
 
-  explicit FolderTreeLayout(const MailFolderList& list);
+  FolderTreeLayout(const MailFolderList& list, SeenStores* seenStores);
 
-  // Lays out the whole store that `folder` belongs to. A store that is there already gives 0 and
+  // Lays out the whole store that `folder` belongs to. A store that the tree has seen gives 0 and
   // leaves *item alone; otherwise *item becomes the item of the store's root, if the list has a
   // record of it. Returns E_FAIL if the root can't be added.
   ResultCode FillFolderTree(const MailFolderRef& folder, TreeItem* item);
@@ -87,7 +98,7 @@ class FolderTreeLayout : public FolderTreeTarget {
   StoreIndex m_stores;
   // Store id and path, lower-case, to the first folder of the list that has both.
   std::unordered_map<std::wstring, size_t> m_folderByPath;
-  std::unordered_set<std::wstring> m_seenStores;
+  SeenStores* m_seenStores;
   std::vector<Item> m_items;
   // Parent and text to the children of that text, in the order of their making.
   std::unordered_map<std::wstring, std::vector<TreeItem>> m_children;

@@ -8,6 +8,9 @@
 namespace postmarker {
 namespace {
 
+// Where a click means the item itself.
+constexpr UINT kHitLabelOrIcon = TVHT_ONITEMLABEL | TVHT_ONITEMICON | TVHT_ONITEMSTATEICON;
+
 // The item owns a copy of the record, unless the control has no room for the item: then null.
 HTREEITEM InsertOwning(const CTreeCtrl& tree, const std::wstring& text, HTREEITEM parent,
                        const MailFolderRef* record, UINT state) {
@@ -87,6 +90,17 @@ void FillTreeControl(const CTreeCtrl& tree, const FolderTreeLayout& layout) {
     tree.EnsureVisible(handles.front());
   }
   tree.SetRedraw(true);
+}
+
+void SelectItemUnderPointer(HWND tree) {
+  TVHITTESTINFO hit = {};
+  ::GetCursorPos(&hit.pt);
+  ::ScreenToClient(tree, &hit.pt);
+  const auto item = reinterpret_cast<HTREEITEM>(
+      ::SendMessageW(tree, TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
+  if (item != nullptr && (hit.flags & kHitLabelOrIcon) != 0) {
+    ::SendMessageW(tree, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item));
+  }
 }
 
 void FreeTreeItemData(const CTreeCtrl& tree, HTREEITEM parent) {

@@ -29,8 +29,11 @@ class TreeControlTarget : public FolderTreeTarget {
 // The folder of an item, or null. Lives as long as the item's data.
 const MailFolderRef* FolderOf(const CTreeCtrl& tree, HTREEITEM item);
 
-// Puts a layout's items into an empty tree, in time linear in their number.
+// Adds a layout's items at the end of the tree, in time linear in their number.
 void FillTreeControl(const CTreeCtrl& tree, const FolderTreeLayout& layout);
+
+// Selects the item under the pointer of a tree control, if the pointer is on its label or icon.
+void SelectItemUnderPointer(HWND tree);
 
 // Frees the data of all items below `parent`; TVI_ROOT for all. The items stay, without data.
 void FreeTreeItemData(const CTreeCtrl& tree, HTREEITEM parent);

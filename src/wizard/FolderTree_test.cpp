@@ -31,7 +31,8 @@ std::vector<std::string> Lines(const FolderTreeLayout& layout) {
 }
 
 std::vector<std::string> LayOut(const MailFolderList& list) {
-  FolderTreeLayout layout(list);
+  SeenStores seen;
+  FolderTreeLayout layout(list, &seen);
   layout.FillAll();
   return Lines(layout);
 }
@@ -54,7 +55,8 @@ TEST(FolderTree, RootIsBoldAndLevelsFollowThePaths) {
 
 TEST(FolderTree, WhatWasPassedIsExpanded) {
   const MailFolderList list = {{L"\\\\Mail", "r", "s", 1}, {L"\\\\Mail\\Inbox", "i", "s", 1}};
-  FolderTreeLayout layout(list);
+  SeenStores seen;
+  FolderTreeLayout layout(list, &seen);
   layout.FillAll();
   EXPECT_TRUE(layout.Items()[0].expanded);
   EXPECT_TRUE(layout.Items()[1].expanded);
@@ -100,7 +102,8 @@ TEST(FolderTree, FlaggedStoresComeFirst) {
 
 TEST(FolderTree, StoreIsLaidOutOnce) {
   const MailFolderList list = {{L"\\\\Mail", "r", "S", 1}, {L"\\\\Mail\\Inbox", "i", "s", 1}};
-  FolderTreeLayout layout(list);
+  SeenStores seen;
+  FolderTreeLayout layout(list, &seen);
   TreeItem item = 0;
   EXPECT_EQ(layout.FillFolderTree(list[0], &item), kOk);
   EXPECT_NE(item, 0U);
@@ -121,7 +124,8 @@ TEST(FolderTree, SecondRootOfAStoreWithAnotherIdIsAnotherItem) {
 }
 
 TEST(FolderTree, PathWithoutStoreRootUnderNoItemGivesNothing) {
-  FolderTreeLayout layout({});
+  SeenStores seen;
+  FolderTreeLayout layout({}, &seen);
   const MailFolderRef record = {L"x", "1", "s", 1};
   EXPECT_EQ(InsertPath(&layout, L"a\\b", 0, &record, nullptr), 0U);
   EXPECT_EQ(InsertPath(&layout, L"", FolderTreeLayout::kRoot, &record, nullptr), 0U);
@@ -130,7 +134,8 @@ TEST(FolderTree, PathWithoutStoreRootUnderNoItemGivesNothing) {
 
 TEST(FolderTree, NameWithABackslashBecomesSeveralLevels) {
   const MailFolderList none;
-  FolderTreeLayout layout(none);
+  SeenStores seen;
+  FolderTreeLayout layout(none, &seen);
   const MailFolderRef record = {L"x", "1", "s", 1};
   const TreeItem deepest =
       InsertPath(&layout, L"a\\b\\", FolderTreeLayout::kRoot, &record, nullptr);
@@ -140,7 +145,8 @@ TEST(FolderTree, NameWithABackslashBecomesSeveralLevels) {
 
 TEST(FolderTree, MatchNarrowsTheFirstLevelAlone) {
   const MailFolderList none;
-  FolderTreeLayout layout(none);
+  SeenStores seen;
+  FolderTreeLayout layout(none, &seen);
   const MailFolderRef one = {L"x", "1", "s", 1};
   const MailFolderRef two = {L"x", "2", "s", 1};
   InsertPath(&layout, L"a\\b", FolderTreeLayout::kRoot, &one, &one);
@@ -151,7 +157,8 @@ TEST(FolderTree, MatchNarrowsTheFirstLevelAlone) {
 
 TEST(FolderTree, PathOfAHundredThousandLevelsNeedsNoDeepStack) {
   const MailFolderList none;
-  FolderTreeLayout layout(none);
+  SeenStores seen;
+  FolderTreeLayout layout(none, &seen);
   std::wstring path;
   for (int i = 0; i < 100000; ++i) {
     path.append(L"a\\");

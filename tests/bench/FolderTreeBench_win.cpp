@@ -70,7 +70,8 @@ void CheckCount(benchmark::State& state, const TreeWindow& window, size_t expect
 // The control alone: the same items in the same order, and the same openings.
 void ControlAlone(benchmark::State& state) {
   const MailFolderList folders = MakeFolders(static_cast<int>(state.range(0)));
-  FolderTreeLayout layout(folders);
+  SeenStores seen;
+  FolderTreeLayout layout(folders, &seen);
   layout.FillAll();
   const TreeWindow window;
   const CTreeCtrl& tree = window.Tree();
@@ -102,7 +103,8 @@ void FolderPage(benchmark::State& state) {
   const MailFolderList folders = MakeFolders(static_cast<int>(state.range(0)));
   const TreeWindow window;
   for (auto _ : state) {
-    FolderTreeLayout layout(folders);
+    SeenStores seen;
+    FolderTreeLayout layout(folders, &seen);
     layout.FillAll();
     FillTreeControl(window.Tree(), layout);
     state.PauseTiming();

@@ -1,4 +1,4 @@
-#include "wizard/PrefillProgress.h"
+#include "wizard/ProgressRange.h"
 
 #include <gtest/gtest.h>
 
@@ -7,25 +7,25 @@
 namespace postmarker {
 namespace {
 
-TEST(PrefillRange, TotalIsTheUpperBound) {
+TEST(ProgressRange, TotalIsTheUpperBound) {
   EXPECT_EQ(RangeFor(1).upper, 1);
   EXPECT_EQ(RangeFor(300).upper, 300);
   EXPECT_EQ(RangeFor(300).position, 0);
   EXPECT_EQ(RangeFor(65535).upper, 65535);
 }
 
-TEST(PrefillRange, TotalOfZeroShowsAFullBar) {
+TEST(ProgressRange, TotalOfZeroShowsAFullBar) {
   EXPECT_EQ(RangeFor(0).upper, 1);
   EXPECT_EQ(RangeFor(0).position, 1);
 }
 
-TEST(PrefillRange, NegativeTotalShowsAnEmptyBarOfOneStep) {
+TEST(ProgressRange, NegativeTotalShowsAnEmptyBarOfOneStep) {
   EXPECT_EQ(RangeFor(-1).upper, 1);
   EXPECT_EQ(RangeFor(-1).position, 0);
   EXPECT_EQ(RangeFor(std::numeric_limits<int32_t>::min()).upper, 1);
 }
 
-TEST(PrefillRange, TotalOfMoreThan16BitsKeepsTheLowerOnes) {
+TEST(ProgressRange, TotalOfMoreThan16BitsKeepsTheLowerOnes) {
   EXPECT_EQ(RangeFor(65536).upper, 0);
   EXPECT_EQ(RangeFor(70000).upper, 70000 - 65536);
 }

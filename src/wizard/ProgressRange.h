@@ -6,7 +6,7 @@
 namespace postmarker {
 
 // The bar's range begins at 0.
-struct PrefillRange {
+struct ProgressRange {
   uint16_t upper = 1;
   uint16_t position = 0;
 };
@@ -15,7 +15,7 @@ struct PrefillRange {
 // shows as done: there is nothing to do.
 // Deliberate: the bar holds 16 bits, of which larger numbers keep the lower ones. Its position
 // wraps at the end, so such a bar fills several times.
-PrefillRange RangeFor(int32_t total);
+ProgressRange RangeFor(int32_t total);
 
 // How many single steps move a bar of the range 0 to `upper` as far as `steps` do. It begins anew
 // behind its end, so rounds are left out; a number below 1 moves nothing.

@@ -1,10 +1,10 @@
-#include "wizard/PrefillProgress.h"
+#include "wizard/ProgressRange.h"
 
 #include <algorithm>
 
 namespace postmarker {
 
-PrefillRange RangeFor(int32_t total) {
+ProgressRange RangeFor(int32_t total) {
   return {static_cast<uint16_t>(std::max<int32_t>(total, 1)),
           static_cast<uint16_t>(total == 0 ? 1 : 0)};
 }
