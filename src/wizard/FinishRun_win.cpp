@@ -100,7 +100,7 @@ FinishOutcome FinishRun::SaveSettings() {
     const std::string& storeId = m_request.spamFolder.secondId;
     settings.SetMessageStoreId(storeId.data(), static_cast<uint32_t>(storeId.size()));
   }
-  return OutcomeOf(Succeeded(settings.Save(m_settingsName)));
+  return OutcomeOf(Succeeded(settings.Save()));
 }
 
 FinishOutcome FinishRun::WriteWhitelist() {
@@ -124,7 +124,7 @@ FinishOutcome FinishRun::RefreshStoreId() {
   }
   FilterSettings settings(m_settingsName);
   settings.SetMessageStoreId(storeId.data(), static_cast<uint32_t>(storeId.size()));
-  return OutcomeOf(Succeeded(settings.Save(m_settingsName)));
+  return OutcomeOf(Succeeded(settings.Save()));
 }
 
 FinishOutcome FinishRun::AddRule() {
