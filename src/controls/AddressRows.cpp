@@ -65,7 +65,8 @@ EditOutcome DecideEdit(const AddressEdit& edit,
                        const std::function<bool(const std::wstring&)>& isValid,
                        const std::function<bool(const std::wstring&)>& exists) {
   const std::wstring form = AddressForm(edit.typed);
-  if (edit.cancelled || form == edit.before) {
+  // A collected text need not be in the form of typed ones.
+  if (edit.cancelled || edit.typed == edit.before || form == edit.before) {
     return edit.before.empty() ? EditOutcome::kRemove : EditOutcome::kKeep;
   }
   if (form.empty()) {

@@ -91,6 +91,11 @@ TEST_F(DecideEditTest, OldTextIsNoChangeEvenIfItIsNoAddress) {
   EXPECT_EQ(Decide(L"harvested", L"harvested"), EditOutcome::kKeep);
 }
 
+TEST_F(DecideEditTest, UntouchedTextIsNoChangeWhateverItsForm) {
+  EXPECT_EQ(Decide(L" in blanks ", L" in blanks "), EditOutcome::kKeep);
+  EXPECT_EQ(Decide(L" ", L" "), EditOutcome::kKeep);
+}
+
 TEST_F(DecideEditTest, RowWhoseTextIsDeletedGoes) {
   EXPECT_EQ(Decide(L"a@b.org", L"  "), EditOutcome::kRemove);
   EXPECT_EQ(Decide(L"", L""), EditOutcome::kRemove);

@@ -145,14 +145,14 @@ void CGridCtrl::FinishEdit() {
   }
   const FinishingGuard guard;
   const HWND editor = m_editor;
-  ReadCellEditor(editor, m_textBuffer.get(), m_textCapacity);
+  m_textBuffer = CellEditorText(editor);
   ComboItem item;
   item.index = CellEditorItem(editor);
   if (item.index >= 0) {
     item.data = ::SendMessageW(editor, CB_GETITEMDATA, static_cast<WPARAM>(item.index), 0);
   }
   const bool done =
-      OnCellEditDone(m_editRow, m_editCol, m_textBuffer.get(), item, IsCellEditorCancelled(editor));
+      OnCellEditDone(m_editRow, m_editCol, m_textBuffer, item, IsCellEditorCancelled(editor));
   if (done) {
     m_editor = nullptr;
     m_editRow = m_editCol = -1;

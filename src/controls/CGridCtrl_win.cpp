@@ -47,7 +47,7 @@ const MessageEntry CGridCtrl::kEntries[] = {
 };
 const MessageTable CGridCtrl::kMessages = {&CWnd::kMessages, CGridCtrl::kEntries};
 
-CGridCtrl::CGridCtrl() : m_textBuffer(std::make_unique<wchar_t[]>(m_textCapacity)) {
+CGridCtrl::CGridCtrl() {
   KillMeMessage();
   SuicideMessage();
 }

@@ -3,7 +3,6 @@
 
 #include <windows.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -97,7 +96,8 @@ class CGridCtrl : public CListCtrl {
 
   void SetTrackHover(bool on) { m_trackHover = on; }
 
-  // The longest text that the edit box takes, in UTF-16 units.
+  // The longest text that can be typed in the edit box, in UTF-16 units. A cell's longer text can
+  // be edited all the same: nothing is cut.
   void SetEditLimit(uint16_t units) { m_editLimit = units; }
 
   // The name that a screen reader gives to the control: the list view's window text.
@@ -208,6 +208,9 @@ class CGridCtrl : public CListCtrl {
   // The open editor's window, or null.
   [[nodiscard]] HWND Editor() const { return m_editor; }
 
+  // Is the grid's top-level window the active one?
+  [[nodiscard]] bool OwnsActiveWindow() const;
+
  private:
   [[nodiscard]] bool IsReportMode() const;
   [[nodiscard]] GridGeometry Geometry() const;
@@ -221,7 +224,6 @@ class CGridCtrl : public CListCtrl {
   void PlaceEditor() const;
   void FinishEdit();
   void DropEditor();
-  [[nodiscard]] bool OwnsActiveWindow() const;
   void Search();
   void EndSearch();
   void ShowSearchTip(const RECT& cell);
@@ -238,8 +240,8 @@ class CGridCtrl : public CListCtrl {
   int32_t m_hoverCol = -1;
   bool m_trackHover = false;
   uint16_t m_editLimit = 100;
-  uint16_t m_textCapacity = 255;
-  std::unique_ptr<wchar_t[]> m_textBuffer;
+  uint16_t m_textCapacity = 255;  // of the searched text
+  std::wstring m_textBuffer;      // the whole text of the edit that ended last
   bool m_typeAhead = true;
   SearchText m_searchText;
   UINT m_searchTimeout = 2500;

@@ -3,6 +3,7 @@
 #include <commctrl.h>
 
 #include <atomic>
+#include <cwchar>
 
 #include "ui/CWnd.h"
 
@@ -11,6 +12,9 @@ namespace {
 
 // How far an open list may reach below its combo box, at 96 pixels per inch.
 constexpr int kDropHeight = 160;
+
+// For an item's text, before more is known of its length.
+constexpr size_t kFirstRoom = 255;
 
 // Of the one editor of the process.
 std::atomic<HWND> g_editor = nullptr;
@@ -246,20 +250,30 @@ void ReopenCellEditor(HWND editor) {
   ::SetWindowLongPtrW(editor, GWLP_USERDATA, 0);
 }
 
-void ReadCellEditor(HWND editor, wchar_t* text, int room) {
-  text[0] = L'\0';
+std::wstring CellEditorText(HWND editor) {
   if (!g_isCombo || g_isEditable) {
-    ::GetWindowTextW(editor, text, room);
-    return;
+    return WindowText(editor);
   }
   // The window's text of a box without an edit control is empty.
-  COMBOBOXEXITEMW item = {};
-  item.mask = CBEIF_TEXT;
-  item.iItem = ::SendMessageW(editor, CB_GETCURSEL, 0, 0);
-  item.pszText = text;
-  item.cchTextMax = room;
-  if (item.iItem >= 0) {
+  const LRESULT chosen = ::SendMessageW(editor, CB_GETCURSEL, 0, 0);
+  if (chosen < 0) {
+    return {};
+  }
+  std::wstring text(kFirstRoom, L'\0');
+  for (;;) {
+    COMBOBOXEXITEMW item = {};
+    item.mask = CBEIF_TEXT;
+    item.iItem = chosen;
+    item.pszText = text.data();
+    item.cchTextMax = static_cast<int>(text.size());
     ::SendMessageW(editor, CBEM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    const size_t length = std::wcslen(text.c_str());
+    if (length + 1 < text.size()) {
+      text.resize(length);
+      return text;
+    }
+    // It may have been cut.
+    text.resize(text.size() * 2);
   }
 }
 

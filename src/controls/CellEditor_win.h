@@ -31,7 +31,8 @@ struct CellEditorPlace {
   std::wstring text;  // selected as a whole
 };
 
-// An edit box with the focus that takes texts of up to `limit` units. Null if the system refuses or
+// An edit box with the focus in which texts of up to `limit` units can be typed; a longer one that
+// is there already stays whole. Null if the system refuses or
 // if there is an editor somewhere in the process: they share the data of their window procedures.
 HWND CreateCellEdit(const CellEditorPlace& place, uint16_t limit);
 
@@ -47,8 +48,9 @@ bool IsCellEditorCancelled(HWND editor);
 // Forgets a key that has ended the edit: the editor stays.
 void ReopenCellEditor(HWND editor);
 
-// Reads the editor's text, cut to the room with its NUL.
-void ReadCellEditor(HWND editor, wchar_t* text, int room);
+// The editor's whole text. In a combo box without an edit control that of the chosen item, empty
+// for none.
+std::wstring CellEditorText(HWND editor);
 
 // In a combo box: the chosen item, -1 for none. An editable one whose text is none of its items
 // first gets it as a new one. -1 for an edit box.

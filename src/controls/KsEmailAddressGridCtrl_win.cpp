@@ -224,6 +224,10 @@ void KsEmailAddressGridCtrl::StoreAddress(int row, const std::wstring& address) 
 }
 
 void KsEmailAddressGridCtrl::ShowTip(const std::wstring& text, int row) {
+  // A text that is refused because its window was left must not be spoken of over another one.
+  if (!OwnsActiveWindow()) {
+    return;
+  }
   RECT cell = CellRectangle(row, kAddressColumn);
   ::MapWindowPoints(Handle(), nullptr, reinterpret_cast<POINT*>(&cell), 2);
   m_tip.ShowAt(text, cell);

@@ -113,6 +113,9 @@ bool KsFileExtensionsGridCtrl::OnCellEditDone(int row, int col, const std::wstri
 }
 
 void KsFileExtensionsGridCtrl::ShowTip(const std::wstring& text, int row, int col) {
+  if (!OwnsActiveWindow()) {
+    return;
+  }
   RECT cell = CellRectangle(row, col);
   ::MapWindowPoints(Handle(), nullptr, reinterpret_cast<POINT*>(&cell), 2);
   m_tip.ShowAt(text, cell);

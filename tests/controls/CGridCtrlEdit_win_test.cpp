@@ -181,11 +181,33 @@ TEST_F(CGridCtrlEditTest, TabTakesTheTextAndF2OpensTheEditor) {
   EXPECT_EQ(m_grid.ItemText(2, kText), L"carla");
 }
 
-TEST_F(CGridCtrlEditTest, TextBeyondTheSharedBufferIsCut) {
+TEST_F(CGridCtrlEditTest, TextOfAnyLengthIsTakenWhole) {
   m_grid.SetEditLimit(1000);
-  SetEditText(Open(1, kText), std::wstring(400, L'x'));
+  for (const size_t length : {254, 255, 256, 1000}) {
+    SetEditText(Open(1, kText), std::wstring(length, L'x'));
+    PressKey(VK_RETURN);
+    EXPECT_EQ(m_grid.ItemText(1, kText), std::wstring(length, L'x'));
+  }
+}
+
+TEST_F(CGridCtrlEditTest, TextLongerThanWhatCanBeTypedIsEditedWhole) {
+  const std::wstring text(40'000, L'x');
+  m_grid.SetItemText(1, kText, text);
+  EXPECT_EQ(WindowText(Open(1, kText)), text);
   PressKey(VK_RETURN);
-  EXPECT_EQ(m_grid.ItemText(1, kText), std::wstring(254, L'x'));
+  EXPECT_EQ(m_grid.ItemText(1, kText), text);
+}
+
+TEST_F(CGridCtrlEditTest, ChoiceOfAnyLengthIsTakenWhole) {
+  for (const size_t length : {253, 254, 255, 600}) {
+    const std::wstring text(length, L'x');
+    m_grid.choices = {L"red", text};
+    m_grid.SetItemText(1, kChoice, text);
+    Open(1, kChoice);
+    PressKey(VK_RETURN);
+    EXPECT_EQ(m_grid.ItemText(1, kChoice), text);
+    EXPECT_EQ(m_grid.edits.back().text.size(), length);
+  }
 }
 
 TEST_F(CGridCtrlEditTest, SecondEditorInTheProcessIsRefused) {

@@ -15,6 +15,14 @@ using testing::ElementsAre;
 class EmailGrid : public KsEmailAddressGridCtrl {
  public:
   using CGridCtrl::Editor;
+  int paintTimers = 0;  // messages of the timer that ends the hold of painting
+
+ protected:
+  LRESULT OnTimer(const MessageArgs& args) override {
+    constexpr WPARAM kPaintTimer = 0x4750;
+    paintTimers += args.wParam == kPaintTimer ? 1 : 0;
+    return KsEmailAddressGridCtrl::OnTimer(args);
+  }
 };
 
 class KsEmailAddressGridCtrlTest : public GridFixture {
@@ -152,6 +160,69 @@ TEST_F(KsEmailAddressGridCtrlTest, EditTakesHundredCharacters) {
   m_grid.ActOnCell(0, 0, nullptr);
   EXPECT_EQ(::SendMessageW(m_grid.Editor(), EM_GETLIMITTEXT, 0, 0), 100);
   PressKey(VK_ESCAPE);
+}
+
+TEST_F(KsEmailAddressGridCtrlTest, CollectedTextOfAnyLengthAndFormIsLeftAsItWas) {
+  const std::vector<std::wstring> texts = {std::wstring(300, L'x'), std::wstring(5000, L'y'),
+                                           L" between blanks ", L"a\ttab and\r\ntwo lines"};
+  for (const std::wstring& text : texts) {
+    const int row = m_grid.AddAddress(text);
+    for (const bool byReturn : {true, false}) {
+      m_grid.ActOnCell(row, 0, nullptr);
+      ASSERT_TRUE(m_grid.IsEditing());
+      EXPECT_EQ(WindowText(m_grid.Editor()), text);
+      if (byReturn) {
+        PressKey(VK_RETURN);
+      } else {
+        ::SetFocus(m_other);
+        Pump();
+      }
+      EXPECT_FALSE(m_grid.IsEditing());
+      EXPECT_EQ(Tip(), L"");
+      EXPECT_EQ(m_grid.ItemText(row, 0), text);
+      m_grid.ClearEditState();
+    }
+  }
+  EXPECT_EQ(m_grid.ItemCount(), static_cast<int>(texts.size()));
+}
+
+TEST_F(KsEmailAddressGridCtrlTest, LongTextThatIsChangedIsJudgedWhole) {
+  const std::wstring text = std::wstring(300, L'x') + L"@b.org";
+  m_grid.AddAddress(text);
+  // The first 254 units alone, and those of another row's address, would be something else.
+  Edit(0, text + L" and more");
+  EXPECT_TRUE(m_grid.IsEditing());
+  EXPECT_EQ(Tip(), L"No address.");
+  EXPECT_EQ(WindowText(m_grid.Editor()), text + L" and more");
+  PressKey(VK_ESCAPE);
+  EXPECT_THAT(Rows(), ElementsAre(text));
+}
+
+TEST_F(KsEmailAddressGridCtrlTest, RefusalInAWindowThatIsLeftShowsNoTipOverTheOther) {
+  Add({L"a@b.org"});
+  m_grid.ActOnCell(0, 0, nullptr);
+  SetEditText(m_grid.Editor(), L"nonsense");
+  const HWND elsewhere = ::CreateWindowExW(0, L"STATIC", L"elsewhere", WS_POPUP | WS_VISIBLE, 700,
+                                           60, 50, 50, nullptr, nullptr, nullptr, nullptr);
+  ::SetActiveWindow(elsewhere);
+  ::SetFocus(elsewhere);
+  Pump();
+  EXPECT_EQ(Tip(), L"");
+  ::DestroyWindow(elsewhere);
+  ::SetActiveWindow(m_parent.Handle());
+  ::SetFocus(m_grid.Editor());
+  PressKey(VK_RETURN);
+  EXPECT_TRUE(m_grid.IsEditing());
+  EXPECT_EQ(Tip(), L"No address.");
+  PressKey(VK_ESCAPE);
+}
+
+TEST_F(KsEmailAddressGridCtrlTest, TimerOfPaintingEndsWithTheFirstLook) {
+  Add({L"a@b.org", L"b@b.org"});
+  EXPECT_TRUE(PumpUntil([this] { return m_grid.paintTimers > 0; })) << "painting was not held";
+  const ULONGLONG end = ::GetTickCount64() + 200;
+  PumpUntil([end] { return ::GetTickCount64() > end; });
+  EXPECT_LE(m_grid.paintTimers, 2) << "a message that was due already may come";
 }
 
 TEST_F(KsEmailAddressGridCtrlTest, DomainModeTakesDomains) {

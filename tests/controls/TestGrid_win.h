@@ -17,6 +17,7 @@ enum Column { kText, kTick, kChoice, kFreeChoice, kButton, kNothing, kColumns };
 class TestGrid : public CGridCtrl {
  public:
   bool refuse = false;
+  std::vector<std::wstring> choices = {L"red", L"green", L"blue"};
   bool handleDoubleClick = false;
   std::vector<GridCell> clicked;
   GridCell editCellInClick;
@@ -52,7 +53,7 @@ class TestGrid : public CGridCtrl {
     }
   }
   std::vector<std::wstring> ComboChoices(int /*row*/, int /*col*/) const override {
-    return {L"red", L"green", L"blue"};
+    return choices;
   }
   void OnCellClicked(int row, int col) override {
     clicked.push_back({row, col});
