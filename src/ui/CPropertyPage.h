@@ -35,6 +35,10 @@ class CPropertyPage : public CDialog {
   // The sheet is being closed without Finish.
   virtual void OnReset() {}
 
+  // A message of the keyboard or the mouse is about to go to this page or a window in it, whichever
+  // has the focus; called while the page is in front. True: it has been dealt with.
+  virtual bool PreTranslate(const MSG& /*message*/) { return false; }
+
   LRESULT WindowProc(const MessageArgs& args) override;
 
   // The keys Enter and Escape belong to the sheet.

@@ -129,6 +129,19 @@ bool CPropertySheet::IsOpen() const {
   return Handle() != nullptr && Send(PSM_GETCURRENTPAGEHWND) != 0;
 }
 
+// The page in front sees input before the sheet does, and the sheet before the controls.
+bool CPropertySheet::TakesInput(MSG* message) const {
+  if (Handle() == nullptr || !IsInput(message->message)) {
+    return false;
+  }
+  const auto window = reinterpret_cast<HWND>(Send(PSM_GETCURRENTPAGEHWND));
+  auto* const page = dynamic_cast<CPropertyPage*>(CWnd::FromHandle(window));
+  const bool isForPage =
+      page != nullptr && (message->hwnd == window || ::IsChild(window, message->hwnd) != FALSE);
+  return (isForPage && page->PreTranslate(*message)) ||
+         Send(PSM_ISDIALOGMESSAGE, 0, reinterpret_cast<LPARAM>(message)) != 0;
+}
+
 INT_PTR CPropertySheet::RunModalLoop() {
   ThreadState* const state = ThreadState::Current();
   const OwnerWatch watch(m_owner);
@@ -146,9 +159,7 @@ INT_PTR CPropertySheet::RunModalLoop() {
       ::PostQuitMessage(static_cast<int>(message.wParam));
       return IDCANCEL;
     }
-    const bool taken = Handle() != nullptr && IsInput(message.message) &&
-                       Send(PSM_ISDIALOGMESSAGE, 0, reinterpret_cast<LPARAM>(&message)) != 0;
-    if (!taken) {
+    if (!TakesInput(&message)) {
       ::TranslateMessage(&message);
       ::DispatchMessageW(&message);
     }

@@ -56,6 +56,7 @@ class CPropertySheet : public CWnd {
   bool CreateSheet();
   INT_PTR RunModalLoop();
   [[nodiscard]] bool IsOpen() const;
+  [[nodiscard]] bool TakesInput(MSG* message) const;
   void EnsureFocus() const;
 
   std::wstring m_caption;

@@ -203,6 +203,20 @@ LRESULT CPagePrefill::HandleItemChanged(const MessageArgs& /*args*/) {
   return 0;
 }
 
+// The grid passes the keys of its commands on; buttons keep theirs.
+bool CPagePrefill::PreTranslate(const MSG& message) {
+  const auto isDown = [](int key) { return ::GetKeyState(key) < 0; };
+  const bool isCommandKey = message.message == WM_KEYUP &&
+                            (message.wParam == VK_INSERT || message.wParam == VK_DELETE) &&
+                            !isDown(VK_CONTROL) && !isDown(VK_SHIFT) && !isDown(VK_MENU);
+  if (!isCommandKey || m_finished == 0 || ::GetParent(message.hwnd) != Handle() ||
+      message.hwnd == m_addressGrid.Handle()) {
+    return false;
+  }
+  Send(message.message, message.wParam, message.lParam);
+  return true;
+}
+
 LRESULT CPagePrefill::HandleKeyUp(const MessageArgs& args) {
   const int command = args.wParam == VK_INSERT   ? IDC_ADD_ADDRESS
                       : args.wParam == VK_DELETE ? IDC_REMOVE_ADDRESS

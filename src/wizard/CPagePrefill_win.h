@@ -24,6 +24,7 @@ class CPagePrefill : public CPageWizardDefault {
   bool OnInitDialog() override;
   bool OnKillActive() override;
   void OnReset() override;
+  bool PreTranslate(const MSG& message) override;
   [[nodiscard]] const MessageTable* Messages() const override { return &kMessages; }
   static const MessageTable kMessages;
   static const MessageEntry kEntries[];

@@ -127,6 +127,21 @@ class PrefillPageTest : public WizardFixture {
     Ask(session, kGrid, LVM_SETITEMSTATE, static_cast<WPARAM>(row),
         reinterpret_cast<LPARAM>(&item));
   }
+  // Gives a window of the sheet the focus, as the Tab key does.
+  static void FocusWindow(const WizardSession& session, HWND window) {
+    ::PostMessageW(session.CurrentPage(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(window), TRUE);
+    WizardSession::Require(
+        [&] {
+          GUITHREADINFO info = {};
+          info.cbSize = sizeof(info);
+          ::GetGUIThreadInfo(::GetWindowThreadProcessId(session.Sheet(), nullptr), &info);
+          return info.hwndFocus == window;
+        },
+        "the control has no focus");
+  }
+  static void Focus(const WizardSession& session, int control) {
+    FocusWindow(session, session.Control(control));
+  }
   static bool IsEditOpen(const WizardSession& session) {
     return ::FindWindowExW(session.AddressGrid(), nullptr, L"Edit", nullptr) != nullptr;
   }
@@ -431,6 +446,57 @@ TEST_F(PrefillPageTest, InsertAndDeleteKeysAddAndRemove) {
   PressKey(VK_ESCAPE);
   WizardSession::Require([&] { return !IsEditOpen(*session); }, "the edit stayed");
   EXPECT_THAT(session->Addresses(), ElementsAre(L"ben@b.org"));
+}
+
+TEST_F(PrefillPageTest, InsertAndDeleteKeysWorkWhicheverControlHasTheFocus) {
+  const auto session = StartAtAddresses({L"anna@b.org", L"ben@b.org", L"carl@b.org"});
+  WizardSession::Require([&] { return session->IsButtonUsable(kNextButton); }, "no Next");
+  ::SetForegroundWindow(session->Sheet());
+  size_t rows = 3;
+  for (const int control : {kAddButton, kRemoveButton}) {
+    SelectRow(*session, -1, false);
+    SelectRow(*session, 0);
+    Focus(*session, control);
+    PressKey(VK_DELETE);
+    --rows;
+    EXPECT_TRUE(WaitUntil([&] { return session->Addresses().size() == rows; })) << control;
+    SelectRow(*session, 0);
+    Focus(*session, control);
+    PressKey(VK_INSERT);
+    WaitForEdit(*session);
+    PressKey(VK_ESCAPE);
+    WizardSession::Require([&] { return !IsEditOpen(*session); }, "the edit stayed");
+  }
+  EXPECT_THAT(session->Addresses(), ElementsAre(L"carl@b.org"));
+}
+
+TEST_F(PrefillPageTest, KeysOfOtherCommandsAndOfTheSheetsButtonsRemoveNothing) {
+  const auto session = StartAtAddresses({L"anna@b.org"});
+  WizardSession::Require([&] { return session->IsButtonUsable(kNextButton); }, "no Next");
+  ::SetForegroundWindow(session->Sheet());
+  SelectRow(*session, 0);
+  Focus(*session, kAddButton);
+  PressKey(VK_DELETE, {VK_SHIFT});
+  PressKey(VK_INSERT, {VK_CONTROL});
+  FocusWindow(*session, session->Button(kNextButton));
+  PressKey(VK_DELETE);
+  PressKey(VK_INSERT);
+  // A key that does something, behind which the others must have come through.
+  PressKey(VK_RETURN);
+  session->WaitForPage(Page::kSettings);
+  EXPECT_THAT(m_request.prefillAddresses, ElementsAre(L"anna@b.org"));
+}
+
+TEST_F(PrefillPageTest, InsertWhileAddressesAreReadOpensNoRow) {
+  CollectUntilStopped();
+  const auto session = StartAtPrefill();
+  ::SetForegroundWindow(session->Sheet());
+  Focus(*session, kStopButton);
+  PressKey(VK_INSERT);
+  PressKey(VK_SPACE);
+  session->WaitForAddresses();
+  EXPECT_FALSE(IsEditOpen(*session));
+  EXPECT_EQ(Ask(*session, kGrid, LVM_GETITEMCOUNT), 0);
 }
 
 TEST_F(PrefillPageTest, ComingBackShowsTheGridAsItWasLeftAndReadsNothingAgain) {
