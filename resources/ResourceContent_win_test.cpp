@@ -4,10 +4,12 @@
 
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "LanguageModule_win.h"
 #include "resource.h"
+#include "support/Text.h"
 
 namespace postmarker::test {
 namespace {
@@ -23,6 +25,9 @@ constexpr UINT kTexts[] = {
     IDS_ADDRESS_GRID,       IDS_DOMAIN_COLUMN,      IDS_TYPE_ADDRESS,
     IDS_ADDRESSES_LEFT_OUT, IDS_ADDRESS_COLUMN};
 
+constexpr UINT kDialogs[] = {IDD_PAGE_WELCOME, IDD_PAGE_CHOOSE_CLIENT, IDD_PAGE_SPAM_FOLDER,
+                             IDD_PAGE_PREFILL, IDD_PAGE_SETTINGS,      IDD_NEW_FOLDER};
+
 constexpr UINT kTiles[] = {IDB_TILE_OUTLOOK,     IDB_TILE_WINDOWS_MAIL, IDB_TILE_OUTLOOK_EXPRESS,
                            IDB_TILE_THUNDERBIRD, IDB_TILE_INCREDIMAIL,  IDB_TILE_WINDOWS_LIVE_MAIL};
 
@@ -32,6 +37,33 @@ size_t Count(const std::wstring& text, const std::wstring& part) {
     ++count;
   }
   return count;
+}
+
+// Every text of a language that a person can read, in lower case.
+std::vector<std::wstring> AllTexts(const LanguageModule& module) {
+  std::vector<std::wstring> texts;
+  for (const UINT id : kTexts) {
+    texts.push_back(module.Text(id));
+  }
+  for (const UINT id : kDialogs) {
+    for (const Control& control : HiddenDialog(module, id, 96).Controls()) {
+      texts.push_back(control.text);
+    }
+  }
+  for (std::wstring& text : texts) {
+    ::CharLowerBuffW(text.data(), static_cast<DWORD>(text.size()));
+  }
+  return texts;
+}
+
+// Expects that no text has a word with one of these beginnings.
+void ExpectNoWord(const LanguageModule& module, const std::vector<std::wstring>& beginnings) {
+  for (const std::wstring& text : AllTexts(module)) {
+    for (const std::wstring& beginning : beginnings) {
+      EXPECT_EQ(0u, Count(L" " + text, L" " + beginning))
+          << NarrowUtf8(beginning) << " in: " << NarrowUtf8(text);
+    }
+  }
 }
 
 class ContentTest : public testing::TestWithParam<const wchar_t*> {
@@ -48,6 +80,8 @@ class ContentTest : public testing::TestWithParam<const wchar_t*> {
     }
     return info;
   }
+
+  [[nodiscard]] bool IsGerman() const { return std::wstring(GetParam()) == L"de"; }
 
   const LanguageModule m_module{GetParam()};
 };
@@ -82,6 +116,37 @@ TEST_P(ContentTest, OtherTextsHoldNoPlaceholder) {
     if (id != IDS_RESTART_CLIENT && id != IDS_ADDRESSES_LEFT_OUT) {
       EXPECT_EQ(std::wstring::npos, m_module.Text(id).find(L'%')) << id;
     }
+  }
+}
+
+TEST_P(ContentTest, NoTextSpeaksByColor) {
+  ExpectNoWord(m_module,
+               IsGerman() ? std::vector<std::wstring>{L"grau", L"rot", L"gr\u00FCn", L"blau",
+                                                      L"schwarz", L"wei\u00DF", L"farb"}
+                          : std::vector<std::wstring>{L"gray", L"grey", L"red ", L"green", L"blue",
+                                                      L"black", L"white", L"dimmed", L"color"});
+}
+
+TEST_P(ContentTest, PageThatTellsHowToChangeTheAddressesNamesTheKeys) {
+  const HiddenDialog page(m_module, IDD_PAGE_PREFILL, 96);
+  ASSERT_NE(nullptr, page.Find(IDC_ADDRESS_LABEL));
+  const std::wstring label = page.Find(IDC_ADDRESS_LABEL)->text;
+  const std::wstring insert = IsGerman() ? L"Einfg" : L"Insert";
+  for (const std::wstring& key :
+       {std::wstring(L"F2"), insert, std::wstring(IsGerman() ? L"Entf" : L"Delete")}) {
+    EXPECT_NE(std::wstring::npos, label.find(key)) << NarrowUtf8(key);
+  }
+  EXPECT_NE(std::wstring::npos, m_module.Text(IDS_NO_ADDRESSES).find(insert));
+}
+
+TEST_P(ContentTest, WelcomePageNamesTheButtonThatSavesAsTheSettingsPageDoes) {
+  const std::wstring finish = IsGerman() ? L"\u201EFertig stellen\u201C" : L"click Finish";
+  for (const auto& [dialog, control] :
+       {std::pair<UINT, int>(IDD_PAGE_WELCOME, IDC_BODY),
+        std::pair<UINT, int>(IDD_PAGE_SETTINGS, IDC_SETTINGS_FINISH)}) {
+    const HiddenDialog page(m_module, dialog, 96);
+    ASSERT_NE(nullptr, page.Find(control));
+    EXPECT_NE(std::wstring::npos, page.Find(control)->text.find(finish)) << dialog;
   }
 }
 
@@ -178,7 +243,7 @@ TEST_P(ContentTest, VersionInformationNamesMakerProductAndLanguage) {
   ASSERT_TRUE(::VerQueryValueW(info.data(), L"\\VarFileInfo\\Translation",
                                reinterpret_cast<void**>(&translation), &size));
   ASSERT_EQ(sizeof(Translation), size);
-  const bool german = std::wstring(GetParam()) == L"de";
+  const bool german = IsGerman();
   EXPECT_EQ(german ? LANG_GERMAN : LANG_ENGLISH, PRIMARYLANGID(translation->language));
 
   const std::wstring block =
@@ -193,7 +258,7 @@ TEST_P(ContentTest, VersionInformationNamesMakerProductAndLanguage) {
 }
 
 TEST_P(ContentTest, ResourcesAreMarkedWithTheModulesLanguage) {
-  const bool german = std::wstring(GetParam()) == L"de";
+  const bool german = IsGerman();
   const WORD language = german ? MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN)
                                : MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US);
   for (const UINT id : {IDD_PAGE_WELCOME, IDD_PAGE_CHOOSE_CLIENT, IDD_PAGE_SPAM_FOLDER,
@@ -210,6 +275,13 @@ std::string LanguageName(const testing::TestParamInfo<const wchar_t*>& info) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Every, ContentTest, testing::ValuesIn(kLanguages), LanguageName);
+
+TEST(TextsOfLanguagesTest, EnglishIsAmerican) {
+  ExpectNoWord(LanguageModule(L"en"),
+               {L"behaviour", L"cancelled", L"catalogue", L"centre", L"colour", L"customis",
+                L"dialogue", L"favour", L"finalis", L"grey", L"initialis", L"licence", L"organis",
+                L"programme", L"recognis", L"summaris", L"synchronis", L"whilst"});
+}
 
 TEST(TextsOfLanguagesTest, GermanKeepsItsUmlauts) {
   const LanguageModule german(L"de");

@@ -8,7 +8,7 @@
 #define IDI_POSTMARKER 10001  // the sheet's small icon: 16, 20, 24, 32 and 48 pixels
 #define IDB_BANNER 10002      // first and last page; twice the control's size at 96 dpi
 
-// The tiles of the mail clients: an envelope with a letter in a colour each, 48 pixels square, on
+// The tiles of the mail clients: an envelope with a letter in a color each, 48 pixels square, on
 // white, which stands for transparent.
 #define IDB_TILE_OUTLOOK 10003
 #define IDB_TILE_WINDOWS_MAIL 10004
@@ -80,7 +80,7 @@
 #define IDS_READING_FOLDERS 10016  // the tree's only item until the folders are there
 #define IDS_RESTART_CLIENT 10017   // notice at the end; two %s, both wide, both the client's name
 #define IDS_ADDRESS_IS_THERE 10018     // tip at a row being edited: another row has this address
-#define IDS_ADDRESS_INVALID 10020      // tip at a row being edited: this is no address
+#define IDS_ADDRESS_INVALID 10020      // tip at a row being edited: this can't be in the list
 #define IDS_CLIENT_NOT_FOUND 10022     // under a client's name: it is not on this machine
 #define IDS_NO_ADDRESSES 10023         // stands in the grid of addresses while it is empty
 #define IDS_ADDRESS_GRID 10024         // name of the grid for who reads the screen aloud

@@ -130,7 +130,7 @@ void CGridCtrl::DrawCellText(const DrawContext& context) const {
 }
 
 void CGridCtrl::DrawCellFocus(const DrawContext& context) const {
-  // In the colour of the text, which stands out on every background.
+  // In the color of the text, which stands out on every background.
   const BrushHandle brush(::CreateSolidBrush(CellTextColor(context)));
   RECT frame = context.rect;
   ::InflateRect(&frame, -1, -1);

@@ -36,7 +36,8 @@ class ClientPageTest : public WizardFixture {
       return tip != nullptr;
     }));
     EXPECT_EQ(TextOf(tip),
-              L"Please select a mail program. Programs shown in grey cannot be set up.");
+              L"Please select a mail program. Programs with a note below their name cannot be set "
+              L"up.");
     EXPECT_TRUE(session.IsOn(Page::kClients));
   }
 
