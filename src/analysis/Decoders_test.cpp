@@ -128,6 +128,12 @@ TEST(DecodeEncodedWords, DecodesBothEncodings) {
   EXPECT_EQ(EncodedWords("=?u?b?QUJD?="), (Words{"ABC", 12}));
 }
 
+TEST(DecodeEncodedWords, DecodesTheShortestWordAtTheEndOfTheText) {
+  EXPECT_EQ(EncodedWords("=??q?x?="), (Words{"x", 8}));
+  EXPECT_EQ(EncodedWords("text =??q?x?="), (Words{"text x", 8}));
+  EXPECT_EQ(EncodedWords("=??q?x?"), (Words{"=??q?x?", 0}));
+}
+
 TEST(DecodeEncodedWords, UnderscoreStays) {
   EXPECT_EQ(EncodedWords("=?iso-8859-1?q?a_b?="), (Words{"a_b", 20}));
 }

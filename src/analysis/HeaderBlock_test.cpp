@@ -51,6 +51,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"StrayCloserCountsAsOutside", "X: a)b(c)d\r\n\r\n", "[x=abcd]"},
         Case{"CommentInTheName", "X(:y):b\r\n\r\n", "[x=b]"},
         Case{"QuotesKeepParenthesesAndBlanks", "X: \"(a)  b\"  (c)\r\n\r\n", "[x=\"(a)  b\"]"},
+        Case{"OpenQuoteEndsWithItsHeader", "A: \"b\r\nC: d (e)  f  g\r\n\r\n", "[a=\"b][c=d  f g]"},
         Case{"BlankAfterBlankGoes", "X: a   b\r\n\r\n", "[x=a b]"},
         Case{"BlankAfterCommentStays", "X: a (b) c\r\n\r\n", "[x=a  c]"},
         Case{"BlankAfterCrStays", "X: a \r b\r\n\r\n", "[x=a  b]"},

@@ -167,8 +167,8 @@ TEST(KsHostInfo, PrivateAddresses) {
                               "[192.168.0.1]", "10.1.1.1", "[10.1.1.1]", "1192.1.1.1"}) {
     EXPECT_TRUE((KsHostInfo{"", address, ""}).IsPrivateAddress()) << address;
   }
-  for (const char* address :
-       {"", "172.17.0.1", "1.10.1.1", "110.1.1.1", "12192.1", "[[10.1.1.1]"}) {
+  for (const char* address : {"", "172.17.0.1", "172.160.0.1", "[172.168.0.1]", "1.10.1.1",
+                              "110.1.1.1", "12192.1", "[[10.1.1.1]"}) {
     EXPECT_FALSE((KsHostInfo{"", address, ""}).IsPrivateAddress()) << address;
   }
 }
