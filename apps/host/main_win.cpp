@@ -15,6 +15,7 @@
 #include "postmarker/Postmarker.h"
 #include "support/Handles_win.h"
 #include "support/Registry_win.h"
+#include "support/SuiteKeys.h"
 #include "support/Text.h"
 
 namespace postmarker {
@@ -79,8 +80,7 @@ std::optional<Options> ParseOptions(const std::vector<std::wstring>& arguments) 
 // rights.
 void SetSuiteLanguage(const std::wstring& language) {
   const RegistryKey key =
-      RegistryKey::Create(HKEY_LOCAL_MACHINE, L"Software\\Kestrelon Ltd.\\Kestrelon\\Main",
-                          KEY_SET_VALUE | SuiteKeyView());
+      RegistryKey::Create(HKEY_LOCAL_MACHINE, kMainKey, KEY_SET_VALUE | SuiteKeyView());
   if (!key.WriteString(L"Language", language)) {
     (void)std::fprintf(stderr, "postmarker-host: the language could not be set\n");
   }

@@ -4,19 +4,12 @@
 
 #include <string>
 
+#include "support/TokenListing.h"
+
 namespace postmarker {
 namespace {
 
-std::string Listed(const TokenCountMap& counts) {
-  std::string listed;
-  for (const TokenCountMap::Item& item : counts) {
-    listed.append(listed.empty() ? "" : " ").append(item.key);
-    if (item.count != 1) {
-      listed.append(":").append(std::to_string(item.count));
-    }
-  }
-  return listed;
-}
+using test::Listed;
 
 struct Scan {
   TokenCountMap tokens;

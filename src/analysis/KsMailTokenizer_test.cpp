@@ -7,28 +7,12 @@
 #include <vector>
 
 #include "support/Prefixes.h"
+#include "support/TokenListing.h"
 
 namespace postmarker {
 namespace {
 
-std::string Listed(const TokenCountMap& counts) {
-  std::string listed;
-  for (const TokenCountMap::Item& item : counts) {
-    listed.append(listed.empty() ? "" : " ").append(item.key);
-    if (item.count != 1) {
-      listed.append(":").append(std::to_string(item.count));
-    }
-  }
-  return listed;
-}
-
-std::string Listed(const WordList& words) {
-  std::string listed;
-  for (const std::string_view word : words) {
-    listed.append(listed.empty() ? "" : "|").append(word);
-  }
-  return listed;
-}
+using test::Listed;
 
 ResultCode Parse(KsMailTokenizer* tokenizer, std::string_view message, HtmlToText html = nullptr,
                  PdfHelper* pdf = nullptr) {

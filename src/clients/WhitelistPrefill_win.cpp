@@ -8,11 +8,11 @@
 #include "settings/AddressLists.h"
 #include "support/ModuleReference_win.h"
 #include "support/Registry_win.h"
+#include "support/SuiteKeys.h"
 
 namespace postmarker {
 namespace {
 
-constexpr wchar_t kSpamfilterKey[] = L"Software\\Kestrelon Ltd.\\Kestrelon\\Spamfilter";
 constexpr wchar_t kWhitelistPrefilled[] = L"WhitelistPrefilled";
 
 std::vector<const ClientRow*> RowsByTurn() {

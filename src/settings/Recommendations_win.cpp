@@ -1,12 +1,12 @@
 #include "settings/Recommendations_win.h"
 
 #include "support/Registry_win.h"
+#include "support/SuiteKeys.h"
 
 namespace postmarker {
 namespace {
 
 constexpr wchar_t kMutexName[] = L"Local\\Kestrelon.RcmdNsMutex";
-constexpr wchar_t kMainKey[] = L"Software\\Kestrelon Ltd.\\Kestrelon\\Main";
 constexpr wchar_t kValueName[] = L"Recommendations";
 constexpr DWORD kWaitMilliseconds = 1000;
 

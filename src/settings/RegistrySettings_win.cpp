@@ -1,11 +1,10 @@
 // The settings store in the registry of the current user.
 #include "settings/SettingsStore.h"
 #include "support/Registry_win.h"
+#include "support/SuiteKeys.h"
 
 namespace postmarker {
 namespace {
-
-constexpr wchar_t kSpamfilterKey[] = L"Software\\Kestrelon Ltd.\\Kestrelon\\Spamfilter";
 
 class RegistrySettingsKey final : public SettingsKey {
  public:

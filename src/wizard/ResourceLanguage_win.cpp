@@ -3,11 +3,11 @@
 #include <cwchar>
 
 #include "support/Registry_win.h"
+#include "support/SuiteKeys.h"
 
 namespace postmarker {
 namespace {
 
-constexpr wchar_t kMainKey[] = L"Software\\Kestrelon Ltd.\\Kestrelon\\Main";
 constexpr wchar_t kDefaultLanguage[] = L"en";
 constexpr size_t kLanguageLength = 2;
 constexpr DWORD kLanguageRoom = 6;  // bytes: two characters and the terminator
