@@ -33,7 +33,7 @@ bool HopList::Iterator::ReadLine() {
   return true;
 }
 
-size_t HopList::size() const {
+size_t HopList::CountHops() const {
   size_t count = 0;
   for (Iterator hop = begin(); !(hop == end()); ++hop) {
     ++count;
@@ -41,7 +41,7 @@ size_t HopList::size() const {
   return count;
 }
 
-ReceivedHop HopList::operator[](size_t index) const {
+ReceivedHop HopList::ReadHop(size_t index) const {
   Iterator hop = begin();
   for (; index > 0; --index) {
     ++hop;

@@ -44,13 +44,13 @@ class HopList {
 
   [[nodiscard]] Iterator begin() const { return Iterator(&m_headers); }
   [[nodiscard]] End end() const { return {}; }
-  [[nodiscard]] bool empty() const { return begin() == end(); }
+  [[nodiscard]] bool IsEmpty() const { return begin() == end(); }
 
-  // All lines are read for it.
-  [[nodiscard]] size_t size() const;
+  // Reads all lines.
+  [[nodiscard]] size_t CountHops() const;
 
-  // The lines up to the hop are read for it. REQUIRES: `index` is below size().
-  [[nodiscard]] ReceivedHop operator[](size_t index) const;
+  // Reads the lines up to the hop. REQUIRES: `index` is below CountHops().
+  [[nodiscard]] ReceivedHop ReadHop(size_t index) const;
 
  private:
   HeaderMap m_headers;

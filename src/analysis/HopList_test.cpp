@@ -18,23 +18,23 @@ HeaderMap Lines(std::initializer_list<std::string_view> values) {
 }
 
 TEST(HopList, IsEmptyWithoutLines) {
-  EXPECT_TRUE(HopList().empty());
-  EXPECT_EQ(HopList().size(), 0U);
-  EXPECT_TRUE(HopList(Lines({"nonsense", ""})).empty());
+  EXPECT_TRUE(HopList().IsEmpty());
+  EXPECT_EQ(HopList().CountHops(), 0U);
+  EXPECT_TRUE(HopList(Lines({"nonsense", ""})).IsEmpty());
 }
 
 TEST(HopList, LeavesOutLinesThatNameNoHost) {
   const HopList hops(Lines({"by A", "nonsense", "from b by c", "from"}));
-  ASSERT_EQ(hops.size(), 2U);
-  EXPECT_EQ(hops[0].second.name, "a");
-  EXPECT_EQ(hops[1].first.name, "b");
+  ASSERT_EQ(hops.CountHops(), 2U);
+  EXPECT_EQ(hops.ReadHop(0).second.name, "a");
+  EXPECT_EQ(hops.ReadHop(1).first.name, "b");
   EXPECT_EQ(hops.begin()->first.name, "");
 }
 
 TEST(HopList, EndsAtTheFirstNumberWithoutALine) {
   HeaderMap headers = Lines({"by a", "by b", "by c"});
   headers.Erase("received-1-comment");
-  EXPECT_EQ(HopList(headers).size(), 1U);
+  EXPECT_EQ(HopList(headers).CountHops(), 1U);
 }
 
 TEST(HopList, DoesNotSeeLaterChanges) {
@@ -42,8 +42,8 @@ TEST(HopList, DoesNotSeeLaterChanges) {
   const HopList hops(headers);
   headers.Set("received-comment", "by b");
   headers.Set("received-1-comment", "by c");
-  ASSERT_EQ(hops.size(), 1U);
-  EXPECT_EQ(hops[0].second.name, "a");
+  ASSERT_EQ(hops.CountHops(), 1U);
+  EXPECT_EQ(hops.ReadHop(0).second.name, "a");
 }
 
 }  // namespace

@@ -35,20 +35,20 @@ TEST(KsMailHeaderParser, TwoReceivedLinesGiveFourKeysAndTwoHops) {
   for (const char* key : {"received", "received-1", "received-comment", "received-1-comment"}) {
     EXPECT_TRUE(parser.GetHeaders().Contains(key)) << key;
   }
-  ASSERT_EQ(parser.GetHops().size(), 2U);
-  EXPECT_EQ(parser.GetHops()[0].first.name, "a");
-  EXPECT_EQ(parser.GetHops()[1].second.name, "d");
+  ASSERT_EQ(parser.GetHops().CountHops(), 2U);
+  EXPECT_EQ(parser.GetHops().ReadHop(0).first.name, "a");
+  EXPECT_EQ(parser.GetHops().ReadHop(1).second.name, "d");
 }
 
 TEST(KsMailHeaderParser, ReadsHopsFromTheLinesWithTheirComments) {
   KsMailHeaderParser parser;
   Parse(&parser, kMessage);
-  ASSERT_EQ(parser.GetHops().size(), 2U);  // the third line names no host
-  const KsHostInfo& from = parser.GetHops()[0].first;
+  ASSERT_EQ(parser.GetHops().CountHops(), 2U);  // the third line names no host
+  const KsHostInfo& from = parser.GetHops().ReadHop(0).first;
   EXPECT_EQ(from.name, "mail.example.org");
   EXPECT_EQ(from.address, "[192.0.2.1]");
   EXPECT_EQ(from.helo, "a.example.org");
-  EXPECT_EQ(parser.GetHops()[0].second.name, "mx.example.com");  // in lower case
+  EXPECT_EQ(parser.GetHops().ReadHop(0).second.name, "mx.example.com");  // in lower case
 }
 
 TEST(KsMailHeaderParser, HopsAreThoseOfTheMessageWhateverIsSetLater) {
@@ -56,8 +56,8 @@ TEST(KsMailHeaderParser, HopsAreThoseOfTheMessageWhateverIsSetLater) {
   Parse(&parser, "Received: from a by b\r\n\r\n");
   parser.SetHeader("received-comment", "from x by y");
   parser.RemoveHeader("received");
-  ASSERT_EQ(parser.GetHops().size(), 1U);
-  EXPECT_EQ(parser.GetHops()[0].first.name, "a");
+  ASSERT_EQ(parser.GetHops().CountHops(), 1U);
+  EXPECT_EQ(parser.GetHops().ReadHop(0).first.name, "a");
 }
 
 TEST(KsMailHeaderParser, FailsWithoutBytesAndIsEmptyThen) {
@@ -65,7 +65,7 @@ TEST(KsMailHeaderParser, FailsWithoutBytesAndIsEmptyThen) {
   Parse(&parser, kMessage);
   EXPECT_EQ(parser.Parse(nullptr, 5), kFail);
   EXPECT_TRUE(parser.GetHeaders().Empty());
-  EXPECT_TRUE(parser.GetHops().empty());
+  EXPECT_TRUE(parser.GetHops().IsEmpty());
   Parse(&parser, kMessage);
   EXPECT_EQ(parser.Parse("x", 0), kFail);
   EXPECT_TRUE(parser.GetHeaders().Empty());
@@ -77,7 +77,7 @@ TEST(KsMailHeaderParser, ClearForgets) {
   Parse(&parser, kMessage);
   parser.Clear();
   EXPECT_TRUE(parser.GetHeaders().Empty());
-  EXPECT_TRUE(parser.GetHops().empty());
+  EXPECT_TRUE(parser.GetHops().IsEmpty());
   EXPECT_EQ(parser.GetSubject(), "");
 }
 

@@ -55,7 +55,7 @@ void Headers(benchmark::State& state) {
   Measure(state, Mail().bytes, [&] {
     return ForEachMessage([&](const std::string& message) {
       parser.Parse(message.data(), static_cast<uint32_t>(message.size()));
-      return parser.GetHeaders().Size() + parser.GetHops().size();
+      return parser.GetHeaders().Size() + parser.GetHops().CountHops();
     });
   });
 }
@@ -74,7 +74,7 @@ void WholeMessages(benchmark::State& state, Finish finish) {
 
 void WholeMessage(benchmark::State& state) {
   WholeMessages(state, [](KsMailTokenizer* tokenizer) {
-    return tokenizer->Tokens().Size() + tokenizer->GetHops().size();
+    return tokenizer->Tokens().Size() + tokenizer->GetHops().CountHops();
   });
 }
 BENCHMARK(WholeMessage)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(2);

@@ -39,7 +39,7 @@ void ReadWhole(benchmark::State& state, const test::HostileShape& shape) {
   Measure(state, [&] {
     KsMailTokenizer tokenizer;
     tokenizer.Parse(message.data(), static_cast<uint32_t>(message.size()), nullptr, nullptr);
-    benchmark::DoNotOptimize(tokenizer.GetHops().size() + tokenizer.Tokens().Size());
+    benchmark::DoNotOptimize(tokenizer.GetHops().CountHops() + tokenizer.Tokens().Size());
   });
 }
 
