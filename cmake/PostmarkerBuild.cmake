@@ -14,6 +14,9 @@ target_compile_options(pm_flags INTERFACE
   # GCC 12 reports a literal joined with a temporary string as an overlap that can't be.
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 
+# No path of this machine stands in what is built, so that one clone can use what was compiled in another.
+add_compile_options("$<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${CMAKE_SOURCE_DIR}=/postmarker>")
+
 # GCC collects its garbage when it has grown by little. With this much memory to begin with it hardly ever does.
 add_compile_options("$<$<CXX_COMPILER_ID:GNU>:--param=ggc-min-heapsize=1000000>")
 
@@ -123,7 +126,7 @@ file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/reports)
 
 # pm_library(NAME SOURCES... WIN_SOURCES... POSIX_SOURCES... LINKS... WIN_LINKS... TESTS... WIN_TESTS...
 # TEST_LINKS...): the static library pm_NAME of one folder, and NAME_test with the unit tests beside its
-# sources. What a folder may include is what it links.
+# sources. What a folder may include stands in scripts/check-sources.
 function(pm_library name)
   cmake_parse_arguments(ARG "" ""
     "SOURCES;WIN_SOURCES;POSIX_SOURCES;LINKS;WIN_LINKS;TESTS;WIN_TESTS;TEST_LINKS" ${ARGN})

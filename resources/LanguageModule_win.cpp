@@ -6,16 +6,13 @@
 #include <cstring>
 #include <iterator>
 
+#include "support/Stage_win.h"
+
 namespace postmarker::test {
 namespace {
 
 constexpr int kUsualDpi = 96;
 constexpr DWORD kButtonTypeMask = 0xF;
-
-std::wstring ResourceFolder() {
-  const std::string folder = POSTMARKER_RES_FOLDER;
-  return std::wstring(folder.begin(), folder.end());
-}
 
 // The place of the font's size in an extended dialog template: behind the fixed part and three
 // strings, of which menu and class are absent or numbers.
@@ -70,7 +67,7 @@ Control Describe(HWND dialog, HWND window) {
 }  // namespace
 
 LanguageModule::LanguageModule(const std::wstring& language)
-    : m_path(ResourceFolder() + L"/" + language + L"/PostmarkerRes.dll"),
+    : m_path(StageFolder() + L"\\res\\" + language + L"\\PostmarkerRes.dll"),
       m_module(::LoadLibraryExW(m_path.c_str(), nullptr,
                                 LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE)) {}
 
