@@ -311,7 +311,7 @@ LRESULT KsImageGridCtrl::HandleGetObject(const MessageArgs& args) {
   if (!m_accessible) {
     m_accessible = MakeTileAccessible(Handle());
   }
-  return m_accessible ? ::LresultFromObject(IID_IAccessible, args.wParam, m_accessible.Get())
+  return m_accessible ? ::LresultFromObject(__uuidof(IAccessible), args.wParam, m_accessible.Get())
                       : Default(args);
 }
 

@@ -265,7 +265,7 @@ LRESULT KsToolTip::HandleGetObject(const MessageArgs& args) {
   if (!m_accessible) {
     m_accessible = MakeWindowAccessible<ToolTipAccessible>(Handle());
   }
-  return m_accessible ? ::LresultFromObject(IID_IAccessible, args.wParam, m_accessible.Get())
+  return m_accessible ? ::LresultFromObject(__uuidof(IAccessible), args.wParam, m_accessible.Get())
                       : Default(args);
 }
 

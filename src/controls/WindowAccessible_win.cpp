@@ -15,7 +15,7 @@ HRESULT STDMETHODCALLTYPE WindowAccessible::QueryInterface(REFIID id, void** out
   if (out == nullptr) {
     return E_POINTER;
   }
-  const bool known = id == IID_IUnknown || id == IID_IDispatch || id == IID_IAccessible;
+  const bool known = id == IID_IUnknown || id == IID_IDispatch || id == __uuidof(IAccessible);
   *out = known ? static_cast<IAccessible*>(this) : nullptr;
   if (!known) {
     return E_NOINTERFACE;

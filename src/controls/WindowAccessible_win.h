@@ -75,13 +75,16 @@ class WindowAccessible : public IAccessible {
   std::atomic<ULONG> m_references = 1;
 };
 
+// The id of the interface is asked for by __uuidof throughout: oleacc's import library holds a
+// thunk by the name of the constant, which some orders of libraries take for it.
+
 // Makes an object for the window, in front of the system's own. Null if the system has none. One
 // object serves all questions; its window keeps it.
 template <class Accessible>
 ComPtr<IAccessible> MakeWindowAccessible(HWND window) {
   ComPtr<IAccessible> system;
   const HRESULT made = ::CreateStdAccessibleObject(window, static_cast<LONG>(OBJID_CLIENT),
-                                                   IID_IAccessible, system.PutVoid());
+                                                   __uuidof(IAccessible), system.PutVoid());
   return FAILED(made) || !system ? ComPtr<IAccessible>()
                                  : ComPtr<IAccessible>(new Accessible(window, std::move(system)));
 }

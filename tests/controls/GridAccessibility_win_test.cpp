@@ -18,7 +18,7 @@ class GridAccessibilityTest : public GridFixture {
  protected:
   static ComPtr<IAccessible> Accessible(HWND window) {
     ComPtr<IAccessible> accessible;
-    ::AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT), IID_IAccessible,
+    ::AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT), __uuidof(IAccessible),
                                  accessible.PutVoid());
     return accessible;
   }

@@ -255,7 +255,7 @@ class KsToolTipAccessibilityTest : public KsToolTipTest {
   [[nodiscard]] std::pair<LONG, std::wstring> Ask() const {
     ComPtr<IAccessible> object;
     ::AccessibleObjectFromWindow(m_toolTip->Handle(), static_cast<DWORD>(OBJID_CLIENT),
-                                 IID_IAccessible, object.PutVoid());
+                                 __uuidof(IAccessible), object.PutVoid());
     if (!object) {
       return {};
     }

@@ -3,12 +3,15 @@
 #include <windows.h>
 
 #include <gmock/gmock.h>
+#include <oleacc.h>
 
+#include <atomic>
 #include <filesystem>
 
 #include "module/ModuleFixture_win.h"
 #include "settings/AddressLists.h"
 #include "settings/GlobalSettings.h"
+#include "support/ComPtr_win.h"
 #include "wizard/ClientGrid_win.h"
 
 namespace postmarker::test {
@@ -166,6 +169,52 @@ TEST_F(ChooseClientTest, ThunderbirdWithoutTheExtensionIsShownButCannotBeChosen)
   EXPECT_TRUE(WaitUntil([] { return FindVisibleWindow(L"KsToolTipWnd") != nullptr; }));
   EXPECT_TRUE(session->IsOn(Page::kClients));
   EXPECT_EQ(m_request.clientName, L"");
+}
+
+// As a screen reader does, which may ask once more after the wizard's end.
+TEST_F(ChooseClientTest, ModuleStaysWhileAnotherHoldsTheTilesAccessibilityObject) {
+  const ComApartment apartment;
+  Load();
+  ComPtr<IAccessible> tiles;
+  std::atomic<bool> isHeld = true;
+  std::atomic<bool> hasReturned = false;
+  {
+    // The host's thread has an apartment beyond the wizard's, in which the object lives on.
+    WizardSession session(
+        [&](WizardRequest* request) {
+          const ComApartment hosts;
+          const int32_t result = m_module->ShowWizard(request);
+          hasReturned = true;
+          while (isHeld) {
+            MSG message = {};
+            while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+              ::DispatchMessageW(&message);
+            }
+            ::Sleep(5);
+          }
+          return result;
+        },
+        &m_request);
+    const ScopeExit letGo([&isHeld] { isHeld = false; });
+    session.WaitForPage(Page::kWelcome);
+    session.ClickButton(kNextButton);
+    session.WaitForPage(Page::kClients);
+    ASSERT_EQ(
+        ::AccessibleObjectFromWindow(session.Control(kClientGrid), static_cast<DWORD>(OBJID_CLIENT),
+                                     __uuidof(IAccessible), tiles.PutVoid()),
+        S_OK);
+    LONG count = 0;
+    EXPECT_EQ(tiles->get_accChildCount(&count), S_OK);
+    EXPECT_EQ(count, 3);
+    session.ClickButton(IDCANCEL);
+    WizardSession::Require([&] { return hasReturned.load(); }, "the wizard did not end");
+    Unload();
+    EXPECT_NE(::GetModuleHandleW(L"Postmarker.dll"), nullptr);
+    EXPECT_EQ(tiles->get_accChildCount(&count), S_OK);
+    EXPECT_EQ(count, 0);
+    tiles.Reset();
+    EXPECT_TRUE(WaitUntil([] { return ::GetModuleHandleW(L"Postmarker.dll") == nullptr; }));
+  }
 }
 
 TEST_F(ChooseClientTest, SecondRunBeginsWithTheClientOfTheFirst) {

@@ -9,6 +9,7 @@
 #include "settings/GlobalSettings.h"
 #include "support/ComPtr_win.h"
 #include "support/Variant_win.h"
+#include "support/WinEvents_win.h"
 #include "wizard/ClientGrid_win.h"
 #include "wizard/WizardFixture_win.h"
 
@@ -28,8 +29,8 @@ struct Spoken {
 
 Spoken Ask(HWND window) {
   ComPtr<IAccessible> object;
-  if (FAILED(::AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT), IID_IAccessible,
-                                          object.PutVoid()))) {
+  if (FAILED(::AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT),
+                                          __uuidof(IAccessible), object.PutVoid()))) {
     return {};
   }
   const VARIANT self = NumberVariant(CHILDID_SELF);
@@ -201,6 +202,39 @@ TEST_F(AccessibilityTest, RowsKeepTheirTextsInTheListItems) {
   PressKey(VK_RETURN);
   session->WaitForPage(Page::kClients);
   EXPECT_THAT(TileTexts(*session), ElementsAre(L"Plain", L"Local", L"Windows Mail", L"Still"));
+}
+
+TEST_F(AccessibilityTest, TabToTheTilesTellsOfTheSelectedOne) {
+  SetActionPlugin(L"Windows Mail");
+  const auto session = Start();
+  PressKey(VK_RETURN);
+  session->WaitForPage(Page::kClients);
+  const HWND tiles = session->Control(kClientGrid);
+  WizardSession::Require([&] { return Focus(*session) == tiles; }, "the tiles have no focus");
+  PressKey(VK_TAB);
+  WizardSession::Require([&] { return Focus(*session) == session->Button(kNextButton); }, "no Tab");
+  WinEvents events;
+  PressKey(VK_TAB, {VK_SHIFT});
+  const WinEvent third = {EVENT_OBJECT_FOCUS, tiles, OBJID_CLIENT, 3};
+  EXPECT_TRUE(WaitUntil([&] {
+    const std::vector<WinEvent> heard = events.Of(tiles, {EVENT_OBJECT_FOCUS});
+    return !heard.empty() && heard.back() == third;
+  })) << "the tile was not announced";
+}
+
+TEST_F(AccessibilityTest, RefusalIsHeardAsAnAlert) {
+  const auto session = Start();
+  PressKey(VK_RETURN);
+  session->WaitForPage(Page::kClients);
+  WinEvents events;
+  session->ClickButton(kNextButton);
+  HWND tip = nullptr;
+  WizardSession::Require([&] { return (tip = FindVisibleWindow(L"KsToolTipWnd")) != nullptr; },
+                         "no tip was shown");
+  EXPECT_TRUE(WaitUntil([&] { return events.Of(tip, {EVENT_SYSTEM_ALERT}).size() == 1; }));
+  EXPECT_EQ(
+      Ask(tip).name,
+      L"Please select a mail program. Programs with a note below their name cannot be set up.");
 }
 
 TEST_F(AccessibilityTest, EditorOfANewRowHasTheColumnsName) {

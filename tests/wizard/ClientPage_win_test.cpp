@@ -152,6 +152,16 @@ TEST_F(ClientPageTest, SelectingHidesTheTip) {
   EXPECT_TRUE(WaitUntil(IsTipHidden, std::chrono::milliseconds(1500)));
 }
 
+TEST_F(ClientPageTest, MovedSheetTakesTheTipAlong) {
+  const auto session = StartAtClients();
+  ExpectRefusal(*session);
+  RECT place = {};
+  ::GetWindowRect(session->Sheet(), &place);
+  ::SetWindowPos(session->Sheet(), nullptr, place.left + 7, place.top, 0, 0,
+                 SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+  EXPECT_TRUE(WaitUntil(IsTipHidden, std::chrono::milliseconds(1500)));
+}
+
 TEST_F(ClientPageTest, ActivityMessageHidesTheTip) {
   const auto session = StartAtClients();
   ExpectRefusal(*session);
