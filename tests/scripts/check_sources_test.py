@@ -30,6 +30,29 @@ def findings(files):
         return list(SCRIPT.findings(root))
 
 
+class Closings(unittest.TestCase):
+    CALLS = ("CloseHandle(file)", "DeleteDC(dc)", "DeleteObject(brush)", "EndPaint(window, &paint)",
+             "ReleaseDC(window, dc)", "RestoreDC(dc, saved)", "SelectObject(dc, former)", "SysFreeString(text)", "VariantClear(&value)",
+             "ImageList_Destroy(list)", "UnhookWindowsHookEx(hook)", "FreeLibrary(module)")
+
+    def test_a_handle_closed_by_hand_is_refused(self):
+        for call in self.CALLS:
+            found = findings({"src/ui/A.cpp": f"  ::{call};"})
+            self.assertEqual(len(found), 1, call)
+            self.assertIn("closed by hand", found[0])
+
+    def test_an_owner_may_close(self):
+        for line in ("::DeleteDC(dc);  // owner", "static void Close(HDC dc) noexcept { ::DeleteDC(dc); }",
+                     "const ScopeExit end([dc] { ::DeleteDC(dc); });"):
+            self.assertEqual(findings({"src/ui/A.cpp": line}), [])
+        self.assertEqual(findings({"src/support/DeviceContext_win.h": "::ReleaseDC(window, dc);"}), [])
+
+    def test_a_call_with_such_a_name_as_its_part_is_no_closing(self):
+        for line in ("::FreeLibraryAndExitThread(module, 0);", "// Calls DeleteObject(brush) later.",
+                     "const ObjectSelection selection(dc, brush);"):
+            self.assertEqual(findings({"src/ui/A.cpp": line}), [])
+
+
 class Includes(unittest.TestCase):
     def assert_refused(self, path, include, reason, **others):
         found = findings({path: f"// A file.\n#include {include}", **others.get("files", {})})
