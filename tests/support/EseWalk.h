@@ -9,6 +9,9 @@
 
 namespace postmarker::test {
 
+// Many tables and indexes can name one tree, so a walk over all of them has an end of its own.
+inline constexpr size_t kMostEseRows = 20000;
+
 struct EseWalk {
   ese::FileStatus status = ese::FileStatus::kNotADatabase;
   size_t rows = 0;  // of the tables, once for each of their orders
@@ -20,7 +23,8 @@ struct EseWalk {
 inline void WalkEseRows(const ese::Table& table, ese::TableCursor* cursor, EseWalk* walk) {
   const std::vector<const ese::Column*> columns = table.AllColumns();
   std::string value;
-  for (bool isThere = cursor->MoveFirst(); isThere; isThere = cursor->MoveNext()) {
+  for (bool isThere = cursor->MoveFirst(); isThere && walk->rows < kMostEseRows;
+       isThere = cursor->MoveNext()) {
     ++walk->rows;
     for (const ese::Column* const column : columns) {
       constexpr size_t kLimit = 4096;
