@@ -17,15 +17,18 @@
 #include "ipc/ChannelNames.h"
 #include "ipc/ChannelWaits_win.h"
 #include "support/ChannelPair_win.h"
+#include "support/HangGuard_win.h"
 #include "support/RendezvousFixture_win.h"
 
 namespace postmarker {
 namespace {
 
+// Nearly everything that this program tests waits for somebody.
+[[maybe_unused]] const bool s_isGuarded = test::HangGuard::Install(30);
+
 using peer::ServerStep;
 using test::ChannelEnd;
 using test::FreshObjectName;
-using test::PatientConnecting;
 using test::PatientListening;
 
 // Within this time every attempt ends that ends at all, on a busy machine as well.
@@ -367,14 +370,18 @@ TEST(ClientThatGaveUp, LeavesItsRoundToTheServerAndTheNextRoundToOthers) {
       }
     };
     firstRound = peer::RawListen(options);
-    ChannelListenRetry(name.c_str(), &nextRound, PatientListening());
+    ListenOptions next = PatientListening();
+    next.timeout = kSoon;
+    ChannelListenRetry(name.c_str(), &nextRound, next);
   });
   ASSERT_TRUE(test::WaitForMutex(name));
   ChannelEnd first;
   EXPECT_FALSE(ChannelConnect(name.c_str(), &first, {nullptr, test::kPatience, 100}));
   ::WaitForSingleObject(called.Get(), test::kPatience);
   ChannelEnd second;
-  std::thread connecting([&] { ChannelConnectRetry(name.c_str(), &second, PatientConnecting()); });
+  std::thread connecting([&] {
+    ChannelConnectRetry(name.c_str(), &second, {nullptr, kSoon, kSoon});
+  });
   ::Sleep(50);
   ::SetEvent(goOn.Get());
   connecting.join();
@@ -398,7 +405,7 @@ TEST(ClientThatIsCancelledBeforehand, DoesNotCallTheServer) {
   EXPECT_FALSE(ChannelConnect(name.c_str(), &end, {nullptr, 5'000, 5'000, [] { return true; }}));
   EXPECT_EQ(server.wait_for(std::chrono::milliseconds(300)), std::future_status::timeout)
       << "the server has answered somebody";
-  EXPECT_TRUE(ChannelConnect(name.c_str(), &end, PatientConnecting()));
+  EXPECT_TRUE(ChannelConnect(name.c_str(), &end, {nullptr, kSoon, kSoon}));
   EXPECT_NE(server.get(), nullptr);
 }
 

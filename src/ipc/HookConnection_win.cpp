@@ -26,20 +26,20 @@ class HookConnection::Conversation {
       : m_channel(channel), m_limits(limits), m_stop(stop), m_bytesLeft(limits.commandBytes) {}
 
   bool SendNumber(uint32_t value) {
-    return MayGoOn() && m_channel.SendNumber(value, TimeFor(kStep), m_stop);
+    return IsInTime() && m_channel.SendNumber(value, TimeFor(kStep), m_stop);
   }
   bool SendText(const std::wstring& text) {
-    return MayGoOn() && m_channel.SendText(text.c_str(), TimeFor(kStep), m_stop);
+    return IsInTime() && m_channel.SendText(text.c_str(), TimeFor(kStep), m_stop);
   }
 
   // The first answer to a command, which the client may have to work for.
   bool ReceiveFirstNumber(uint32_t* value) {
-    return MayGoOn() && m_channel.ReceiveNumber(value, TimeFor(kFirstAnswer), m_stop);
+    return IsInTime() && m_channel.ReceiveNumber(value, TimeFor(kFirstAnswer), m_stop);
   }
   bool ReceiveFirstText(std::wstring* text) { return ReceiveText(kFirstAnswer, text); }
 
   bool ReceiveNumber(uint32_t* value) {
-    return MayGoOn() && m_channel.ReceiveNumber(value, TimeFor(kStep), m_stop);
+    return IsInTime() && m_channel.ReceiveNumber(value, TimeFor(kStep), m_stop);
   }
   bool ReceiveText(std::wstring* text) { return ReceiveText(kStep, text); }
 
@@ -48,10 +48,8 @@ class HookConnection::Conversation {
   static constexpr uint32_t kStep = 1;
   static constexpr uint32_t kFirstAnswer = 10;
 
-  // Messages that are there already need no wait, so the limits are looked at before each step.
-  [[nodiscard]] bool MayGoOn() const {
-    return m_elapsed.Left(m_limits.commandMilliseconds) > 0 && !ShouldStop(m_stop);
-  }
+  // A message that is there already needs no wait, so this is looked at before each step.
+  [[nodiscard]] bool IsInTime() const { return m_elapsed.Left(m_limits.commandMilliseconds) > 0; }
 
   [[nodiscard]] uint32_t TimeFor(uint32_t steps) const {
     constexpr uint32_t kLongest = std::numeric_limits<uint32_t>::max() - 1;
@@ -61,7 +59,7 @@ class HookConnection::Conversation {
   }
 
   bool ReceiveText(uint32_t steps, std::wstring* text) {
-    if (m_bytesLeft < kHookTextCost || !MayGoOn() ||
+    if (m_bytesLeft < kHookTextCost || !IsInTime() ||
         !m_channel.ReceiveText(text, TimeFor(steps), m_stop, m_bytesLeft - kHookTextCost)) {
       return false;
     }

@@ -24,7 +24,7 @@ std::span<std::byte> ShmChannel::Region() const {
 template <class Put>
 bool ShmChannel::Send(Put put, uint32_t timeout, const StopQuery& stop) {
   // Neither this end's last message nor an answer that came late may be written over.
-  if (!IsClear(m_sendEvent.Get()) || !IsClear(m_receiveEvent.Get()) || !put()) {
+  if (ShouldStop(stop) || !IsClear(m_sendEvent.Get()) || !IsClear(m_receiveEvent.Get()) || !put()) {
     return false;
   }
   ::SetEvent(m_sendEvent.Get());

@@ -17,8 +17,9 @@ namespace postmarker {
 // nothing: that sees its waits end by time. An end that ran into its time is out of step, as the
 // late answer still comes into the region: the next send fails then, and a new channel is needed.
 //
-// Times are in milliseconds. Each wait also ends, as if its time were over, when `stop` says so: it
-// is asked at the beginning of the wait and then at least every 100 ms. For one thread at a time.
+// Times are in milliseconds. Each operation also fails when `stop` says so: it is asked at the
+// beginning, before anything is sent or taken, and then at least every 100 ms. For one thread at a
+// time.
 class ShmChannel {
  public:
   // Takes what the two ends have agreed on. `size` is the region's in bytes.

@@ -140,6 +140,31 @@ TEST_F(ShmChannelTest, ReceiveOfNothingFailsWithinItsTime) {
   EXPECT_EQ(number, 7U);
 }
 
+TEST_F(ShmChannelTest, StopKeepsAMessageFromBeingSentOrTaken) {
+  const StopQuery stop = [] { return true; };
+  const std::string before = RegionBytes(16);
+  EXPECT_FALSE(m_channel->SendText(L"text", kPatience, stop));
+  EXPECT_FALSE(m_channel->SendNumber(1, kPatience, stop));
+  EXPECT_EQ(RegionBytes(16), before);
+  EXPECT_FALSE(PeerEventIsSet(m_peer.receiveEvent));
+  m_peer.Announce(4, 1, L"ab", 4);
+  std::wstring text = L"before";
+  EXPECT_FALSE(m_channel->ReceiveText(&text, kPatience, stop));
+  EXPECT_EQ(text, L"before");
+  EXPECT_TRUE(m_channel->ReceiveText(&text, kPatience));
+}
+
+TEST_F(ShmChannelTest, TextAboveTheBytesWantedIsRefusedAndTheEventStaysSet) {
+  m_peer.Announce(8, 1, L"abcd", 8);
+  std::wstring text = L"before";
+  EXPECT_FALSE(m_channel->ReceiveText(&text, 0, {}, 7));
+  EXPECT_FALSE(m_channel->ReceiveText(&text, 0, {}, 0));
+  EXPECT_EQ(text, L"before");
+  EXPECT_TRUE(PeerEventIsSet(m_peer.sendEvent));
+  EXPECT_TRUE(m_channel->ReceiveText(&text, 0, {}, 8));
+  EXPECT_EQ(text, L"abcd");
+}
+
 TEST_F(ShmChannelTest, ReceiveNumberOnATextFailsAndTheEventStaysSet) {
   m_peer.Announce(4, 1, L"ab", 4);
   uint32_t number = 7;
