@@ -1,5 +1,7 @@
 #include "RecordText.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <nlohmann/json.hpp>
 
 #include "support/Text.h"
@@ -19,10 +21,24 @@ Json FolderAsJson(const MailFolderRef& folder) {
 Json TrainingAsJson(const TrainFolderMap& folders) {
   Json map = Json::object();
   for (const auto& [id, entry] : folders) {
-    map[NarrowUtf8(id)] = {{"folder", FolderAsJson(entry.folder)},
-                           {"checkState", entry.checkState}};
+    map[NarrowUtf8(id)] = {{"folder", FolderAsJson(entry.folder)}, {"checked", entry.checked}};
   }
   return map;
+}
+
+// A window handle as a number; 0 for none.
+uint64_t WindowNumber(const HWND__* window) {
+  return reinterpret_cast<uintptr_t>(window);
+}
+
+const char* YesOrNo(bool value) {
+  return value ? "yes" : "no";
+}
+
+std::string Checked(const TrainFolderMap& folders) {
+  const auto checked = std::count_if(folders.begin(), folders.end(),
+                                     [](const auto& folder) { return folder.second.checked != 0; });
+  return std::to_string(checked) + " of " + std::to_string(folders.size());
 }
 
 Json RequestAsJson(int32_t result, const WizardRequest& request) {
@@ -41,9 +57,12 @@ Json RequestAsJson(int32_t result, const WizardRequest& request) {
           {"moveEmails", request.moveEmails},
           {"addBlocked", request.addBlocked},
           {"addUnblocked", request.addUnblocked},
-          {"sheetWindowIsGone", request.sheetWindow == nullptr},
+          {"parentWindow", WindowNumber(request.parentWindow)},
+          {"sheetWindow", WindowNumber(request.sheetWindow)},
           {"folders", folders},
           {"spamFolder", FolderAsJson(request.spamFolder)},
+          {"hostData", request.hostData},
+          {"outlookApplication", request.outlookApplication != nullptr},
           {"outlookCookie", request.outlookCookie},
           {"prefillAddresses", addresses},
           {"trainFoldersFirst", TrainingAsJson(request.trainFoldersFirst)},
@@ -64,14 +83,24 @@ std::string RecordAsText(int32_t result, const WizardRequest& request) {
   const char* const meaning = result == 12325 ? " (finished)" : result == 2 ? " (cancelled)" : "";
   line("Result", std::to_string(result) + meaning);
   line("Mail client", NarrowUtf8(request.clientName));
+  line("Window hook", YesOrNo(request.useWindowHook != 0));
+  line("Training offered", YesOrNo(request.offerTraining != 0));
   line("Spam folder", NarrowUtf8(request.spamFolder.name));
   line("Folder id", request.spamFolder.firstId);
   line("Store id", request.spamFolder.secondId);
+  line("Folder flag", std::to_string(request.spamFolder.flag));
   line("Folders read", std::to_string(request.folders.size()));
-  line("Move spam", request.moveEmails != 0 ? "yes" : "no");
-  line("Add blocked senders", request.addBlocked != 0 ? "yes" : "no");
-  line("Add unblocked senders", request.addUnblocked != 0 ? "yes" : "no");
+  line("Move spam", YesOrNo(request.moveEmails != 0));
+  line("Add blocked senders", YesOrNo(request.addBlocked != 0));
+  line("Add unblocked senders", YesOrNo(request.addUnblocked != 0));
   line("Addresses for the whitelist", std::to_string(request.prefillAddresses.size()));
+  line("Folders to train, first page", Checked(request.trainFoldersFirst));
+  line("Folders to train, second page", Checked(request.trainFoldersSecond));
+  line("Owner window", std::to_string(WindowNumber(request.parentWindow)));
+  line("Sheet window", std::to_string(WindowNumber(request.sheetWindow)));
+  line("Host data", std::to_string(request.hostData));
+  line("Outlook of the host", YesOrNo(request.outlookApplication != nullptr));
+  line("Outlook cookie", std::to_string(request.outlookCookie));
   return text;
 }
 

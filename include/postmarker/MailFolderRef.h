@@ -29,10 +29,10 @@ struct MailFolderRef {
 
 using MailFolderList = std::vector<MailFolderRef>;
 
-// A folder of a training page and the state of its check box: 1 if ticked, otherwise 0.
+// A folder of a training page. `checked` is nonzero if the user ticked it.
 struct TrainFolderEntry {
   MailFolderRef folder;
-  uint32_t checkState = 0;
+  uint32_t checked = 0;
 };
 
 }  // namespace postmarker

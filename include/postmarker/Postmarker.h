@@ -21,14 +21,18 @@ extern "C" {
 // Runs the wizard modally and returns when it is closed.
 //
 // Thread: any that can pump messages and that is in a single-threaded COM apartment or in none. The
-// owner window, if there is one, is disabled meanwhile. Several calls may follow each other; two at
-// a time on two threads have a record of their own each.
+// owner window, if there is one, is disabled meanwhile; of a child window, its top-level window.
+// Several calls may follow each other; two at a time on two threads have a record of their own
+// each.
 //
 // Results:
 // - kWizardFinished, 12325: the person pressed Finish and the settings were written. Failures of
 //   single writes are passed over in silence.
 // - kWizardCancelled, 2: the person cancelled, `request` is null, `parentWindow` is not a window,
-//   the owner was destroyed meanwhile, or memory ran out. No answer was written.
+//   the owner was destroyed meanwhile, the thread was told to quit, or memory ran out. As a rule no
+//   answer was written. What was done before stays done: the client that was chosen is the one that
+//   the next run begins with, and a folder that was created exists. If it was memory that ran out,
+//   or the owner that went, during or after Finish, the settings may have been written.
 // - kWizardNoResources, -1: the system made no sheet, as a rule because the dialog templates are
 //   missing: PostmarkerRes.dll could not be loaded.
 //

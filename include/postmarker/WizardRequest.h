@@ -31,7 +31,7 @@ struct WizardRequest {
   // Host. Nonzero: the sheet's window is handed to the suite's window hook module, WndShim.dll.
   uint8_t useWindowHook = 0;
 
-  // Host. Nonzero: the two training pages are shown.
+  // Host. Kept for the training pages. This version has none: the field has no effect.
   uint8_t offerTraining = 0;
 
   // Settings page. 1 or 0: move mails recognised as spam; add senders of blocked mails to the
@@ -61,14 +61,15 @@ struct WizardRequest {
   // module.
   IUnknown* outlookApplication = nullptr;
 
-  // Sheet. The global interface table's cookie of the Outlook application object; revoked at the
-  // end.
+  // Sheet. The global interface table's cookie of the Outlook application object. It is revoked at
+  // the end, and the number that stays here is of no use.
   uint32_t outlookCookie = 0;
 
   // Prefill page. The addresses that the person kept. At Finish they are added to the whitelist.
   AddressSet prefillAddresses;
 
-  // Training pages. Every folder with its check state; the key is the folder's firstId, widened.
+  // Kept for the training pages; this version leaves both empty. Every folder that such a page
+  // shows with its check state; the key is the folder's firstId, widened.
   TrainFolderMap trainFoldersFirst;
   TrainFolderMap trainFoldersSecond;
 };

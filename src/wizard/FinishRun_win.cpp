@@ -13,7 +13,6 @@
 #include "settings/Recommendations_win.h"
 #include "support/Results.h"
 #include "support/Text.h"
-#include "ui/CWaitCursor.h"
 #include "ui/CWinApp.h"
 #include "wizard/SpamFolderRules.h"
 
@@ -59,8 +58,6 @@ FinishRun::FinishRun(const WizardRequest& request, const ClientRow& client,
 std::vector<FinishRecord> FinishRun::Run() {
   std::vector<FinishRecord> records;
   for (const Step& step : kSteps) {
-    // Each time: the notice shows other cursors.
-    const CWaitCursor wait;
     FinishOutcome outcome = FinishOutcome::kFailed;
     try {
       outcome = (this->*step.run)();

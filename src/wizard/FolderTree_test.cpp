@@ -123,6 +123,23 @@ TEST(FolderTree, SecondRootOfAStoreWithAnotherIdIsAnotherItem) {
               ElementsAre("Mail*=r1", "Mail*=r2"));
 }
 
+TEST(FolderTree, StoreThatTheTreeHasSeenIsNotLaidOutAgain) {
+  const MailFolderList first = {{L"\\\\Mail", "r", "s", 1}};
+  const MailFolderList second = {
+      {L"\\\\Mail", "r", "S", 1}, {L"\\\\Mail\\New", "n", "s", 1}, {L"\\\\Other", "o", "t", 1}};
+  SeenStores seen;
+  FolderTreeLayout before(first, &seen);
+  before.FillAll();
+  ASSERT_EQ(before.Items().size(), 1U);
+  FolderTreeLayout after(second, &seen);
+  TreeItem item = 77;
+  EXPECT_EQ(after.FillFolderTree(second[0], &item), kOk);
+  EXPECT_EQ(item, 77U);
+  after.FillAll();
+  ASSERT_EQ(after.Items().size(), 1U);
+  EXPECT_EQ(after.Items()[0].text, L"Other");
+}
+
 TEST(FolderTree, PathWithoutStoreRootUnderNoItemGivesNothing) {
   SeenStores seen;
   FolderTreeLayout layout({}, &seen);

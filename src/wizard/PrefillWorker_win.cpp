@@ -22,7 +22,7 @@ bool IsStopped(const PrefillJob& job) {
 // What must arrive is offered again until the system takes it.
 bool PostSurely(const PrefillJob& job, UINT message, WPARAM wParam, LPARAM lParam) {
   while (!*job.abandoned) {
-    if (::PostMessageW(job.pageWindow, message, wParam, lParam)) {
+    if (job.post(job.pageWindow, message, wParam, lParam)) {
       return true;
     }
     if (::GetLastError() != ERROR_NOT_ENOUGH_QUOTA) {
@@ -60,13 +60,13 @@ int32_t POSTMARKER_CALL ReservedQuery(void* /*handle*/) noexcept {
 void POSTMARKER_CALL SetProgress(void* handle, const wchar_t* /*text*/, int32_t total) noexcept {
   const ModuleStateGuard guard;
   const auto& job = *static_cast<const PrefillJob*>(handle);
-  ::PostMessageW(job.pageWindow, kPrefillRange, 0, total);
+  job.post(job.pageWindow, kPrefillRange, 0, total);
 }
 
 void POSTMARKER_CALL IncreaseProgress(void* handle, int32_t steps) noexcept {
   const ModuleStateGuard guard;
   const auto& job = *static_cast<const PrefillJob*>(handle);
-  ::PostMessageW(job.pageWindow, kPrefillAdvance, 0, steps);
+  job.post(job.pageWindow, kPrefillAdvance, 0, steps);
 }
 
 void POSTMARKER_CALL ReservedThree(void* /*handle*/, int32_t /*a*/, int32_t /*b*/) noexcept {}

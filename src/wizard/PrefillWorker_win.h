@@ -21,12 +21,13 @@ inline constexpr UINT kPrefillFinished = 0x406;  // second parameter: 1; comes l
 // What a worker takes along. The page waits for the worker before it goes, so what belongs to it
 // outlives the job.
 struct PrefillJob {
-  HWND pageWindow = nullptr;                     // where messages go
-  HWND progressWindow = nullptr;                 // the bar that shows them
-  ClientLink client;                             // without an adapter nothing is collected
-  HANDLE stopEvent = nullptr;                    // not owned; signalled: return early
-  const std::atomic<bool>* abandoned = nullptr;  // true: nobody reads what is posted any more
-  std::atomic<int>* unreadAddresses = nullptr;   // posted, and not read by the page yet
+  HWND pageWindow = nullptr;                         // where messages go
+  HWND progressWindow = nullptr;                     // the bar that shows them
+  ClientLink client;                                 // without an adapter nothing is collected
+  HANDLE stopEvent = nullptr;                        // not owned; signalled: return early
+  const std::atomic<bool>* abandoned = nullptr;      // true: nobody reads what is posted any more
+  std::atomic<int>* unreadAddresses = nullptr;       // posted, and not read by the page yet
+  decltype(&::PostMessageW) post = &::PostMessageW;  // how messages go there
 };
 
 // Starts the worker, which frees the job. None if the thread can't be made.

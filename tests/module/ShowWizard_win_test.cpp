@@ -4,7 +4,9 @@
 
 #include <filesystem>
 
+#include "clients/MachineView.h"
 #include "module/ModuleFixture_win.h"
+#include "support/Stage_win.h"
 
 namespace postmarker::test {
 namespace {
@@ -77,8 +79,27 @@ TEST_F(ShowWizardTest, WithoutTrainingTheSettingsFollowTheAddresses) {
   session->ClickItem(L"Junk");
   session->ClickButton(kNextButton);
   session->WaitForAddresses();
+  // A tab for each page: welcome, folders, addresses, settings.
+  const auto tabs =
+      reinterpret_cast<HWND>(::SendMessageW(session->Sheet(), PSM_GETTABCONTROL, 0, 0));
+  EXPECT_EQ(::SendMessageW(tabs, TCM_GETITEMCOUNT, 0, 0), 4);
   session->ClickButton(kNextButton);
   session->WaitForPage(Page::kSettings);
+}
+
+TEST_F(ShowWizardTest, VersionOfTheModuleIsReadFromItsResource) {
+  const std::wstring path = StageFolder() + L"\\Spamfilter\\Postmarker.dll";
+  const auto text = ThisMachine().FileVersionText(path);
+  ASSERT_TRUE(text.has_value());
+  // The same version is in the file once more, as numbers.
+  std::vector<BYTE> info(::GetFileVersionInfoSizeW(path.c_str(), nullptr));
+  VS_FIXEDFILEINFO* numbers = nullptr;
+  UINT size = 0;
+  ASSERT_TRUE(::GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(info.size()), info.data()));
+  ASSERT_TRUE(::VerQueryValueW(info.data(), L"\\", reinterpret_cast<void**>(&numbers), &size));
+  EXPECT_EQ(*text, std::to_wstring(HIWORD(numbers->dwFileVersionMS)) + L"." +
+                       std::to_wstring(LOWORD(numbers->dwFileVersionMS)) + L"." +
+                       std::to_wstring(HIWORD(numbers->dwFileVersionLS)));
 }
 
 TEST_F(ShowWizardTest, FoldersOfTheDefaultIdentityAreShown) {

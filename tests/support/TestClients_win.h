@@ -23,6 +23,12 @@ class ScriptedClient : public MailClientAdapter {
   ResultCode createResult = kOk;
   std::string storeId;                  // empty: can't be read
   std::function<void()> beforeListing;  // on the listing thread
+  // The same, with the session of the listing.
+  std::function<void(const ClientSession& session)> whileListing;
+  std::function<void()> whenAskedForCreation;  // of CanCreateFolder
+  std::function<void()> whileConnecting;       // of the hold
+  std::function<void()> whileSwitching;        // of SetMoveMails
+  bool createsWithoutId = false;
   AddressSet addresses;
   ResultCode collectResult = kOk;
   // On the collecting thread, before the addresses are given.
@@ -35,9 +41,12 @@ class ScriptedClient : public MailClientAdapter {
   mutable std::atomic<int> holds = 0;  // that are there now
   mutable std::atomic<int> connections = 0;
 
-  void ListFolders(const ClientSession& /*session*/, MailFolderList* out) const override {
+  void ListFolders(const ClientSession& session, MailFolderList* out) const override {
     if (beforeListing) {
       beforeListing();
+    }
+    if (whileListing) {
+      whileListing(session);
     }
     out->insert(out->end(), folders.begin(), folders.end());
     ++listings;
@@ -46,13 +55,21 @@ class ScriptedClient : public MailClientAdapter {
                                                 const MailFolderList& /*list*/) const override {
     return defaultFolder;
   }
-  [[nodiscard]] bool CanCreateFolder() const override { return canCreate; }
+  [[nodiscard]] bool CanCreateFolder() const override {
+    if (whenAskedForCreation) {
+      whenAskedForCreation();
+    }
+    return canCreate;
+  }
   ResultCode CreateFolder(const ClientSession& /*session*/, const std::wstring& name,
                           const MailFolderRef& parent, MailFolderRef* created) const override {
     if (Failed(createResult)) {
       return createResult;
     }
     ++creations;
+    if (createsWithoutId) {
+      return kOk;
+    }
     std::wstring path = parent.name;
     path.append(L"\\").append(name);
     *created = {path, "new-" + std::to_string(creations), parent.secondId, 1};
@@ -72,7 +89,12 @@ class ScriptedClient : public MailClientAdapter {
     *out = storeId;
     return !storeId.empty();
   }
-  void SetMoveMails(bool /*move*/) const override { ++moveSwitches; }
+  void SetMoveMails(bool /*move*/) const override {
+    ++moveSwitches;
+    if (whileSwitching) {
+      whileSwitching();
+    }
+  }
   [[nodiscard]] std::shared_ptr<ClientHold> MakeHold(WizardRequest* /*request*/) const override {
     return needsHold ? std::make_shared<Hold>(this) : nullptr;
   }
@@ -81,7 +103,12 @@ class ScriptedClient : public MailClientAdapter {
   class Hold : public ClientHold {
    public:
     explicit Hold(const ScriptedClient* client) : m_client(client) { ++client->holds; }
-    void Connect() override { ++m_client->connections; }
+    void Connect() override {
+      ++m_client->connections;
+      if (m_client->whileConnecting) {
+        m_client->whileConnecting();
+      }
+    }
     void Disconnect() override { m_client->holds -= std::exchange(m_isHeld, false) ? 1 : 0; }
 
    private:

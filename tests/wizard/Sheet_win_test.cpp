@@ -3,11 +3,13 @@
 #include <gmock/gmock.h>
 #include <psapi.h>
 
+#include <mutex>
 #include <random>
 
 #include "settings/FilterSettings.h"
 #include "wizard/WindowHook_win.h"
 #include "wizard/WizardFixture_win.h"
+#include "wizard/WorkerMap_win.h"
 
 namespace postmarker::test {
 namespace {
@@ -55,20 +57,35 @@ TEST_F(SheetTest, ClientNamesAreComparedWithoutRegardToCase) {
 }
 
 TEST_F(SheetTest, WithoutARequestEveryOperationKeepsStill) {
+  // A client that would answer to the name that no request gives.
+  m_clients.client.needsHold = true;
+  const ClientRow nameless[] = {{.settingsName = L"Nameless", .adapter = &m_clients.client}};
+  const ScopedClientTable table(nameless);
   Sheet s(nullptr);
-  MailFolderList folders;
+  MailFolderList folders = {{L"before", "b", "b", 7}};
   s.sheet.GetFolders(&folders);
-  EXPECT_THAT(folders, IsEmpty());
+  EXPECT_EQ(folders.size(), 1U);
   MailFolderRef rec = {L"before", "b", "b", 7};
+  s.sheet.GetDefaultFolder(&rec);
   s.sheet.GetDefaultFolder(&rec);
   EXPECT_EQ(rec.name, L"before");
   EXPECT_TRUE(s.sheet.AreFoldersReady());
-  EXPECT_EQ(s.sheet.GetClientSettingsName(), L"");
+  EXPECT_EQ(s.sheet.ChooseClient(L"Plain"), kNullPointer);
   EXPECT_EQ(s.sheet.LoadConfiguredSpamFolder(&rec), kFail);
   EXPECT_EQ(s.sheet.SetSpamFolder(rec), kFail);
   EXPECT_EQ(s.sheet.CreateFolder(L"x", rec, &rec), kFail);
   EXPECT_EQ(s.sheet.ApplySettings(), kOk);
   s.sheet.StartFolderWorker();
+  EXPECT_EQ(rec, (MailFolderRef{L"before", "b", "b", 7}));
+  EXPECT_EQ(m_clients.client.connections, 0);
+  EXPECT_EQ(m_clients.client.creations, 0);
+  EXPECT_EQ(m_clients.client.listings, 0);
+  EXPECT_THAT(DumpRegistry(m_registry.User()), IsEmpty());
+}
+
+TEST_F(SheetTest, WithoutARequestTheSettingsNameIsEmpty) {
+  const Sheet s(nullptr);
+  EXPECT_EQ(s.sheet.GetClientSettingsName(), L"");
 }
 
 TEST_F(SheetTest, FoldersAreReadOnThisThreadIfNoWorkerDid) {
@@ -129,6 +146,70 @@ TEST_F(SheetTest, CreatedFolderBecomesTheSpamFolderAndTheLastOfTheList) {
   EXPECT_EQ(s.sheet.CreateFolder(L"New", folders[1], &rec), kOk);
   EXPECT_EQ(m_request.spamFolder, rec);
   EXPECT_EQ(m_request.folders.back(), rec);
+}
+
+TEST_F(SheetTest, CreatedFolderWithoutAnIdIsAFailureThatChangesNothing) {
+  m_clients.client.createsWithoutId = true;
+  Sheet s(&m_request);
+  MailFolderList folders;
+  s.sheet.GetFolders(&folders);
+  MailFolderRef rec = {L"before", "b", "b", 7};
+  EXPECT_EQ(s.sheet.CreateFolder(L"New", folders[1], &rec), kFail);
+  EXPECT_EQ(m_clients.client.creations, 1);
+  EXPECT_EQ(rec.name, L"before");
+  EXPECT_EQ(m_request.spamFolder, MailFolderRef());
+  EXPECT_EQ(m_request.folders, SmallStore());
+}
+
+TEST_F(SheetTest, FoldersArriveUnderTheirLock) {
+  Sheet s(&m_request);
+  std::unique_lock lock(FolderLock);
+  s.sheet.StartFolderWorker();
+  ASSERT_TRUE(WaitUntil([&] { return m_clients.client.listings == 1; }));
+  ::Sleep(100);
+  EXPECT_THAT(m_request.folders, IsEmpty()) << "they came while the lock was held";
+  lock.unlock();
+  EXPECT_TRUE(WaitUntil([&] { return s.sheet.AreFoldersReady(); }));
+  EXPECT_EQ(m_request.folders, SmallStore());
+}
+
+TEST_F(SheetTest, WorkerIsToldToStopOnceItsSheetIsGone) {
+  std::atomic<bool> letGo = false;
+  std::atomic<bool> isListing = false;
+  std::atomic<bool> isToStop = false;
+  m_clients.client.whileListing = [&](const ClientSession& session) {
+    do {
+      isToStop = ShouldStop(session.stop);
+      isListing = true;
+      ::Sleep(1);
+    } while (!letGo);
+  };
+  {
+    Sheet s(&m_request);
+    s.sheet.StartFolderWorker();
+    ASSERT_TRUE(WaitUntil([&] { return isListing.load(); }));
+    EXPECT_FALSE(isToStop);
+  }
+  EXPECT_TRUE(WaitUntil([&] { return isToStop.load(); }, std::chrono::milliseconds(2000)))
+      << "the sheet is gone and its entry in WorkerMap is not";
+  letGo = true;
+  EXPECT_TRUE(WaitUntil([&] { return m_clients.client.listings == 1; }));
+}
+
+TEST_F(SheetTest, WorkerMapKnowsASheetFromItsEntryToItsEnd) {
+  WorkerRegistry map;
+  auto* const sheet = reinterpret_cast<CWizardSheet*>(&map);  // a key and nothing else
+  int runs = 0;
+  const auto count = [&runs] { ++runs; };
+  EXPECT_EQ(map.SetWorker(sheet, 1), 0U);
+  map.Enter(sheet);
+  const uint64_t number = map.SetWorker(sheet, 1);
+  EXPECT_FALSE(map.WithSheet(sheet, number + 1, count));
+  EXPECT_TRUE(map.WithSheet(sheet, number, count));
+  map.Erase(sheet);
+  EXPECT_FALSE(map.WithSheet(sheet, number, count));
+  EXPECT_EQ(map.SetWorker(sheet, 1), 0U);
+  EXPECT_EQ(runs, 1);
 }
 
 TEST_F(SheetTest, StoreIdOfTheClientsListWinsOverTheSavedOne) {
@@ -260,16 +341,20 @@ TEST_F(SheetTest, WizardsCancelledWhileReadingLeaveNothingBehind) {
 }
 
 // The window hook module, stood in for by functions.
+std::string g_hookCalls;  // in their order
 int g_initHooks = 0;
 int g_hookedWindows = 0;
 int g_uninitHooks = 0;
 void __stdcall InitHook(HWND /*window*/) {
+  g_hookCalls += "init ";
   ++g_initHooks;
 }
 void __stdcall AddHookableWindow(HWND /*window*/) {
+  g_hookCalls += "add ";
   ++g_hookedWindows;
 }
 void __stdcall UninitHook() {
+  g_hookCalls += "uninit ";
   ++g_uninitHooks;
 }
 
@@ -277,6 +362,7 @@ class WindowHookTest : public SheetTest {
  protected:
   WindowHookTest() {
     g_initHooks = g_hookedWindows = g_uninitHooks = 0;
+    g_hookCalls.clear();
     HookActive = 0;
     WindowHook().InitHook = &InitHook;
     WindowHook().AddHookableWindow = &AddHookableWindow;
@@ -300,6 +386,7 @@ TEST_F(WindowHookTest, RequestThatAsksForItHooksTheSheetOnceAndEndsIt) {
   EXPECT_EQ(g_initHooks, 1);
   EXPECT_EQ(g_hookedWindows, 1);
   EXPECT_EQ(g_uninitHooks, 1);
+  EXPECT_EQ(g_hookCalls, "init add uninit ");
   EXPECT_EQ(HookActive, 0U);
 }
 

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "settings/FilterSettings.h"
+#include "support/Handles_win.h"
 #include "wizard/WizardFixture_win.h"
 
 namespace postmarker::test {
@@ -188,6 +189,37 @@ TEST_F(SpamFolderPageTest, RefusedParentKeepsThePageWithTheToolTip) {
   EXPECT_TRUE(session->IsOn(Page::kFolders));
   EXPECT_EQ(session->TreeLines().size(), 4U);
   EXPECT_EQ(m_request.folders.size(), 4U);
+}
+
+TEST_F(SpamFolderPageTest, NewFolderWithoutAnIdIsARefusal) {
+  m_clients.client.createsWithoutId = true;
+  const auto session = StartAtFolders();
+  session->ClickItem(L"Inbox");
+  session->CreateFolder(L"Junk");
+  EXPECT_THAT(ToolTipText(), testing::HasSubstr(L"could not be created"));
+  EXPECT_EQ(session->SelectedText(), L"Inbox");
+  EXPECT_EQ(session->TreeLines().size(), 4U);
+  EXPECT_EQ(m_request.folders.size(), 4U);
+}
+
+// Other processes look for it while the page fills its tree, which asks the client this question.
+TEST_F(SpamFolderPageTest, LaunchEventIsSignalledWhileTheTreeIsFilled) {
+  std::vector<std::string> seen;
+  m_clients.client.whenAskedForCreation = [&seen] {
+    const KernelHandle event(::OpenEventW(SYNCHRONIZE, FALSE, L"Global\\Kestrelon.LaunchProcess"));
+    if (!event) {
+      seen.emplace_back("absent");
+      return;
+    }
+    // A second wait shows that the first did not take the signal.
+    const bool isSet = ::WaitForSingleObject(event.Get(), 0) == WAIT_OBJECT_0 &&
+                       ::WaitForSingleObject(event.Get(), 0) == WAIT_OBJECT_0;
+    seen.emplace_back(isSet ? "signalled" : "not signalled");
+  };
+  const auto session = StartAtFolders();
+  session->ClickButton(IDCANCEL);
+  session->Result();
+  EXPECT_THAT(seen, ElementsAre("absent", "signalled"));
 }
 
 TEST_F(SpamFolderPageTest, RightClickSelectsTheItem) {
