@@ -62,13 +62,17 @@ TEST(SharedMemClient, WithoutTheEventItFailsWithoutAnyWaiting) {
   const std::wstring module = test::FreshObjectName().substr(6);
   for (const ChannelKind kind : {ChannelKind::kLocal, ChannelKind::kGlobal}) {
     // The channel alone is not looked at.
-    auto server =
-        test::ListenInBackground(ModuleTunnelName(module, kind), {kind, nullptr, 50, 4096, 50});
+    const KernelHandle over(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    ListenOptions options = test::PatientListening();
+    options.kind = kind;
+    options.cancel = over.Get();
+    auto server = test::ListenInBackground(ModuleTunnelName(module, kind), options);
     const ElapsedTime elapsed;
     const SharedMemClient client(module, kind, 20'000);
     EXPECT_FALSE(elapsed.IsMoreThan(4'000));
     EXPECT_EQ(client.Status(), kFail);
     EXPECT_EQ(client.Channel(), nullptr);
+    ::SetEvent(over.Get());
     EXPECT_EQ(server.get(), nullptr);
   }
 }
