@@ -3,21 +3,12 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
+#include "support/Descriptor_posix.h"
 #include "support/Text.h"
-#include "support/UniqueHandle.h"
 
 namespace postmarker {
 namespace {
-
-struct DescriptorTraits {
-  using Type = int;
-  static Type None() noexcept { return -1; }
-  static bool IsOpen(Type descriptor) noexcept { return descriptor >= 0; }
-  static void Close(Type descriptor) noexcept { ::close(descriptor); }
-};
-using Descriptor = UniqueHandle<DescriptorTraits>;
 
 // An opened regular file. Without O_NONBLOCK, opening a pipe that nobody writes to would wait for a
 // writer.

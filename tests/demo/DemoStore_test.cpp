@@ -44,14 +44,16 @@ class DemoStore : public testing::Test {
   // The addresses of an identity's sent mail and of its address book.
   static AddressSet SentAddresses(const std::wstring& identityPath) {
     ImAddressCollector collector;
-    CollectSentOf(identityPath, &collector);
+    PacedStop never;
+    CollectSentOf(identityPath, &never, &collector);
     AddressSet addresses;
     collector.AddTo(&addresses);
     return addresses;
   }
   static AddressSet Contacts(const std::wstring& identityPath) {
     AddressSet addresses;
-    CollectContactsOf(identityPath, &addresses);
+    PacedStop never;
+    CollectContactsOf(identityPath, &never, &addresses);
     return addresses;
   }
 

@@ -4,7 +4,8 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace postmarker;
-  const std::vector<std::string> entries = ParseAddressFile(fuzz::Bytes(data, size));
+  PacedStop never;
+  const std::vector<std::string> entries = ParseAddressFile(fuzz::Bytes(data, size), &never);
   size_t next = 0;
   for (size_t slot = 470; slot < size; slot += 4916) {
     std::string entry;

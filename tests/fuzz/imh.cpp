@@ -5,8 +5,9 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace postmarker;
   const std::string_view bytes = fuzz::Bytes(data, size);
+  PacedStop never;
   ImHeaderMap headers;
-  ParseHeaderFile(bytes, L"directory", L"name", &headers);
+  ParseHeaderFile(bytes, L"directory", L"name", &never, &headers);
   // The smallest record has 80 bytes.
   fuzz::Require(headers.size() <= size / 60 + 1);
   for (const auto& [id, header] : headers) {
@@ -17,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   // What is read first does not depend on what comes later: fewer bytes, no other ids.
   ImHeaderMap fewer;
-  ParseHeaderFile(bytes.substr(0, size / 2), L"directory", L"name", &fewer);
+  ParseHeaderFile(bytes.substr(0, size / 2), L"directory", L"name", &never, &fewer);
   for (const auto& [id, header] : fewer) {
     fuzz::Require(headers.contains(id));
   }

@@ -34,27 +34,33 @@ std::string ReadEntry(std::string_view bytes) {
 
 }  // namespace
 
-std::vector<std::string> ParseAddressFile(std::string_view bytes) {
+std::vector<std::string> ParseAddressFile(std::string_view bytes, PacedStop* stop) {
   std::vector<std::string> entries;
   for (size_t slot = kFirstSlot; slot < bytes.size(); slot += kSlotSize) {
     std::string entry = ReadEntry(bytes.substr(slot));
     if (!entry.empty()) {
       entries.push_back(std::move(entry));
     }
+    if (stop->LookAfterStep()) {
+      break;
+    }
   }
   return entries;
 }
 
-void CollectContactsOf(const std::wstring& identityDirectory, AddressSet* addresses) {
+void CollectContactsOf(const std::wstring& identityDirectory, PacedStop* stop,
+                       AddressSet* addresses) {
   const std::wstring database = AddressDatabasePath(identityDirectory);
   if (CanOpenForReading(database)) {
-    for (ImSqlCursor row(database, kReadContacts); row.HasRow(); row.Next()) {
+    ImSqlCursor row(database, kReadContacts, [stop] { return stop->Look(); });
+    for (; row.HasRow() && !stop->IsStopped(); row.Next()) {
       addresses->insert(ToLower(row.Text(0)));
+      (void)stop->LookAfterStep();
     }
     return;
   }
   const MappedFile file(AddressFilePath(identityDirectory), 1);
-  for (const std::string& entry : ParseAddressFile(file.Bytes())) {
+  for (const std::string& entry : ParseAddressFile(file.Bytes(), stop)) {
     addresses->insert(Widen(entry));
   }
 }

@@ -78,10 +78,10 @@ TEST_F(ImAddressesTest, AreThoseOfAllIdentitiesSentMailAndAddressBooks) {
 
 TEST_F(ImAddressesTest, OfSentMailAndOfContactsApart) {
   AddressSet sent;
-  EXPECT_EQ(incredimail::CollectSentAddresses(nullptr, &sent), kOk);
+  EXPECT_EQ(incredimail::CollectSentAddresses({}, nullptr, &sent), kOk);
   EXPECT_EQ(sent, (AddressSet{L"carl@x", L"dora@x", L"emil@x", L"fritz@x"}));
   AddressSet contacts;
-  EXPECT_EQ(incredimail::CollectContacts(&contacts), kOk);
+  EXPECT_EQ(incredimail::CollectContacts({}, nullptr, &contacts), kOk);
   EXPECT_EQ(contacts, (AddressSet{L"Gerda@X", L"friend@x"}));
 }
 
@@ -97,7 +97,7 @@ TEST_F(ImAddressesTest, CancelEndsTheSentMailAtOnce) {
   reports.cancels = true;
   const ProgressCallbacks callbacks = reports.Callbacks();
   AddressSet sent;
-  EXPECT_EQ(incredimail::CollectSentAddresses(&callbacks, &sent), kOk);
+  EXPECT_EQ(incredimail::CollectSentAddresses({}, &callbacks, &sent), kOk);
   EXPECT_TRUE(sent.empty());
   EXPECT_EQ(reports.lines, (std::vector<std::wstring>{L"set '' 1", L"asked"}));
 }

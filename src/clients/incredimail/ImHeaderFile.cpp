@@ -98,7 +98,7 @@ class HeaderFileReader {
 }  // namespace
 
 void ParseHeaderFile(std::string_view bytes, const std::wstring& storeDirectory,
-                     const std::wstring& fileName, ImHeaderMap* headers) {
+                     const std::wstring& fileName, PacedStop* stop, ImHeaderMap* headers) {
   HeaderFileReader reader(bytes);
   ImHeader header;
   while (reader.ReadRecord(&header)) {
@@ -109,14 +109,17 @@ void ParseHeaderFile(std::string_view bytes, const std::wstring& storeDirectory,
       headers->insert_or_assign(std::move(id), std::move(header));
     }
     header = {};
+    if (stop->LookAfterStep()) {
+      return;
+    }
   }
 }
 
-ResultCode ReadHeaderFile(ImHeaderMap* headers, const std::wstring& path,
-                          const std::wstring& storeDirectory, const std::wstring& fileName) {
+ResultCode ReadHeaderFile(const std::wstring& path, const std::wstring& storeDirectory,
+                          const std::wstring& fileName, PacedStop* stop, ImHeaderMap* headers) {
   const MappedFile file(path, 1);
   if (Succeeded(file.Status())) {
-    ParseHeaderFile(file.Bytes(), storeDirectory, fileName, headers);
+    ParseHeaderFile(file.Bytes(), storeDirectory, fileName, stop, headers);
   }
   return file.Status();
 }

@@ -14,8 +14,9 @@ using test::ImGuid;
 using test::ImRecord;
 
 ImHeaderMap Parse(std::string_view bytes) {
+  PacedStop never;
   ImHeaderMap headers;
-  ParseHeaderFile(bytes, L"dir\\", L"Sent Items", &headers);
+  ParseHeaderFile(bytes, L"dir\\", L"Sent Items", &never, &headers);
   return headers;
 }
 
@@ -66,20 +67,35 @@ TEST(ImHeaderFile, RecipientStandsAheadOfTheSender) {
 
 TEST(ImHeaderFile, FileOf12BytesOrLessGivesAnEmptyMapAndSuccess) {
   const test::TempFolder folder;
+  PacedStop never;
   ImHeaderMap headers;
   for (size_t size = 1; size <= 12; ++size) {
     test::WriteFile(folder.PathOf("x.imh"), std::string(size, '\x01'));
-    EXPECT_EQ(ReadHeaderFile(&headers, folder.PathOf("x.imh"), L"", L""), kOk);
+    EXPECT_EQ(ReadHeaderFile(folder.PathOf("x.imh"), L"", L"", &never, &headers), kOk);
     EXPECT_TRUE(headers.empty());
   }
 }
 
 TEST(ImHeaderFile, FileThatIsMissingOrEmptyFails) {
   const test::TempFolder folder;
+  PacedStop never;
   ImHeaderMap headers;
-  EXPECT_EQ(ReadHeaderFile(&headers, folder.PathOf("x.imh"), L"", L""), kFail);
+  EXPECT_EQ(ReadHeaderFile(folder.PathOf("x.imh"), L"", L"", &never, &headers), kFail);
   test::WriteFile(folder.PathOf("x.imh"), "");
-  EXPECT_EQ(ReadHeaderFile(&headers, folder.PathOf("x.imh"), L"", L""), kFail);
+  EXPECT_EQ(ReadHeaderFile(folder.PathOf("x.imh"), L"", L"", &never, &headers), kFail);
+}
+
+TEST(ImHeaderFile, StopIsAskedAfterEveryHundredRecordsAndKeepsThoseBefore) {
+  std::vector<ImRecord> records;
+  for (uint32_t id = 1; id <= 1000; ++id) {
+    records.push_back({id, L"to", L"from", L"subject"});
+  }
+  int asked = 0;
+  PacedStop stop([&asked] { return ++asked == 3; });
+  ImHeaderMap headers;
+  ParseHeaderFile(test::MakeImHeaderFile(records), L"", L"", &stop, &headers);
+  EXPECT_EQ(headers.size(), 300U);
+  EXPECT_EQ(asked, 3);
 }
 
 std::vector<ImRecord> RecordsOfKinds(const std::vector<int>& kinds) {

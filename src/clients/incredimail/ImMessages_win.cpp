@@ -32,9 +32,10 @@ ResultCode ListRecords(const std::wstring& containerId, ImHeaderMap* headers,
   std::wstring path;
   std::wstring fileName;
   const ResultCode result = ResolveOlderContainer(identityDirectory, containerId, &path, &fileName);
-  return Failed(result)
-             ? result
-             : ReadHeaderFile(headers, path, MessageStoreFolder(identityDirectory), fileName);
+  PacedStop never;
+  return Failed(result) ? result
+                        : ReadHeaderFile(path, MessageStoreFolder(identityDirectory), fileName,
+                                         &never, headers);
 }
 
 }  // namespace

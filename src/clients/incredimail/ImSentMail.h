@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "clients/PacedStop.h"
 #include "clients/incredimail/ImTextSet.h"
 #include "postmarker/WizardRequest.h"
 #include "support/Results.h"
@@ -37,15 +38,21 @@ class ImAddressCollector {
 };
 
 // Collects the recipients of an identity's sent mail from its folder database or, without one, from
-// the older store. A store that can't be read adds nothing.
-void CollectSentOf(const std::wstring& identityDirectory, ImAddressCollector* collector);
+// the older store. A store that can't be read adds nothing. `stop` ends the reading; what was read
+// before it stays.
+void CollectSentOf(const std::wstring& identityDirectory, PacedStop* stop,
+                   ImAddressCollector* collector);
 
 // Adds the recipients of the older store's sent mail, lists as they stand in headers: those of the
-// list of headers, and the copies that each message itself names, for which it is rebuilt. Each
-// message is written to a temporary file and read from it once.
-// The result is that of the last message; a list of headers that can't be read fails.
-// Deliberate: the temporary file of a message that can't be rebuilt or written stays behind, empty,
-// as who looks for the reason wants to see.
-ResultCode GatherOlderSentAddresses(const std::wstring& identityDirectory, AddressSet* addresses);
+// list of headers, and the copies that each message itself names. For these the beginning of the
+// message is rebuilt, without attachments, since the copies stand in its header block; it is
+// written to a temporary file and read from it once. Many records may name one stretch of the file:
+// together no more than four times the file's size and 16 MiB is rebuilt in one call. The messages
+// after that give their recipients alone. The result is that of the last message; a list of headers
+// that can't be read fails. `stop` is asked between two messages too, and ends the reading; what
+// was read before it stays. Deliberate: the temporary file of a message that can't be rebuilt or
+// written stays behind, empty, as who looks for the reason wants to see.
+ResultCode GatherOlderSentAddresses(const std::wstring& identityDirectory, PacedStop* stop,
+                                    AddressSet* addresses);
 
 }  // namespace postmarker

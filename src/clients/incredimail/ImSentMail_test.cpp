@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "clients/incredimail/ImTemporaryFile.h"
 #include "support/ImDatabase.h"
 #include "support/ImOlderStore.h"
 #include "support/Prefixes.h"
@@ -18,9 +17,9 @@ using test::ImMessages;
 
 class ImSentMailTest : public testing::Test {
  protected:
-  AddressSet Collect() {
+  AddressSet Collect(PacedStop stop = PacedStop()) {
     ImAddressCollector collector;
-    CollectSentOf(m_identity.Directory(), &collector);
+    CollectSentOf(m_identity.Directory(), &stop, &collector);
     AddressSet addresses;
     collector.AddTo(&addresses);
     return addresses;
@@ -44,9 +43,9 @@ class ImSentMailTest : public testing::Test {
     database.AddHeaderRows(rows);
   }
 
-  AddressSet Gather(ResultCode expected = kOk) {
+  AddressSet Gather(ResultCode expected = kOk, PacedStop stop = PacedStop()) {
     AddressSet addresses;
-    EXPECT_EQ(GatherOlderSentAddresses(m_identity.Directory(), &addresses), expected);
+    EXPECT_EQ(GatherOlderSentAddresses(m_identity.Directory(), &stop, &addresses), expected);
     return addresses;
   }
 
@@ -155,6 +154,65 @@ TEST_F(ImSentMailTest, EveryCutOfTheOlderStoreGivesAddressesThatWereThere) {
   });
 }
 
+// A stop at this question.
+PacedStop StopAt(int question) {
+  return PacedStop([asked = 0, question]() mutable { return ++asked >= question; });
+}
+
+TEST_F(ImSentMailTest, StopEndsTheRowsOfADatabaseWithinAHundred) {
+  std::vector<std::wstring> lists;
+  for (int i = 0; i < 1000; ++i) {
+    lists.push_back(L"to" + std::to_wstring(i) + L"@x");
+  }
+  MakeDatabase(lists);
+  EXPECT_EQ(Collect(StopAt(3)).size(), 300U);
+  EXPECT_EQ(Collect().size(), 1000U);
+}
+
+TEST_F(ImSentMailTest, StopIsAskedBetweenTwoMessagesAndKeepsThoseBefore) {
+  ImMessages messages;
+  for (uint32_t i = 1; i <= 9; ++i) {
+    messages.Add({i, L"to" + std::to_wstring(i) + L"@x", L"me@x", L"s"},
+                 MailWithCopies("Cc: cc" + std::to_string(i) + "@x\r\n"));
+  }
+  m_identity.WriteMessages("Sent Items", messages);
+  const AddressSet three = {L"cc1@x", L"cc2@x", L"cc3@x", L"to1@x", L"to2@x", L"to3@x"};
+  EXPECT_EQ(Gather(kOk, StopAt(3)), three);
+  EXPECT_EQ(Collect(StopAt(3)), three);
+}
+
+TEST_F(ImSentMailTest, AttachmentsAreNotReadForTheCopies) {
+  ImMessages messages;
+  messages.Add({1, L"ann@x", L"me@x", L"s"}, std::string("From: me@x\r\n") + test::kImMarker +
+                                                 "head\r\nSubject: s\r\n\r\nbody\r\n");
+  m_identity.WriteMessages("Sent Items", messages);
+  test::WriteFile(m_identity.Attachment("head"), "Cc: attached@x\r\n");
+  EXPECT_EQ(Gather(), AddressSet{L"ann@x"});
+}
+
+// Records that name one stretch, and after them one of another message.
+TEST_F(ImSentMailTest, RecordsOfOneStretchAreRebuiltUpToFourTimesTheFileOnly) {
+  constexpr uint32_t kStretch = 0x000FFFFF;
+  const std::string last = MailWithCopies("Cc: last@x\r\n");
+  std::string mails(kStretch, 'x');
+  mails.replace(0, 13, "Cc: one@x\r\n\r\n");
+  mails += last;
+  test::WriteFile(m_identity.StoreFile("Sent Items.imm"), mails);
+  const auto write = [&](uint32_t records) {
+    std::vector<test::ImRecord> list;
+    for (uint32_t id = 1; id <= records; ++id) {
+      list.push_back({id, L"to@x", L"me@x", L"s", L"", kStretch, 0});
+    }
+    list.push_back(
+        {records + 1, L"to@x", L"me@x", L"s", L"", static_cast<uint32_t>(last.size()), kStretch});
+    test::WriteFile(m_identity.StoreFile("Sent Items.imh"), test::MakeImHeaderFile(list));
+  };
+  write(1);
+  EXPECT_EQ(Gather(), (AddressSet{L"last@x", L"one@x", L"to@x"}));
+  write(30);
+  EXPECT_EQ(Gather(), (AddressSet{L"one@x", L"to@x"})) << "a harvest rebuilds without end";
+}
+
 TEST(ImAddressCollector, SameListAgainAddsNothing) {
   ImAddressCollector collector;
   collector.AddInLowerCase(L"A@x");
@@ -193,21 +251,6 @@ TEST(ImAddressCollector, EmptyItemIsTheAddressThatTheListHas) {
   collector.Add(L"a@x,,b@x");
   collector.AddTo(&addresses);
   EXPECT_EQ(addresses, (AddressSet{L"", L"a@x", L"b@x"}));
-}
-
-TEST(ImTemporaryFile, IsMadeWrittenAndDeleted) {
-  const std::wstring path = MakeTemporaryFile();
-  ASSERT_FALSE(path.empty());
-  const std::filesystem::path file(std::u16string(path.begin(), path.end()));
-  EXPECT_EQ(std::filesystem::file_size(file), 0U);
-  EXPECT_TRUE(file.filename().string().starts_with("tmp"));
-  EXPECT_NE(MakeTemporaryFile(), path);
-  EXPECT_TRUE(WriteTemporaryFile(path, "content"));
-  EXPECT_TRUE(WriteTemporaryFile(path, "less"));
-  EXPECT_EQ(test::ReadFile(path), "less");
-  DeleteTemporaryFile(path);
-  EXPECT_FALSE(std::filesystem::exists(file));
-  EXPECT_FALSE(WriteTemporaryFile(L"", "x"));
 }
 
 }  // namespace

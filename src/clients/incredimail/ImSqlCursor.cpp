@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <utility>
 
 #include "support/Ascii.h"
 #include "support/Text.h"
@@ -15,6 +16,10 @@ namespace {
 constexpr int kInstructionsPerLook = 100'000;
 constexpr uint64_t kInstructionsAtLeast = 20'000'000;
 constexpr uint64_t kInstructionsPerByte = 64;
+
+// A list of a hundred thousand recipients fits. What is longer is no text of the client's, and
+// would keep a reader busy that is to stop.
+constexpr int kLongestText = 4 * 1024 * 1024;
 
 // The library takes 16-bit units, also where wide characters are wider.
 std::u16string ToUtf16(const std::wstring& wide) {
@@ -31,7 +36,9 @@ uint64_t LooksFor(const std::wstring& database) {
 
 }  // namespace
 
-ImSqlCursor::ImSqlCursor(const std::wstring& database, const std::wstring& statement) {
+ImSqlCursor::ImSqlCursor(const std::wstring& database, const std::wstring& statement,
+                         StopQuery stop)
+    : m_stop(std::move(stop)) {
   // One thread uses the connection, so that it needs no lock, which each column would take.
   constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
   // A failed open still gives a handle that must be closed.
@@ -40,6 +47,7 @@ ImSqlCursor::ImSqlCursor(const std::wstring& database, const std::wstring& state
     Close();
     return;
   }
+  ::sqlite3_limit(m_database.Get(), SQLITE_LIMIT_LENGTH, kLongestText);
   m_workLeft = LooksFor(database);
   ::sqlite3_progress_handler(m_database.Get(), kInstructionsPerLook, &CountWork, this);
   m_isUtf8 = HasUtf8Texts();
@@ -69,7 +77,7 @@ bool ImSqlCursor::HasUtf8Texts() const {
 
 int ImSqlCursor::CountWork(void* cursor) {
   auto* const self = static_cast<ImSqlCursor*>(cursor);
-  if (self->m_workLeft == 0) {
+  if (self->m_workLeft == 0 || ShouldStop(self->m_stop)) {
     return 1;
   }
   --self->m_workLeft;

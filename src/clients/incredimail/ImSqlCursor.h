@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "support/StopQuery.h"
 #include "support/UniqueHandle.h"
 
 namespace postmarker {
@@ -16,13 +17,15 @@ namespace postmarker {
 // last row and after every failure. There is no transaction, no waiting and no second try: a
 // database that the client has locked just has no rows.
 // A statement does no more work than reading the whole file several times would need, so that a
-// damaged one ends as well; it then counts as failed.
+// damaged one ends as well; it then counts as failed. So does one with a text of some 4 MiB or
+// more, and one that is stopped.
 // From one thread at a time.
 class ImSqlCursor {
  public:
   // `database` is a path, `statement` the text of one statement, both UTF-16. A database that is
-  // missing is made by the library: test for the file first.
-  ImSqlCursor(const std::wstring& database, const std::wstring& statement);
+  // missing is made by the library: test for the file first. `stop` is asked every few milliseconds
+  // while the library works.
+  ImSqlCursor(const std::wstring& database, const std::wstring& statement, StopQuery stop = {});
   ImSqlCursor(const ImSqlCursor&) = delete;
   ImSqlCursor& operator=(const ImSqlCursor&) = delete;
   ~ImSqlCursor();
@@ -73,6 +76,7 @@ class ImSqlCursor {
   int m_status = SQLITE_ERROR;
   bool m_isUtf8 = false;
   uint64_t m_workLeft = 0;  // in calls of CountWork
+  StopQuery m_stop;
   std::wstring m_text;
 };
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "support/ImDatabase.h"
 #include "support/MappedFile.h"
 #include "support/TempFolder.h"
@@ -143,6 +145,28 @@ TEST_F(ImSqlCursorTest, TableThatNeverEndsIsLeft) {
   }
   EXPECT_GT(rows, 100'000U);
   EXPECT_FALSE(ImSqlCursor(m_path, L"SELECT count(*) FROM t;").HasRow());
+}
+
+TEST_F(ImSqlCursorTest, StopIsAskedWhileNoRowComes) {
+  Make(
+      "CREATE VIEW t AS WITH RECURSIVE c(a) AS (SELECT 1 UNION ALL SELECT a + 1 FROM c)"
+      " SELECT a FROM c WHERE a < 0");
+  int asked = 0;
+  const ImSqlCursor cursor(m_path, L"SELECT a FROM t;", [&asked] { return ++asked == 3; });
+  EXPECT_FALSE(cursor.HasRow());
+  EXPECT_FALSE(cursor.IsDone());
+  EXPECT_EQ(asked, 3);
+}
+
+TEST_F(ImSqlCursorTest, TextOfMoreThanFourMebibytesEndsTheRows) {
+  Make(
+      "CREATE TABLE t(a TEXT); INSERT INTO t VALUES('first'), (hex(zeroblob(1024 * 1024))),"
+      " (hex(zeroblob(2 * 1024 * 1024 + 1))), ('last')");
+  std::vector<size_t> sizes;
+  for (ImSqlCursor cursor(m_path, L"SELECT a FROM t;"); cursor.HasRow(); cursor.Next()) {
+    sizes.push_back(cursor.Text(0).size());
+  }
+  EXPECT_EQ(sizes, (std::vector<size_t>{5, 2 * 1024 * 1024}));
 }
 
 }  // namespace

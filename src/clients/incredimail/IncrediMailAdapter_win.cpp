@@ -5,6 +5,7 @@
 #include <exception>
 #include <vector>
 
+#include "clients/Cancel.h"
 #include "clients/incredimail/ImAddressFile.h"
 #include "clients/incredimail/ImClientWindows_win.h"
 #include "clients/incredimail/ImFolderNames_win.h"
@@ -65,8 +66,9 @@ ResultCode ReadContainers(const std::wstring& identityName, const std::wstring& 
   return result;
 }
 
-ResultCode ListFolders(const std::wstring& identityFilter, MailFolderList* folders) {
-  for (ImIdentityWalker walker; Succeeded(walker.Status()); walker.Next()) {
+ResultCode ListFolders(const std::wstring& identityFilter, const StopQuery& stop,
+                       MailFolderList* folders) {
+  for (ImIdentityWalker walker; Succeeded(walker.Status()) && !ShouldStop(stop); walker.Next()) {
     if (PassesFilter(walker.Name(), identityFilter)) {
       ImContainerMap containers;
       ReadContainers(walker.Name(), walker.Path(), walker.Language(), &containers);
@@ -134,45 +136,49 @@ ResultCode FindWellKnownContainer(uint32_t index, const std::wstring& identityFi
   return kOk;
 }
 
-ResultCode CollectSentAddresses(const ProgressCallbacks* callbacks, AddressSet* addresses) {
-  const bool reports = callbacks != nullptr && callbacks->handle != nullptr;
-  if (reports && callbacks->setProgress != nullptr) {
+ResultCode CollectSentAddresses(const ClientSession& session, const ProgressCallbacks* callbacks,
+                                AddressSet* addresses) {
+  if (CanReport(callbacks) && callbacks->setProgress != nullptr) {
     callbacks->setProgress(callbacks->handle, L"", 1);
   }
-  if (reports && callbacks->isCancelled != nullptr &&
-      callbacks->isCancelled(callbacks->handle) != 0) {
+  PacedStop stop(StopOrCancel(session, callbacks));
+  if (stop.Look()) {
     return kOk;
   }
   ImAddressCollector collector;
-  for (ImIdentityWalker walker; Succeeded(walker.Status()); walker.Next()) {
-    CollectSentOf(walker.Path(), &collector);
+  for (ImIdentityWalker walker; Succeeded(walker.Status()) && !stop.IsStopped(); walker.Next()) {
+    CollectSentOf(walker.Path(), &stop, &collector);
+    (void)stop.LookAfterStep();
   }
   collector.AddTo(addresses);
-  if (reports && callbacks->increaseProgress != nullptr) {
+  if (!stop.IsStopped() && CanReport(callbacks) && callbacks->increaseProgress != nullptr) {
     callbacks->increaseProgress(callbacks->handle, 1);
   }
   return kOk;
 }
 
-ResultCode CollectContacts(AddressSet* addresses) {
-  for (ImIdentityWalker walker; Succeeded(walker.Status()); walker.Next()) {
-    CollectContactsOf(walker.Path(), addresses);
+ResultCode CollectContacts(const ClientSession& session, const ProgressCallbacks* callbacks,
+                           AddressSet* addresses) {
+  PacedStop stop(StopOrCancel(session, callbacks));
+  for (ImIdentityWalker walker; Succeeded(walker.Status()) && !stop.IsStopped(); walker.Next()) {
+    CollectContactsOf(walker.Path(), &stop, addresses);
+    (void)stop.LookAfterStep();
   }
   return kOk;
 }
 
-ResultCode CollectAddresses(const ProgressCallbacks* callbacks, AddressSet* addresses) {
-  CollectSentAddresses(callbacks, addresses);
-  return CollectContacts(addresses);
+ResultCode CollectAddresses(const ClientSession& session, const ProgressCallbacks* callbacks,
+                            AddressSet* addresses) {
+  CollectSentAddresses(session, callbacks, addresses);
+  return CollectContacts(session, callbacks, addresses);
 }
 
 }  // namespace incredimail
 
 // A store larger than memory ends the reading and nothing else.
-void IncrediMailAdapter::ListFolders(const ClientSession& /*session*/,
-                                     MailFolderList* folders) const {
+void IncrediMailAdapter::ListFolders(const ClientSession& session, MailFolderList* folders) const {
   try {
-    incredimail::ListFolders(incredimail::GetDefaultIdentityName(), folders);
+    incredimail::ListFolders(incredimail::GetDefaultIdentityName(), session.stop, folders);
   } catch (const std::exception&) {
     return;
   }
@@ -192,11 +198,11 @@ ResultCode IncrediMailAdapter::CreateFolder(const ClientSession& /*session*/,
   }
 }
 
-ResultCode IncrediMailAdapter::CollectSentAddresses(const ClientSession& /*session*/,
+ResultCode IncrediMailAdapter::CollectSentAddresses(const ClientSession& session,
                                                     const ProgressCallbacks* callbacks,
                                                     AddressSet* addresses) const {
   try {
-    return incredimail::CollectAddresses(callbacks, addresses);
+    return incredimail::CollectAddresses(session, callbacks, addresses);
   } catch (const std::exception&) {
     return kFail;
   }

@@ -22,8 +22,9 @@ ResultCode ReadContainers(const std::wstring& identityName, const std::wstring& 
                           uint32_t language, ImContainerMap* containers);
 
 // Appends the folders of the identity with this name, whatever its case, or of all identities for
-// an empty name. Always 0.
-ResultCode ListFolders(const std::wstring& identityFilter, MailFolderList* folders);
+// an empty name. `stop` is asked before each identity, and may be empty. Always 0.
+ResultCode ListFolders(const std::wstring& identityFilter, const StopQuery& stop,
+                       MailFolderList* folders);
 
 // Always 0: the client does not notice a new folder while it runs, so none is offered.
 ResultCode CanCreateFolder();
@@ -39,15 +40,21 @@ ResultCode FindWellKnownContainer(uint32_t index, const std::wstring& identityFi
                                   std::wstring* id);
 
 // Adds the recipients of the sent mail of all identities, in lower case, one by one. Reports one
-// step, polls callbacks->isCancelled once, at the start, and then returns at once. `callbacks` may
-// be null. Always 0.
-ResultCode CollectSentAddresses(const ProgressCallbacks* callbacks, AddressSet* addresses);
+// step. Asks session.stop and callbacks->isCancelled at the start, where a yes adds nothing, after
+// every hundred rows and between two messages; a yes there ends the reading, and what was read by
+// then is added. `callbacks` may be null. Always 0.
+ResultCode CollectSentAddresses(const ClientSession& session, const ProgressCallbacks* callbacks,
+                                AddressSet* addresses);
 
-// Adds the entries of the address books of all identities. Always 0.
-ResultCode CollectContacts(AddressSet* addresses);
+// Adds the entries of the address books of all identities. Asks the same after every hundred
+// entries. Always 0.
+ResultCode CollectContacts(const ClientSession& session, const ProgressCallbacks* callbacks,
+                           AddressSet* addresses);
 
-// Both, one after the other. The contacts are read also if the person has stopped the other.
-ResultCode CollectAddresses(const ProgressCallbacks* callbacks, AddressSet* addresses);
+// Both, one after the other. The contacts are read also if the user has stopped the other, until
+// they look for themselves: most address books are small.
+ResultCode CollectAddresses(const ClientSession& session, const ProgressCallbacks* callbacks,
+                            AddressSet* addresses);
 
 }  // namespace incredimail
 

@@ -75,7 +75,7 @@ class IncrediMailTest : public testing::Test {
 
   static MailFolderList ListOf(const std::wstring& filter) {
     MailFolderList folders;
-    EXPECT_EQ(incredimail::ListFolders(filter, &folders), kOk);
+    EXPECT_EQ(incredimail::ListFolders(filter, {}, &folders), kOk);
     return folders;
   }
 
