@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <deque>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "clients/thunderbird/TbCommands.h"
@@ -20,10 +19,16 @@ class ScriptedTbChannel : public thunderbird::TbChannel {
   int reads = 0;
 
   // What the bridge will find, in order.
-  void Say(const std::wstring& message) { m_steps.push_back({0, message, false}); }
-  void Pause(int64_t milliseconds) { m_steps.push_back({milliseconds, {}, false}); }
+  void Say(const std::wstring& message, int times = 1) {
+    m_steps.push_back({0, message, false, times});
+  }
+  void Pause(int64_t milliseconds) { m_steps.push_back({milliseconds, {}, false, 1}); }
   void SayForEver(const std::wstring& message) { m_endless = message; }
-  void Break() { m_steps.push_back({0, {}, true}); }
+  void SayNumberedForEver(const std::wstring& message) {
+    m_endless = message;
+    m_isNumbered = true;
+  }
+  void Break() { m_steps.push_back({0, {}, true, 1}); }
 
   [[nodiscard]] int64_t Clock() const { return m_now; }
 
@@ -44,7 +49,7 @@ class ScriptedTbChannel : public thunderbird::TbChannel {
 
   bool Read(std::wstring* message) override {
     ++reads;
-    *message = m_endless;
+    *message = m_isNumbered ? std::to_wstring(reads) + m_endless : m_endless;
     if (m_steps.empty() && !m_endless.empty()) {
       return true;
     }
@@ -52,8 +57,10 @@ class ScriptedTbChannel : public thunderbird::TbChannel {
     if (m_steps.empty() || m_steps.front().breaks) {
       return false;
     }
-    *message = std::move(m_steps.front().message);
-    m_steps.pop_front();
+    *message = m_steps.front().message;
+    if (--m_steps.front().times == 0) {
+      m_steps.pop_front();
+    }
     return true;
   }
 
@@ -73,10 +80,12 @@ class ScriptedTbChannel : public thunderbird::TbChannel {
     int64_t pause;
     std::wstring message;
     bool breaks;
+    int times;
   };
 
   std::deque<Step> m_steps;
-  std::wstring m_endless;  // after the steps, if not empty
+  std::wstring m_endless;     // after the steps, if not empty
+  bool m_isNumbered = false;  // the endless message, each with a number of its own
   int64_t m_now = 1'000'000;
   int64_t m_pauseEnd = -1;
 };

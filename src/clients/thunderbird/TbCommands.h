@@ -41,7 +41,9 @@ class TbChannel {
 // it cut short: at the end marker, when the channel breaks or is abandoned, or when the channel is
 // silent and `limitSeconds` have gone by since the start. Deliberate: a pause, and not the length
 // of the whole reply, ends a command, as a large mailbox takes its time; and what a slow or dying
-// client has told by then is of use. One command at a time on a channel.
+// client has told by then is of use. A reply also ends once what it makes the bridge hold, besides
+// texts that are held already, takes 64 MiB in a list and 64 KiB in an answer. One command at a
+// time on a channel.
 
 // Appends all folders in the order of their arrival.
 ResultCode GiveAllFolders(TbChannel* channel, int32_t limitSeconds, MailFolderList* folders);
@@ -64,8 +66,5 @@ ResultCode AddNewFolder(TbChannel* channel, const std::wstring& name, const Mail
 
 // Tells the extension whether to move spam.
 ResultCode SetMoveMails(TbChannel* channel, bool move, int32_t limitSeconds);
-
-// Did the user stop the operation. Without a record, handle or function: no.
-bool IsCancelled(const ProgressCallbacks* callbacks);
 
 }  // namespace postmarker::thunderbird

@@ -167,12 +167,40 @@ TEST_F(TbCommandsTest, AbandonedCommandEndsWithinOnePoll) {
   EXPECT_EQ(m_channel.reads, 0);
 }
 
-TEST_F(TbCommandsTest, ReplyThatNeverEndsIsCut) {
-  m_channel.SayForEver(std::wstring(1023, L'x'));
+TEST_F(TbCommandsTest, EndlessListOfNewTextsEndsAt64MebibytesHeld) {
+  m_channel.SayNumberedForEver(std::wstring(1000, L'x'));
   AddressSet addresses;
   EXPECT_EQ(GiveContacts(&m_channel, kLimit, &addresses), kOk);
-  EXPECT_EQ(m_channel.reads, 97'657);
-  EXPECT_EQ(addresses.size(), 1U);
+  size_t held = 0;
+  for (const std::wstring& address : addresses) {
+    held += address.size() * sizeof(wchar_t) + 64;
+  }
+  EXPECT_GE(held, size_t{64} * 1024 * 1024);
+  EXPECT_LT(held, size_t{65} * 1024 * 1024);
+  addresses.clear();
+  EXPECT_EQ(GiveAllFolders(&m_channel, kLimit, &m_folders), kOk);
+  EXPECT_LT(m_folders.size(), size_t{64} * 1024 * 1024 / (1000 * sizeof(wchar_t)));
+}
+
+TEST_F(TbCommandsTest, ListThatRepeatsWhatIsHeldIsNotCut) {
+  const std::wstring list(1000, L'x');
+  m_channel.Say(list, 110'000);
+  m_channel.Say(L"last@x");
+  m_channel.Say(L"#####GiveContacts");
+  AddressSet addresses;
+  EXPECT_EQ(GiveContacts(&m_channel, kLimit, &addresses), kOk);
+  EXPECT_THAT(addresses, ElementsAre(L"last@x", list));
+}
+
+TEST_F(TbCommandsTest, EndlessAnswerThatHoldsNothingEndsSoon) {
+  m_channel.SayForEver(L"OK");
+  EXPECT_EQ(SetMoveMails(&m_channel, true, kLimit), kOk);
+  EXPECT_EQ(m_channel.reads, 8'192);
+  EXPECT_EQ(AddNewFolder(&m_channel, L"New", {}, kLimit, &m_folders), kOk);
+  EXPECT_EQ(m_channel.reads, 16'384);
+  int32_t count = 0;
+  EXPECT_EQ(SentItemsEntries(&m_channel, kLimit, &count), kOk);
+  EXPECT_EQ(m_channel.reads, 24'576);
 }
 
 TEST_F(TbCommandsTest, ContactsAreTakenUnchanged) {

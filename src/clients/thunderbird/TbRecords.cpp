@@ -70,12 +70,15 @@ int32_t ParseCount(std::wstring_view text) {
   return static_cast<int32_t>(isNegative ? -value : value);
 }
 
-void AddAddressList(std::wstring_view text, AddressSet* addresses) {
+std::vector<std::wstring> ParseAddresses(std::wstring_view text) {
   AddressMap list;
   ParseAddressList(Narrow(text), &list);
+  std::vector<std::wstring> addresses;
+  addresses.reserve(list.size());
   for (const auto& [address, displayName] : list) {
-    addresses->insert(Widen(address));
+    addresses.push_back(Widen(address));
   }
+  return addresses;
 }
 
 }  // namespace postmarker::thunderbird

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "postmarker/MailFolderRef.h"
-#include "postmarker/WizardRequest.h"
 
 namespace postmarker::thunderbird {
 
@@ -32,8 +32,7 @@ std::wstring NewFolderRequest(const MailFolderRef& parent, std::wstring_view nam
 // the nearest 32-bit number if it is too large.
 int32_t ParseCount(std::wstring_view text);
 
-// Adds the addresses of a list of recipients to *addresses, in lower case and without the display
-// names.
-void AddAddressList(std::wstring_view text, AddressSet* addresses);
+// The addresses of a list of recipients, in lower case and without the display names.
+std::vector<std::wstring> ParseAddresses(std::wstring_view text);
 
 }  // namespace postmarker::thunderbird

@@ -3,6 +3,7 @@
 #include <exception>
 #include <utility>
 
+#include "clients/Cancel.h"
 #include "clients/thunderbird/TbCommands.h"
 #include "clients/thunderbird/ThunderbirdConnection_win.h"
 #include "support/Text.h"
@@ -14,12 +15,12 @@ namespace {
 constexpr std::wstring_view kTrash = L"Local Folders\\Trash";
 constexpr std::wstring_view kTrashOfStore = L"\\\\Local Folders\\Trash";
 
-// Runs `operation` on a connection and releases it. `unreachable` is the result without a
-// connection; want of memory fails.
+// Runs `operation` on a connection, which `stop` ends, and releases it. `unreachable` is the result
+// without a connection; want of memory fails.
 template <class Operation>
-ResultCode WithThunderbird(ResultCode unreachable, Operation operation) {
+ResultCode WithThunderbird(const StopQuery& stop, ResultCode unreachable, Operation operation) {
   try {
-    ThunderbirdConnection connection;
+    ThunderbirdConnection connection(stop);
     if (Failed(ConnectOrLaunch(&connection, kThunderbirdStartMilliseconds))) {
       return unreachable;
     }
@@ -58,9 +59,8 @@ class ThunderbirdHold : public ClientHold {
 
 }  // namespace
 
-void ThunderbirdAdapter::ListFolders(const ClientSession& /*session*/,
-                                     MailFolderList* folders) const {
-  (void)WithThunderbird(kFail, [&](ThunderbirdConnection* connection) {
+void ThunderbirdAdapter::ListFolders(const ClientSession& session, MailFolderList* folders) const {
+  (void)WithThunderbird(session.stop, kFail, [&](ThunderbirdConnection* connection) {
     return thunderbird::GiveAllFolders(connection, kThunderbirdCommandSeconds, folders);
   });
 }
@@ -76,10 +76,10 @@ MailFolderRef ThunderbirdAdapter::FindDefaultFolder(const ClientSession& /*sessi
   return found;
 }
 
-ResultCode ThunderbirdAdapter::CreateFolder(const ClientSession& /*session*/,
-                                            const std::wstring& name, const MailFolderRef& parent,
+ResultCode ThunderbirdAdapter::CreateFolder(const ClientSession& session, const std::wstring& name,
+                                            const MailFolderRef& parent,
                                             MailFolderRef* created) const {
-  return WithThunderbird(kNullPointer, [&](ThunderbirdConnection* connection) {
+  return WithThunderbird(session.stop, kNullPointer, [&](ThunderbirdConnection* connection) {
     MailFolderList answer;
     const ResultCode result =
         thunderbird::AddNewFolder(connection, name, parent, kThunderbirdCommandSeconds, &answer);
@@ -90,40 +90,42 @@ ResultCode ThunderbirdAdapter::CreateFolder(const ClientSession& /*session*/,
   });
 }
 
-ResultCode ThunderbirdAdapter::CollectSentAddresses(const ClientSession& /*session*/,
+ResultCode ThunderbirdAdapter::CollectSentAddresses(const ClientSession& session,
                                                     const ProgressCallbacks* callbacks,
                                                     AddressSet* addresses) const {
-  return WithThunderbird(kFail, [&](ThunderbirdConnection* connection) {
-    connection->WatchCancel(callbacks);
+  const StopQuery stop = StopOrCancel(session, callbacks);
+  const ResultCode result = WithThunderbird(stop, kFail, [&](ThunderbirdConnection* connection) {
     int32_t count = 0;
-    ResultCode result =
-        thunderbird::SentItemsEntries(connection, kThunderbirdCommandSeconds, &count);
-    if (Succeeded(result) && !thunderbird::IsCancelled(callbacks)) {
-      result = thunderbird::GiveContacts(connection, kThunderbirdCommandSeconds, addresses);
+    ResultCode step = thunderbird::SentItemsEntries(connection, kThunderbirdCommandSeconds, &count);
+    if (Succeeded(step) && !stop()) {
+      step = thunderbird::GiveContacts(connection, kThunderbirdCommandSeconds, addresses);
     }
-    if (Succeeded(result) && !thunderbird::IsCancelled(callbacks)) {
-      result = thunderbird::GiveAddressesFromSentItems(connection, count, callbacks,
-                                                       kThunderbirdCommandSeconds, addresses);
+    if (Succeeded(step) && !stop()) {
+      step = thunderbird::GiveAddressesFromSentItems(connection, count, callbacks,
+                                                     kThunderbirdCommandSeconds, addresses);
     }
-    return result;
+    return step;
   });
+  return Failed(result) && stop() ? kOk : result;
 }
 
-ResultCode ThunderbirdAdapter::HarvestAddresses(const ClientSession& /*session*/,
+ResultCode ThunderbirdAdapter::HarvestAddresses(const ClientSession& session,
                                                 AddressSet* addresses) const {
-  return WithThunderbird(kFail, [&](ThunderbirdConnection* connection) {
-    ResultCode result =
-        thunderbird::GiveContacts(connection, kThunderbirdCommandSeconds, addresses);
-    if (Succeeded(result)) {
-      result = thunderbird::GiveAddressesFromSentItems(connection, 0, nullptr,
-                                                       kThunderbirdCommandSeconds, addresses);
-    }
-    return result;
-  });
+  const ResultCode result =
+      WithThunderbird(session.stop, kFail, [&](ThunderbirdConnection* connection) {
+        ResultCode step =
+            thunderbird::GiveContacts(connection, kThunderbirdCommandSeconds, addresses);
+        if (Succeeded(step) && !ShouldStop(session.stop)) {
+          step = thunderbird::GiveAddressesFromSentItems(connection, 0, nullptr,
+                                                         kThunderbirdCommandSeconds, addresses);
+        }
+        return step;
+      });
+  return Failed(result) && ShouldStop(session.stop) ? kOk : result;
 }
 
 void ThunderbirdAdapter::SetMoveMails(bool move) const {
-  (void)WithThunderbird(kFail, [&](ThunderbirdConnection* connection) {
+  (void)WithThunderbird({}, kFail, [&](ThunderbirdConnection* connection) {
     return thunderbird::SetMoveMails(connection, move, kThunderbirdCommandSeconds);
   });
 }

@@ -22,7 +22,8 @@ class ThunderbirdAdapter : public MailClientAdapter {
   ResultCode CreateFolder(const ClientSession& session, const std::wstring& name,
                           const MailFolderRef& parent, MailFolderRef* created) const override;
 
-  // Looks at the user's wish to stop at least every 100 ms while a reply is awaited.
+  // Asks session.stop and the user's cancel at least every 100 ms, also while Thunderbird starts;
+  // stopped, the result is 0.
   ResultCode CollectSentAddresses(const ClientSession& session, const ProgressCallbacks* callbacks,
                                   AddressSet* addresses) const override;
 

@@ -4,6 +4,8 @@
 
 #include <shellapi.h>
 
+#include <exception>
+
 #include "clients/thunderbird/TbInstallation_win.h"
 #include "support/Handles_win.h"
 
@@ -39,11 +41,11 @@ void ThunderbirdConnection::Sleep(int32_t milliseconds) {
 }
 
 bool ThunderbirdConnection::IsAbandoned() {
-  if (m_callbacks == nullptr || Now() < m_nextLook) {
+  if (!m_stop || Now() < m_nextLook) {
     return false;
   }
   m_nextLook = Now() + kCancelPoll;
-  return thunderbird::IsCancelled(m_callbacks);
+  return m_stop();
 }
 
 ResultCode ConnectOrLaunch(ThunderbirdConnection* connection, int32_t limitMilliseconds) {
@@ -52,22 +54,28 @@ ResultCode ConnectOrLaunch(ThunderbirdConnection* connection, int32_t limitMilli
   if (program.empty() || !pipe.Init(kPipeName, kPipeBufferChars, 0)) {
     return kFail;
   }
-  if (pipe.TryConnect(kRunningAttempts, kRunningPause)) {
+  const StopQuery& stop = connection->Stop();
+  if (pipe.TryConnect(kRunningAttempts, kRunningPause, stop)) {
     connection->alreadyRunning = 1;
     return kOk;
   }
   connection->alreadyRunning = 0;
-  if (!StartHidden(program) ||
-      !pipe.TryConnect(kStartAttempts, limitMilliseconds / kStartAttempts)) {
+  if (ShouldStop(stop) || !StartHidden(program) ||
+      !pipe.TryConnect(kStartAttempts, limitMilliseconds / kStartAttempts, stop)) {
     return kFail;
   }
   (void)pipe.Write(L"HideThunderbirdWindow");
   return kOk;
 }
 
-ResultCode ReleaseThunderbird(ThunderbirdConnection* connection) {
+ResultCode ReleaseThunderbird(ThunderbirdConnection* connection) noexcept {
   if (connection->alreadyRunning == 0) {
-    (void)connection->Pipe().Write(L"ExitThunderbird");
+    try {
+      (void)connection->Pipe().Write(L"ExitThunderbird");
+    } catch (const std::exception&) {
+      // Called by destructors: without memory for the word, Thunderbird stays.
+      ::SetLastError(ERROR_OUTOFMEMORY);
+    }
   }
   return kOk;
 }

@@ -3,11 +3,12 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "clients/thunderbird/TbCommands.h"
 #include "ipc/NamedPipeClient_win.h"
-#include "postmarker/ProgressCallbacks.h"
 #include "support/Results.h"
+#include "support/StopQuery.h"
 
 namespace postmarker {
 
@@ -24,9 +25,11 @@ class ThunderbirdConnection : public thunderbird::TbChannel {
 
   NamedPipeClient& Pipe() { return m_pipe; }
 
-  // From now on the operation is abandoned when the user cancels. `callbacks` may be null and must
-  // outlive the connection.
-  void WatchCancel(const ProgressCallbacks* callbacks) { m_callbacks = callbacks; }
+  // An empty `stop` never ends anything. What it asks must outlive the connection.
+  explicit ThunderbirdConnection(StopQuery stop = {}) : m_stop(std::move(stop)) {}
+
+  // Is the operation to end: connecting, and waiting for a reply.
+  [[nodiscard]] const StopQuery& Stop() const { return m_stop; }
 
   bool HasMessage() override { return m_pipe.HasMessage(); }
   bool Read(std::wstring* message) override { return m_pipe.Read(message); }
@@ -37,17 +40,19 @@ class ThunderbirdConnection : public thunderbird::TbChannel {
 
  private:
   NamedPipeClient m_pipe;
-  const ProgressCallbacks* m_callbacks = nullptr;
+  StopQuery m_stop;
   int64_t m_nextLook = 0;
 };
 
 // Connects to a Thunderbird that runs, or starts it hidden and waits `limitMilliseconds` at most
 // for its extension to serve the pipe. Sets connection->alreadyRunning. E_FAIL if Thunderbird is
-// not installed, can't be started, or does not serve the pipe in time; one that was started stays.
+// not installed, can't be started, or does not serve the pipe in time, and as soon as the
+// connection's Stop says so, which is asked at least every 100 ms; one that was started stays.
 // A connection that stands is closed first, without a word to Thunderbird.
 ResultCode ConnectOrLaunch(ThunderbirdConnection* connection, int32_t limitMilliseconds);
 
-// Tells a Thunderbird that was started for this connection to exit. Always 0.
-ResultCode ReleaseThunderbird(ThunderbirdConnection* connection);
+// Tells a Thunderbird that was started for this connection to exit; short of memory it stays.
+// Always 0.
+ResultCode ReleaseThunderbird(ThunderbirdConnection* connection) noexcept;
 
 }  // namespace postmarker
