@@ -29,11 +29,14 @@ MappedFile::MappedFile(const std::wstring& path, uint8_t map) {
       size.QuadPart >= INVALID_FILE_SIZE) {
     return;
   }
-  KernelHandle mapping(::CreateFileMappingW(file.Get(), nullptr, PAGE_READONLY, 0, 0, nullptr));
+  // With the size named, a file that its client has cut short meanwhile is refused, and one that
+  // grew is seen up to that size: the view never ends before Size.
+  KernelHandle mapping(
+      ::CreateFileMappingW(file.Get(), nullptr, PAGE_READONLY, 0, size.LowPart, nullptr));
   if (!mapping) {
     return;
   }
-  FileView view(::MapViewOfFile(mapping.Get(), FILE_MAP_READ, 0, 0, 0));
+  FileView view(::MapViewOfFile(mapping.Get(), FILE_MAP_READ, 0, 0, size.LowPart));
   if (!view) {
     return;
   }

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstring>
 #include <string>
+#include <thread>
 
 #include "support/MappedFile.h"
 
@@ -75,6 +77,38 @@ TEST(MappedFileHeldByAClient, LeavesNoHandleBehind) {
   ASSERT_TRUE(::GetProcessHandleCount(::GetCurrentProcess(), &after));
   EXPECT_EQ(after, before);
   EXPECT_TRUE(::DeleteFileW(path.c_str()));
+}
+
+// The bytes of the view that a pointer is the beginning of, in whole pages.
+size_t ViewedBytes(const uint8_t* data) {
+  MEMORY_BASIC_INFORMATION view = {};
+  EXPECT_NE(::VirtualQuery(data, &view, sizeof(view)), 0U);
+  return view.RegionSize;
+}
+
+TEST(MappedFileHeldByAClient, SizeIsThatOfTheViewWhileTheClientCutsAndLengthensTheFile) {
+  const std::wstring path = TemporaryFile();
+  const FileHandle writer = OpenForWriting(path, FILE_SHARE_READ | FILE_SHARE_WRITE);
+  ASSERT_TRUE(writer);
+  std::atomic<bool> ends = false;
+  std::thread client([&] {
+    for (LONG size = 1; !ends; size = size == 1 ? 1 << 20 : 1) {
+      ::SetFilePointer(writer.Get(), size, nullptr, FILE_BEGIN);
+      ::SetEndOfFile(writer.Get());
+    }
+  });
+  int viewed = 0;
+  for (int i = 0; i < 3000; ++i) {
+    const MappedFile file(path, 1);
+    if (Succeeded(file.Status())) {
+      ++viewed;
+      ASSERT_GE(ViewedBytes(file.Data()), file.Size()) << "reading would end the process";
+    }
+  }
+  ends = true;
+  client.join();
+  EXPECT_GT(viewed, 0);
+  ::DeleteFileW(path.c_str());
 }
 
 TEST(Handles, ClosingKeepsTheLastError) {
