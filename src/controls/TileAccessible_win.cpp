@@ -159,8 +159,8 @@ class TileAccessible final : public WindowAccessible {
 
 }  // namespace
 
-ComPtr<IAccessible> MakeTileAccessible(HWND window) {
-  return MakeWindowAccessible<TileAccessible>(window);
+void MakeTileAccessible(HWND window, ComPtr<IAccessible>* out) {
+  MakeWindowAccessible<TileAccessible>(window, out);
 }
 
 }  // namespace postmarker
