@@ -1,0 +1,10 @@
+#include "clients/livemail/EseJetApi.h"
+#include "clients/livemail/JetProvider.h"
+
+namespace postmarker {
+
+const JetApi& MachineJetApi() {
+  return EseJetApi();
+}
+
+}  // namespace postmarker
