@@ -9,6 +9,8 @@ namespace {
 
 constexpr size_t kAny = std::numeric_limits<size_t>::max();
 
+constexpr auto kJetOptions = std::to_array<Option>({{"--filter", true}, {"--require", true}});
+
 constexpr auto kCommands = std::to_array<Command>({
     {"headers", "FILE...", 1, kAny, true, false, {}, RunHeaders},
     {"message", "FILE...", 1, kAny, true, false, {}, RunMessage},
@@ -41,6 +43,10 @@ constexpr auto kCommands = std::to_array<Command>({
      RunImmMessage},
     {"imb", "FILE", 1, 1, false, false, {}, RunImb},
     {"incredimail", "IDENTITYDIR ROOTLABEL", 2, 2, false, true, {}, RunIncrediMail},
+    {"jet",
+     "FILE tables|columns TABLE|indexes TABLE|query TABLE [--filter COLUMN=VALUE] "
+     "[--require COLUMN=VALUE]",
+     2, 3, false, false, kJetOptions, RunJet},
 });
 
 }  // namespace

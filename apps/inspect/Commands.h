@@ -62,6 +62,7 @@ bool RunImmFolders(const Arguments& arguments, JsonWriter* json);
 bool RunImh(const Arguments& arguments, JsonWriter* json);
 bool RunImmMessage(const Arguments& arguments, JsonWriter* json);
 bool RunImb(const Arguments& arguments, JsonWriter* json);
+bool RunJet(const Arguments& arguments, JsonWriter* json);
 bool RunIncrediMail(const Arguments& arguments, JsonWriter* json);
 
 }  // namespace postmarker::inspect
