@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "support/DeviceContext_win.h"
+#include "support/Handles_win.h"
 #include "wizard/WizardFixture_win.h"
 
 namespace postmarker::test {
@@ -46,13 +47,11 @@ LRESULT CALLBACK NoteSkinMessages(int code, WPARAM wParam, LPARAM lParam) {
 int32_t RunSheetUnderHook(WizardRequest* request) {
   g_styles.clear();
   g_titles.clear();
-  const HHOOK hook =
-      ::SetWindowsHookExW(WH_CALLWNDPROC, &NoteSkinMessages, nullptr, ::GetCurrentThreadId());
+  const WindowsHook hook(
+      ::SetWindowsHookExW(WH_CALLWNDPROC, &NoteSkinMessages, nullptr, ::GetCurrentThreadId()));
   const ModuleStateGuard guard;
   CWizardSheet sheet(L"Kestrelon", request, nullptr, 0);
-  const auto result = static_cast<int32_t>(sheet.DoModal());
-  ::UnhookWindowsHookEx(hook);
-  return result;
+  return static_cast<int32_t>(sheet.DoModal());
 }
 
 class LooksTest : public WizardFixture {
