@@ -32,8 +32,8 @@ def findings(files):
 
 class Closings(unittest.TestCase):
     CALLS = ("CloseHandle(file)", "DeleteDC(dc)", "DeleteObject(brush)", "EndPaint(window, &paint)",
-             "ReleaseDC(window, dc)", "RestoreDC(dc, saved)", "SelectObject(dc, former)", "SysFreeString(text)", "VariantClear(&value)",
-             "ImageList_Destroy(list)", "UnhookWindowsHookEx(hook)", "FreeLibrary(module)")
+             "ReleaseDC(window, dc)", "RestoreDC(dc, saved)", "SelectObject(dc, former)", "SysFreeString(text)",
+             "VariantClear(&value)", "ImageList_Destroy(list)", "UnhookWindowsHookEx(hook)", "FreeLibrary(module)")
 
     def test_a_handle_closed_by_hand_is_refused(self):
         for call in self.CALLS:
