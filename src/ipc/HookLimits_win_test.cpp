@@ -17,7 +17,6 @@ namespace {
 using nlohmann::json;
 using test::kInbox;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 // What no test waits for.
 constexpr uint32_t kNever = 8'000;

@@ -10,7 +10,6 @@
 namespace postmarker {
 namespace {
 
-using std::chrono::milliseconds;
 using test::FreshPipeName;
 using test::kBufferChars;
 using test::WaitUntil;
