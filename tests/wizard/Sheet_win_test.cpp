@@ -257,10 +257,9 @@ struct Resources {
     ::GetProcessHandleCount(::GetCurrentProcess(), &now.handles);
     now.gdi = ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS);
     now.user = ::GetGuiResources(::GetCurrentProcess(), GR_USEROBJECTS);
-    PROCESS_MEMORY_COUNTERS_EX counters = {};
-    ::GetProcessMemoryInfo(::GetCurrentProcess(),
-                           reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters), sizeof(counters));
-    now.memory = counters.PrivateUsage;
+    PROCESS_MEMORY_COUNTERS counters = {};
+    ::GetProcessMemoryInfo(::GetCurrentProcess(), &counters, sizeof(counters));
+    now.memory = counters.PagefileUsage;
     return now;
   }
 };
