@@ -11,7 +11,7 @@
 namespace postmarker {
 
 // Owns the application, the logon, and the cookie by which other threads reach the application.
-class OutlookHold : public ClientHold {
+class OutlookHold final : public ClientHold {
  public:
   // `request` outlives Disconnect. `table` may be null: then no thread gets the application, and
   // operations run without one. Sheet.

@@ -31,7 +31,7 @@ ResultCode WithThunderbird(const StopQuery& stop, ResultCode unreachable, Operat
   }
 }
 
-class ThunderbirdHold : public ClientHold {
+class ThunderbirdHold final : public ClientHold {
  public:
   ThunderbirdHold() = default;
   ~ThunderbirdHold() override { Disconnect(); }
