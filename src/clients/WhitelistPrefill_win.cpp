@@ -68,9 +68,11 @@ DWORD WINAPI HarvestThread(void* argument) noexcept {
 }  // namespace
 
 void HarvestAllClients() {
-  for (const ClientRow* row : RowsByTurn()) {
-    RunStep([row] { HarvestClient(*row); });
-  }
+  RunStep([] {
+    for (const ClientRow* row : RowsByTurn()) {
+      RunStep([row] { HarvestClient(*row); });
+    }
+  });
 }
 
 KernelHandle LaunchWhitelistPrefill() {

@@ -98,16 +98,18 @@ TEST(MappedFileHeldByAClient, SizeIsThatOfTheViewWhileTheClientCutsAndLengthensT
     }
   });
   int viewed = 0;
+  int cutShort = 0;
   for (int i = 0; i < 3000; ++i) {
     const MappedFile file(path, 1);
     if (Succeeded(file.Status())) {
       ++viewed;
-      ASSERT_GE(ViewedBytes(file.Data()), file.Size()) << "reading would end the process";
+      cutShort += ViewedBytes(file.Data()) < file.Size() ? 1 : 0;
     }
   }
   ends = true;
   client.join();
   EXPECT_GT(viewed, 0);
+  EXPECT_EQ(cutShort, 0) << "reading to the size would have ended the process";
   ::DeleteFileW(path.c_str());
 }
 

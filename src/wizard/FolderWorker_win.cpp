@@ -3,6 +3,7 @@
 #include <memory>
 #include <utility>
 
+#include "clients/AdapterCall_win.h"
 #include "support/ComPtr_win.h"
 #include "wizard/WorkerMap_win.h"
 
@@ -21,8 +22,9 @@ void ReadFolders(const FolderWorkerStart& start) {
     const ClientSession session = start.client.OpenSession(
         [&start] { return !WorkerMap.WithSheet(start.sheet, start.number, [] {}); });
     const MailClientAdapter& adapter = *start.client.adapter;
-    adapter.ListFolders(session, &folders);
-    defaultFolder = std::make_unique<MailFolderRef>(adapter.FindDefaultFolder(session, folders));
+    defaultFolder = std::make_unique<MailFolderRef>();
+    (void)CallAdapter([&] { adapter.ListFolders(session, &folders); });
+    (void)CallAdapter([&] { *defaultFolder = adapter.FindDefaultFolder(session, folders); });
   }
   WorkerMap.WithSheet(start.sheet, start.number, [&] {
     start.receiver->ReceiveFolders(std::move(folders), std::move(defaultFolder));

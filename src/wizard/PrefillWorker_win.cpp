@@ -1,5 +1,6 @@
 #include "wizard/PrefillWorker_win.h"
 
+#include "clients/AdapterCall_win.h"
 #include "postmarker/ProgressCallbacks.h"
 #include "support/Bstr_win.h"
 #include "support/ComPtr_win.h"
@@ -109,8 +110,10 @@ void Collect(PrefillJob* job) {
   const Bstr text = MakeBstr({});
   const ProgressCallbacks callbacks = CallbacksFor(job, text.Get());
   AddressSet addresses;
-  (void)job->client.CollectSentAddresses(
-      &callbacks, [job] { return IsStopped(*job); }, &addresses);
+  (void)CallAdapter([&] {
+    return job->client.CollectSentAddresses(
+        &callbacks, [job] { return IsStopped(*job); }, &addresses);
+  });
   PostAddresses(*job, addresses);
 }
 

@@ -1,0 +1,108 @@
+#include "clients/ClientEnvironments_win.h"
+
+#include <windows.h>
+
+#include "support/ImInstallation_win.h"
+#include "support/RegistrySandbox_win.h"
+#include "support/Text.h"
+#include "support/ThunderbirdInstallation_win.h"
+
+namespace postmarker::test {
+namespace {
+
+class NoStandIn : public ClientEnvironment {
+ private:
+  RegistrySandbox m_registry{Redirect::kUserAndMachine};
+};
+
+class IncrediMailEnvironment : public ClientEnvironment {
+ public:
+  IncrediMailEnvironment() {
+    m_client.RegisterProgram();
+    m_client.RegisterData();
+    m_client.AddIdentity(L"{a}", L"Ann");
+  }
+
+  void Fill() override {
+    const std::wstring book = m_client.IdentityFolder(L"{a}").AddressFile("AddrBook.db3");
+    std::filesystem::remove(m_client.IdentityFolder(L"{a}").StoreFile("Containers.db"));
+    std::filesystem::remove(book);
+    ImDatabase database(m_client.AddStore(
+        L"{a}", {{ImGuid(1), L"", 0, L""}, {ImGuid(2), ImGuid(1), 2, L"Sent Items"}}));
+    database.AddHeadersTable();
+    database.AddHeaderRows({{ImGuid(11), ImGuid(2), L"carl@x"}});
+    ImDatabase(book).AddContacts({L"friend@x"});
+  }
+  void Damage() override {
+    const ImIdentityFolder folder = m_client.IdentityFolder(L"{a}");
+    WriteFile(folder.StoreFile("Containers.db"), std::string(5000, 'x'));
+    WriteFile(folder.AddressFile("AddrBook.db3"), std::string(5000, 'x'));
+  }
+  [[nodiscard]] bool HasStandIn() const override { return true; }
+
+ private:
+  ImInstallation m_client;
+};
+
+class ThunderbirdEnvironment : public ClientEnvironment {
+ public:
+  ThunderbirdEnvironment() { m_client.Register(); }
+
+  void Fill() override { Serve("{" + std::string(kFilled) + "}"); }
+  void Empty() override { Serve("{}"); }
+  // It answers with what is no reply of the extension's.
+  void Damage() override {
+    Serve(R"({"commands": {"GiveAllFolders": {"dieAfter": 0}, "AddNewFolder": {"dieAfter": 0},
+                           "SentItemsEntries": {"dieAfter": 0}, "GiveContacts": {"dieAfter": 0}}})");
+  }
+
+  [[nodiscard]] std::vector<std::string> Steps() const override {
+    return {"GiveAllFolders",   "AddNewFolder", "SetMoveMails",
+            "SentItemsEntries", "GiveContacts", "GiveAddressesFromSentItems"};
+  }
+  void GoAwayAt(const std::string& step) override {
+    Serve("{" + std::string(kFilled) + R"(, "commands": {")" + step + R"(": {"dieAfter": 1}}})");
+  }
+  [[nodiscard]] bool HasStandIn() const override { return true; }
+
+ private:
+  static constexpr char kFilled[] =
+      R"("folders": [{"name": "Local Folders", "id": "1", "store": "local"}],
+         "contacts": ["ben@x"], "sent": ["carl@x", "dora@x"])";
+
+  void Serve(const std::string& mailbox) {
+    m_client.SetMailbox(mailbox);
+    if (!m_client.IsRunning()) {
+      m_client.ClearJournal();
+      m_client.Start();
+    }
+  }
+
+  ThunderbirdInstallation m_client;
+};
+
+template <class Environment>
+std::unique_ptr<ClientEnvironment> Make() {
+  return std::make_unique<Environment>();
+}
+
+constexpr struct {
+  std::wstring_view displayName;
+  std::unique_ptr<ClientEnvironment> (*make)();
+} kEnvironments[] = {
+    {L"IncrediMail", &Make<IncrediMailEnvironment>},
+    {L"Mozilla Thunderbird", &Make<ThunderbirdEnvironment>},
+};
+
+}  // namespace
+
+std::unique_ptr<ClientEnvironment> MakeClientEnvironment(std::wstring_view displayName) {
+  for (const auto& environment : kEnvironments) {
+    if (EqualNoCase(environment.displayName, displayName)) {
+      return environment.make();
+    }
+  }
+  return Make<NoStandIn>();
+}
+
+}  // namespace postmarker::test
