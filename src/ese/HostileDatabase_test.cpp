@@ -2,8 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <functional>
+#include <future>
+#include <memory>
+#include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/EseFile.h"
@@ -169,10 +172,25 @@ std::string FileOfBranches(const std::vector<std::vector<uint32_t>>& children) {
   return file;
 }
 
+// Reads a file and searches its table by key, in a thread that may not come back. Nothing if it
+// does not end in time.
+std::optional<size_t> RowsInTime(const std::string& file) {
+  auto rows = std::make_shared<std::promise<size_t>>();
+  std::future<size_t> result = rows->get_future();
+  std::thread([rows, file] {
+    const Database database(file);
+    TreeCursor cursor(database.File(), database.FindTable("T")->root);
+    const bool isFound = cursor.Find(EseKey(1)) || cursor.Seek(EseKey(1));
+    rows->set_value(isFound ? 1 : WalkEse(file).rows);
+  }).detach();
+  const bool isDone = result.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+  return isDone ? std::optional(result.get()) : std::nullopt;
+}
+
 TEST(HostileDatabase, TreesThatLoopEnd) {
-  EXPECT_EQ(WalkEse(FileOfBranches({{0}})).rows, 0U);
-  EXPECT_EQ(WalkEse(FileOfBranches({{1}, {2}, {0}})).rows, 0U);
-  EXPECT_EQ(WalkEse(FileOfBranches({{1, 1, 1}, {1, 0, 1}})).rows, 0U);
+  EXPECT_EQ(RowsInTime(FileOfBranches({{0}})), 0U);
+  EXPECT_EQ(RowsInTime(FileOfBranches({{1}, {2}, {0}})), 0U);
+  EXPECT_EQ(RowsInTime(FileOfBranches({{1, 1, 1}, {1, 0, 1}})), 0U);
 }
 
 TEST(HostileDatabase, BranchesThatShareTheirChildrenAreReadOnce) {
@@ -181,10 +199,7 @@ TEST(HostileDatabase, BranchesThatShareTheirChildrenAreReadOnce) {
   for (uint32_t level = 1; level <= 30; ++level) {
     children.emplace_back(100, level);
   }
-  const std::string file = FileOfBranches(children);
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(WalkEse(file).rows, 0U);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_EQ(RowsInTime(FileOfBranches(children)), 0U);
 }
 
 TEST(HostileDatabase, ChainOfBranchesNeedsNoStack) {

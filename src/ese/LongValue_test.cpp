@@ -101,6 +101,7 @@ TEST(EseLongValue, MissingAndDamagedValuesAreRefused) {
   EXPECT_EQ(ReadOne(FileWith({Root(4), Segment(0, "abcde")})), kEseDamaged) << "too long";
   EXPECT_EQ(ReadOne(FileWith({Root(6), Segment(0, "abc"), Segment(2, "def")})), kEseDamaged);
   EXPECT_EQ(ReadOne(FileWith({Root(6), Segment(1, "abcde")})), kEseDamaged) << "a hole";
+  EXPECT_EQ(ReadOne(FileWith({Root(6), Segment(1, "abcdef")})), kEseDamaged) << "at another place";
   EXPECT_EQ(ReadOne(FileWith({Root(0xFFFFFFFF), Segment(0, "abc")})), kEseDamaged) << "a lie";
   EXPECT_EQ(ReadOne(FileWith({Root(0xFFFFFFFF), Segment(0, "\x1D\0\0abc"s)})), kEseDamaged);
   EXPECT_EQ(ReadOne(FileWith({{EseBigEndian(kId), "short"}, Segment(0, "abc")})), kEseDamaged);

@@ -1,5 +1,5 @@
-// A database file. The checksums of headers and pages are made right first, or hardly any input would
-// be looked at.
+// A database file. The checksums of headers and pages are made right first, or hardly any input
+// would be looked at.
 #include <algorithm>
 #include <string>
 
