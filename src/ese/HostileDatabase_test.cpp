@@ -183,7 +183,7 @@ std::optional<size_t> RowsInTime(const std::string& file) {
     const bool isFound = cursor.Find(EseKey(1)) || cursor.Seek(EseKey(1));
     rows->set_value(isFound ? 1 : WalkEse(file).rows);
   }).detach();
-  const bool isDone = result.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+  const bool isDone = result.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
   return isDone ? std::optional(result.get()) : std::nullopt;
 }
 

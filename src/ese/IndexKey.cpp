@@ -72,9 +72,9 @@ void AppendWideText(std::string_view value, std::string* key) {
     if (unit == 0) {
       break;
     }
-    const auto lower = static_cast<uint16_t>(ToLower(static_cast<wchar_t>(unit)));
-    key->push_back(static_cast<char>(lower >> 8U));
-    key->push_back(static_cast<char>(lower & 0xFFU));
+    const wchar_t lower = ToLower(static_cast<wchar_t>(unit));
+    key->push_back(static_cast<char>(lower >> 8 & 0xFF));
+    key->push_back(static_cast<char>(lower & 0xFF));
   }
   key->append(2, '\0');
 }

@@ -263,6 +263,7 @@ jet::Code EseEngine::GetColumns(jet::Session session, jet::TableId table, jet::C
     return EseStoredRows::IdOf(*a) < EseStoredRows::IdOf(*b);
   });
   std::vector<EseListing::Row> rows;
+  rows.reserve(columns.size());
   for (const ese::Column* const column : columns) {
     // The engine has code pages in two bytes.
     rows.push_back({column->name, BytesOf(EseStoredRows::IdOf(*column)), BytesOf(column->type),
