@@ -2,28 +2,11 @@
 
 #include <commctrl.h>
 
+#include "support/HeldKey_win.h"
 #include "support/WizardSession_win.h"
 
 namespace postmarker::test {
 namespace {
-
-// While it lives the thread takes a key for pressed.
-class HeldKey {
- public:
-  explicit HeldKey(WORD key) : m_key(key) { Set(0x80); }
-  HeldKey(const HeldKey&) = delete;
-  HeldKey& operator=(const HeldKey&) = delete;
-  ~HeldKey() { Set(0); }
-
- private:
-  void Set(BYTE state) const {
-    BYTE keys[256] = {};
-    ::GetKeyboardState(keys);
-    keys[m_key] = state;
-    ::SetKeyboardState(keys);
-  }
-  WORD m_key;
-};
 
 void SendKey(WORD key) {
   const HWND focus = ::GetFocus();

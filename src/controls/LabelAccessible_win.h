@@ -1,0 +1,47 @@
+// A label as the platform's accessibility interface shows it: what can be read, and its links as
+// children.
+#pragma once
+
+#include <windows.h>
+
+#include <oleacc.h>
+
+#include <string>
+
+#include "support/ComPtr_win.h"
+
+namespace postmarker {
+
+// What there is to tell of one link.
+struct LinkFacts {
+  std::wstring name;
+  std::wstring target;
+  RECT place = {};  // around all its rectangles, on the screen
+  bool enabled = true;
+  bool focused = false;
+};
+
+// A window object that shows links, which count from 0. Asked on the window's thread.
+class LinkSource {
+ public:
+  // The text without its markup.
+  [[nodiscard]] virtual std::wstring PlainText() = 0;
+  [[nodiscard]] virtual int LinkCount() = 0;
+  // False for a number without a link.
+  virtual bool ReadLinkFacts(int link, LinkFacts* facts) = 0;
+  // The link at a point on the screen, or -1.
+  [[nodiscard]] virtual int LinkFromPoint(POINT point) = 0;
+  // Both do it in the person's name, for a number with a link. The link opens after the call, as it
+  // can take long.
+  virtual void FocusLink(int link) = 0;
+  virtual void OpenLinkLater(int link) = 0;
+
+ protected:
+  ~LinkSource() = default;
+};
+
+// Makes the object for the client area of a window whose CWnd is a LinkSource; none if the system
+// has none for it. It may live longer than the window: it then says that there is nothing.
+void MakeLabelAccessible(HWND window, ComPtr<IAccessible>* out);
+
+}  // namespace postmarker
