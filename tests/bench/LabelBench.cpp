@@ -6,33 +6,20 @@
 #include <string>
 
 #include "Contest.h"
+#include "LabelShapes.h"
 #include "controls/LabelLayout.h"
-#include "support/HostileLabels.h"
 #include "support/PlainLabelSurface.h"
 
 namespace postmarker::bench {
 namespace {
 
-void LayOut(benchmark::State& state, const test::LabelShape& shape) {
-  const std::wstring text = test::LabelText(shape, static_cast<size_t>(state.range(0)));
+void LayOut(benchmark::State& state, const std::wstring& text) {
   LabelArea area;
   area.width = 300;
   for ([[maybe_unused]] const auto round : state) {
     const LabelMarkup markup = ParseLabel(text);
     test::PlainLabelSurface surface;
     benchmark::DoNotOptimize(LayOutLabel(markup, area, &surface).height);
-  }
-  state.SetComplexityN(state.range(0));
-}
-
-void Register() {
-  for (const test::LabelShape& shape : test::kLabelShapes) {
-    auto* const benchmark = benchmark::RegisterBenchmark(
-        shape.name, [&shape](benchmark::State& state) { LayOut(state, shape); });
-    for (const int64_t size : {12'500, 25'000, 50'000, 100'000}) {
-      benchmark->Arg(size);
-    }
-    benchmark->Unit(benchmark::kMillisecond)->MinTime(0.1)->Complexity();
   }
 }
 
@@ -41,7 +28,7 @@ void Register() {
 
 int main(int argc, char** argv) {
   postmarker::bench::KeepFreedMemory();
-  postmarker::bench::Register();
+  postmarker::bench::RegisterLabelShapes(&postmarker::bench::LayOut);
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   return 0;

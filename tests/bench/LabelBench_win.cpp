@@ -6,14 +6,14 @@
 
 #include <string>
 
+#include "LabelShapes.h"
 #include "controls/CXHTMLStatic_win.h"
-#include "support/HostileLabels.h"
 #include "ui/CWinApp.h"
 
 namespace postmarker::bench {
 namespace {
 
-void SetAndPaint(benchmark::State& state, const test::LabelShape& shape) {
+void SetAndPaint(benchmark::State& state, const std::wstring& text) {
   const ModuleStateGuard guard;
   const HWND window = ::CreateWindowExW(0, L"STATIC", L"", WS_POPUP | WS_VISIBLE, 0, 0, 300, 120,
                                         nullptr, nullptr, nullptr, nullptr);
@@ -21,22 +21,9 @@ void SetAndPaint(benchmark::State& state, const test::LabelShape& shape) {
                  FALSE);
   CXHTMLStatic label;
   label.Attach(window);
-  const std::wstring text = test::LabelText(shape, static_cast<size_t>(state.range(0)));
   for ([[maybe_unused]] const auto round : state) {
     label.SetText(text);
     ::UpdateWindow(window);
-  }
-  state.SetComplexityN(state.range(0));
-}
-
-void Register() {
-  for (const test::LabelShape& shape : test::kLabelShapes) {
-    auto* const benchmark = benchmark::RegisterBenchmark(
-        shape.name, [&shape](benchmark::State& state) { SetAndPaint(state, shape); });
-    for (const int64_t size : {12'500, 25'000, 50'000, 100'000}) {
-      benchmark->Arg(size);
-    }
-    benchmark->Unit(benchmark::kMillisecond)->MinTime(0.1)->Complexity();
   }
 }
 
@@ -44,7 +31,7 @@ void Register() {
 }  // namespace postmarker::bench
 
 int main(int argc, char** argv) {
-  postmarker::bench::Register();
+  postmarker::bench::RegisterLabelShapes(&postmarker::bench::SetAndPaint);
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   return 0;
