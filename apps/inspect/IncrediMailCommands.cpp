@@ -3,6 +3,7 @@
 
 #include "Commands.h"
 #include "NumberArgument.h"
+#include "clients/PacedStop.h"
 #include "clients/incredimail/ImAddressFile.h"
 #include "clients/incredimail/ImFolderFile.h"
 #include "clients/incredimail/ImFolderTree.h"
@@ -73,9 +74,10 @@ bool RunImmFolders(const Arguments& arguments, JsonWriter* json) {
 
 bool RunImh(const Arguments& arguments, JsonWriter* json) {
   ImHeaderMap headers;
+  PacedStop never;
   const ResultCode result =
-      ReadHeaderFile(&headers, WidenUtf8(arguments.texts[0]), FolderPath(arguments.texts[1]),
-                     WidenUtf8(arguments.texts[2]));
+      ReadHeaderFile(WidenUtf8(arguments.texts[0]), FolderPath(arguments.texts[1]),
+                     WidenUtf8(arguments.texts[2]), &never, &headers);
   if (json != nullptr) {
     json->BeginObject();
     json->Key("result").Number(result);
@@ -111,7 +113,8 @@ bool RunImmMessage(const Arguments& arguments, JsonWriter* json) {
 
 bool RunImb(const Arguments& arguments, JsonWriter* json) {
   const MappedFile file(WidenUtf8(arguments.texts.front()), 1);
-  const std::vector<std::string> entries = ParseAddressFile(file.Bytes());
+  PacedStop never;
+  const std::vector<std::string> entries = ParseAddressFile(file.Bytes(), &never);
   if (json != nullptr) {
     json->BeginArray();
     for (const std::string& entry : entries) {
