@@ -86,7 +86,7 @@ struct LambdaFunction {
   }
 
   template <class... Arguments>
-  operator JetApi::Function<Arguments...>() const {  // NOLINT(google-explicit-constructor)
+  operator JetApi::Function<Arguments...>() const {
     return &Call<Arguments...>;
   }
 };
