@@ -23,14 +23,6 @@ class HeaderLog {
 
   void Clear();
 
-  // How many headers it holds.
-  [[nodiscard]] size_t Count() const { return m_count; }
-
-  // The bytes that the log takes.
-  [[nodiscard]] size_t Memory() const {
-    return m_pool.Reserved() + m_order.capacity() * sizeof(uint32_t);
-  }
-
   // Calls visit(key, value) for each header of a sorted log, group after group. The views live
   // until the log is cleared.
   template <class Visit>

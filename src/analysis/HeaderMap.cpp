@@ -4,19 +4,16 @@
 #include <cstring>
 
 #include "analysis/PackedLength.h"
-#include "analysis/TextHash.h"
+#include "support/TextHash.h"
+#include "support/TextSort.h"
 
 namespace postmarker {
 namespace {
 
 constexpr uint32_t kFewRecords = 12;  // up to so many are found by walking them
-constexpr size_t kFirstSlots = 64;
+constexpr size_t kFirstPlaces = 64;
 constexpr uint32_t kSpareDead =
     64;  // replaced records that are carried before the map is made anew
-
-size_t SlotOf(std::string_view key, size_t slotCount) {
-  return static_cast<size_t>((uint64_t{TextHash(key).Bits()} * slotCount) >> 32);
-}
 
 }  // namespace
 
@@ -45,22 +42,17 @@ std::optional<uint32_t> HeaderMap::Storage::Find(std::string_view key) const {
     }
     return std::nullopt;
   }
-  const std::vector<uint32_t>& slots = *index;
-  for (size_t slot = SlotOf(key, slots.size()); slots[slot] != 0;
-       slot = slot + 1 == slots.size() ? 0 : slot + 1) {
-    const Record record = At(slots[slot] - 1);
-    if (!record.dead && record.key == key) {
-      return slots[slot] - 1;
-    }
-  }
-  return std::nullopt;
+  const size_t place = index->Find(TextHash(key).Bits(), [&](uint32_t offset) {
+    const Record record = At(offset);
+    return !record.dead && record.key == key;
+  });
+  return index->IsFree(place) ? std::nullopt : std::optional(index->At(place));
 }
 
 void HeaderMap::Storage::Add(std::string_view key, std::string_view value) {
   const size_t records = size_t{live} + dead + 1;
-  const size_t slotCount = index == nullptr ? 0 : index->size();
-  if (slotCount == 0 ? records > kFewRecords : records * 4 > slotCount * 3) {
-    Reindex(std::max(kFirstSlots, slotCount * 3 / 2));
+  if (index == nullptr ? records > kFewRecords : !index->HasRoomFor(records)) {
+    Reindex(index == nullptr ? kFirstPlaces : index->Places() * 3 / 2);
   }
   const size_t size = PackedLengthSize(key.size() << 1) + PackedLengthSize(value.size()) +
                       key.size() + value.size();
@@ -70,26 +62,19 @@ void HeaderMap::Storage::Add(std::string_view key, std::string_view value) {
   std::copy(value.begin(), value.end(), out);
   ++live;
   if (index != nullptr) {
-    Index(offset, key);
+    index->Add(TextHash(key).Bits(), offset);
   }
 }
 
-void HeaderMap::Storage::Index(uint32_t offset, std::string_view key) {
-  std::vector<uint32_t>& slots = *index;
-  size_t slot = SlotOf(key, slots.size());
-  while (slots[slot] != 0) {
-    slot = slot + 1 == slots.size() ? 0 : slot + 1;
+void HeaderMap::Storage::Reindex(size_t places) {
+  if (index == nullptr) {
+    index = std::make_unique<HashIndex>();
   }
-  slots[slot] = offset + 1;
-}
-
-void HeaderMap::Storage::Reindex(size_t slotCount) {
-  index.reset();  // the old one goes before the new one comes
-  index = std::make_unique<std::vector<uint32_t>>(slotCount);
+  index->Reset(places);
   for (uint32_t offset = 0, end = pool.End(); offset < end;) {
     const Record record = At(offset);
     if (!record.dead) {
-      Index(offset, record.key);
+      index->Add(TextHash(record.key).Bits(), offset);
     }
     offset = pool.After(offset, record.size);
   }
@@ -191,8 +176,7 @@ std::vector<uint32_t> HeaderMap::SortedOffsets() const {
     }
     offset = m_storage->pool.After(offset, record.size);
   }
-  std::sort(offsets.begin(), offsets.end(),
-            [this](uint32_t a, uint32_t b) { return m_storage->At(a).key < m_storage->At(b).key; });
+  SortByText(&offsets, [this](uint32_t offset) { return m_storage->At(offset).key; });
   return offsets;
 }
 
@@ -202,14 +186,6 @@ std::vector<HeaderMap::Item> HeaderMap::Sorted() const {
   ForEachSorted(
       [&](std::string_view key, std::string_view value) { items.emplace_back(key, value); });
   return items;
-}
-
-size_t HeaderMap::Memory() const {
-  if (m_storage == nullptr) {
-    return 0;
-  }
-  const size_t slots = m_storage->index == nullptr ? 0 : m_storage->index->capacity();
-  return m_storage->pool.Reserved() + slots * sizeof(uint32_t);
 }
 
 void HeaderMap::Shrink() {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "analysis/TextPool.h"
+#include "support/HashIndex.h"
 
 namespace postmarker {
 
@@ -69,7 +70,7 @@ class HeaderMap {
   // All headers in the order of the bytes of their keys.
   [[nodiscard]] std::vector<Item> Sorted() const;
 
-  // Calls visit(key, value) for each header in that order. It takes 4 bytes a header.
+  // Calls visit(key, value) for each header in that order.
   template <class Visit>
   void ForEachSorted(Visit visit) const {
     for (const uint32_t offset : SortedOffsets()) {
@@ -95,9 +96,6 @@ class HeaderMap {
   // Gives back spare memory of a map that is kept and no longer grows.
   void Shrink();
 
-  // The bytes that the map's storage takes, which copies share.
-  [[nodiscard]] size_t Memory() const;
-
   friend bool operator==(const HeaderMap& a, const HeaderMap& b);
 
  private:
@@ -110,15 +108,14 @@ class HeaderMap {
 
   struct Storage {
     TextPool pool;
-    std::unique_ptr<std::vector<uint32_t>> index;  // offsets of records plus 1; none for few
+    std::unique_ptr<HashIndex> index;  // of the records' offsets; none for few
     uint32_t live = 0;
     uint32_t dead = 0;
 
     [[nodiscard]] Record At(uint32_t offset) const;
     [[nodiscard]] std::optional<uint32_t> Find(std::string_view key) const;
     void Add(std::string_view key, std::string_view value);
-    void Index(uint32_t offset, std::string_view key);
-    void Reindex(size_t slotCount);
+    void Reindex(size_t places);
     void Kill(uint32_t offset);
   };
 

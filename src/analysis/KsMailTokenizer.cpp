@@ -10,12 +10,11 @@ namespace postmarker {
 // The hash buffer stays as it is: nothing reads it beyond what was stored.
 KsMailTokenizer::KsMailTokenizer() {
   for (TokenCountMap* const map : AllMaps()) {
-    map->ChargeTo(&m_budget);
+    map->SetLimit(&m_limit);
   }
   for (WordList* const list : AllLists()) {
-    list->ChargeTo(&m_budget);
+    list->SetLimit(&m_limit);
   }
-  m_budget.SetRelief([this] { SpareMemory(); });
 }
 
 KsMailTokenizer::~KsMailTokenizer() = default;
@@ -28,13 +27,14 @@ void KsMailTokenizer::Clear() {
   for (WordList* const list : AllLists()) {
     list->Clear();
   }
+  m_limit.Reset();
   m_fingerprints.clear();
   m_fingerprintTypes.Clear();
   m_stats = TextStats();
   m_headerSources.Clear();
   ForgetHelperTexts();
   m_featuresPending = false;
-  m_firstPartPending = false;
+  m_hasAllFeatures = true;
 }
 
 ResultCode KsMailTokenizer::Parse(const wchar_t* path, HtmlToText htmlToText,
@@ -61,7 +61,6 @@ ResultCode KsMailTokenizer::Parse(const char* data, uint32_t size, HtmlToText ht
 
 ResultCode KsMailTokenizer::OnParseBegin() {
   KsMailHeaderParser::OnParseBegin();
-  m_messageSize = MessageSize();
   return kOk;
 }
 

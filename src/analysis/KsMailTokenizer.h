@@ -9,11 +9,10 @@
 #include <string_view>
 #include <vector>
 
+#include "analysis/FeatureLimit.h"
 #include "analysis/HeaderLog.h"
-#include "analysis/KeyWindow.h"
 #include "analysis/KsMailHeaderParser.h"
 #include "analysis/Md5.h"
-#include "analysis/MemoryBudget.h"
 #include "analysis/TextPool.h"
 #include "analysis/TokenCountMap.h"
 #include "analysis/WordList.h"
@@ -59,9 +58,8 @@ struct PdfHelper {
 // somebody first asks for a feature (at the end of the walk already where a helper is given, since
 // helpers live for one parse). Who reads headers alone pays for headers alone.
 //
-// All that an object holds stays in proportion to the message, however many features follow from
-// it: where they would take more, they are not held but counted anew, stretch by stretch, while
-// somebody walks the maps and lists. Results are the same; each look at them takes longer then.
+// What the walk keeps stays in proportion to the message. All features together stay below one limit (FeatureLimit):
+// if a message that was made for it reaches it, gathering ends, and what was gathered stays.
 //
 // One message at a time, one thread per object; results stay until the next Parse. All text is
 // bytes.
@@ -94,7 +92,9 @@ class KsMailTokenizer : public KsMailHeaderParser {
   // Words that look like URLs; words with an "@".
   const TokenCountMap& TextUrls() { return Complete(m_textUrls); }
   const TokenCountMap& TextAddresses() { return Complete(m_textAddresses); }
-  const TextStats& Stats();
+  const TextStats& Stats() { return Complete(m_stats); }
+  // False if the message has more features than were gathered.
+  bool HasAllFeatures() { return Complete(m_hasAllFeatures); }
 
   [[nodiscard]] size_t FingerprintCount() const { return m_fingerprints.size(); }
   // REQUIRES: `index` is below FingerprintCount().
@@ -113,23 +113,12 @@ class KsMailTokenizer : public KsMailHeaderParser {
   void OnBodyDone(int level) override;
   [[nodiscard]] bool WantsSingleBytes() const override;
 
-  // The bytes that features may take besides what the walk has kept. Where they need more, one walk
-  // through a map or list takes no more than that.
-  [[nodiscard]] virtual size_t FeatureMemory() const;
-
  private:
   struct FingerprintRecord {
     Md5Digest digest;
     int32_t length;
     uint32_t typeOffset;  // in m_fingerprintTypes
     uint32_t typeLength;
-  };
-
-  // Where features come from.
-  struct Sources {
-    bool subjects = true;
-    bool senders = true;
-    bool parts = true;
   };
 
   // What a helper made of a part.
@@ -153,18 +142,9 @@ class KsMailTokenizer : public KsMailHeaderParser {
   void AskHelpers();
   void AskHtmlHelper();
   void AskPdfHelper();
-  void CountEverything(const Sources& sources, TextStats* stats);
-  void CountHeaders(const Sources& sources);
-  void CountParts(TextStats* stats);
+  void CountHeaders();
+  void CountParts();
   void CountSequences();
-  void SpareMemory();
-  void ReadFeaturesThrough();
-  [[nodiscard]] int32_t FirstPartNewTokens();
-  [[nodiscard]] size_t WindowMemory() const;
-  [[nodiscard]] Sources SourcesOf(const void* feature) const;
-  void RunPass(const TokenCountMap* target, KeyWindow* window);
-  void RunWordPass(const WordList* target, WordSink* sink);
-  void DropAll();
   void ForgetHelperTexts();
   std::array<TokenCountMap*, 7> AllMaps();
   std::array<WordList*, 3> AllLists();
@@ -181,7 +161,7 @@ class KsMailTokenizer : public KsMailHeaderParser {
   void AddFingerprint();
   void FlushHashBuffer();
 
-  MemoryBudget m_budget;  // of the maps and lists that follow
+  FeatureLimit m_limit;  // of the maps and lists that follow
   TokenCountMap m_tokens;
   TokenCountMap m_subjectTokens;
   TokenCountMap m_fromNameTokens;
@@ -202,14 +182,12 @@ class KsMailTokenizer : public KsMailHeaderParser {
   int32_t m_hashBufferUsed = 0;
   HtmlToText m_htmlToText = nullptr;
   PdfHelper* m_pdfHelper = nullptr;
-  HeaderLog m_headerSources;    // headers whose tokens are counted later
-  size_t m_headersCounted = 0;  // of them
+  HeaderLog m_headerSources;  // headers whose tokens are counted later
   std::vector<HelperText> m_htmlTexts;
   std::vector<std::string> m_pdfTexts;
   bool m_pdfFailed = false;
   bool m_featuresPending = false;
-  bool m_firstPartPending = false;  // of m_stats, where features are not held
-  uint32_t m_messageSize = 0;
+  bool m_hasAllFeatures = true;
   TokenCountMap m_localTokens;
   WordList m_localWords;
 };

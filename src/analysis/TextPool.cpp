@@ -14,7 +14,6 @@ void TextPool::Resize(Block* block, size_t capacity) {
     std::memcpy(bytes.get(), block->bytes.get(), block->used);
   }
   block->bytes = std::move(bytes);
-  m_reserved += capacity - block->capacity;
   block->capacity = static_cast<uint32_t>(capacity);
 }
 
@@ -74,7 +73,6 @@ uint32_t TextPool::After(uint32_t offset, size_t size) const {
 void TextPool::Clear() {
   m_more.reset();
   m_first.used = 0;
-  m_reserved = m_first.capacity;
 }
 
 void TextPool::Shrink() {

@@ -42,9 +42,6 @@ class TextPool {
   // behind the last. REQUIRES: all texts were added with Allocate or Add and none was empty.
   [[nodiscard]] uint32_t After(uint32_t offset, size_t size) const;
 
-  // The bytes of all its blocks.
-  [[nodiscard]] size_t Reserved() const { return m_reserved; }
-
   // Empties the pool. One block is kept for what comes next.
   void Clear();
 
@@ -74,7 +71,6 @@ class TextPool {
   // The first block stands apart, so that a pool of a few texts is small.
   Block m_first;
   std::unique_ptr<std::vector<Block>> m_more;
-  size_t m_reserved = 0;
 };
 
 }  // namespace postmarker

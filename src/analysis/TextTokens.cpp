@@ -6,6 +6,7 @@
 
 #include "analysis/Bytes.h"
 #include "analysis/DomainTable.h"
+#include "support/TextHash.h"
 
 namespace postmarker {
 namespace {
@@ -95,7 +96,7 @@ size_t CopyCapitals(std::string_view word, char* out) {
 class DottedWords {
  public:
   explicit DottedWords(TokenCountMap* urls, TokenCountMap* addresses)
-      : m_urls(urls), m_addresses(addresses), m_isNeeded(Takes(urls) || Takes(addresses)) {}
+      : m_urls(urls), m_addresses(addresses) {}
 
   static bool IsDotted(const Word& word) {
     return (word.anyOf & kJointByte) != 0 && (word.allOf & kNumberByte) == 0 &&
@@ -103,9 +104,6 @@ class DottedWords {
   }
 
   void Collect(const Word& word) {
-    if (!m_isNeeded) {
-      return;
-    }
     std::transform(word.text.begin(), word.text.end(), m_lower.begin(), LowerByte);
     std::string_view lower(m_lower.data(), word.text.size());
     if (const size_t at = lower.find('@'); at != std::string_view::npos) {
@@ -124,11 +122,8 @@ class DottedWords {
   }
 
  private:
-  static bool Takes(const TokenCountMap* map) { return map != nullptr && map->Takes({}); }
-
   TokenCountMap* m_urls;
   TokenCountMap* m_addresses;
-  bool m_isNeeded;  // not where both are read through, and another map is counted
   std::array<char, kLongestWord> m_lower = {};
 };
 

@@ -149,126 +149,41 @@ TEST(TokenCountMap, CountsALotAndAgainAfterClear) {
   }
 }
 
-TEST(TokenCountMap, ChargesWhatItTakesAndRefundsIt) {
-  MemoryBudget budget;
-  budget.SetLimit(500000);
-  {
-    TokenCountMap map;
-    map.ChargeTo(&budget);
-    EXPECT_THROW(
-        {
-          for (int i = 0; i < 1000000; ++i) {
-            map.Add(std::to_string(i), 1);
-          }
-        },
-        MemoryBudget::Exceeded);
-    EXPECT_GT(map.Held(), 5000U);
-  }
-  budget.Charge(500000);
-  EXPECT_THROW(budget.Charge(1), MemoryBudget::Exceeded);
-}
-
-// Counts words, their sequences and the words again, as much as a budget allows. False where that
-// is too little; all that was counted must be found and walked otherwise.
-bool CountsWithin(size_t limit, bool tightens) {
-  WordList words;
-  const std::string text = test::ManyWords(4, 20000);
-  for (size_t at = 0; at + 4 <= text.size(); at += 5) {
-    words.Append(std::string_view(text).substr(at, 4));
-  }
-  MemoryBudget budget;
-  budget.SetLimit(limit);
+TEST(TokenCountMap, KeysOfAnyLengthAreFound) {
   TokenCountMap map;
-  map.ChargeTo(&budget);
-  if (tightens) {
-    budget.SetRelief([&] { map.Tighten(); });
-  }
-  try {
-    for (int round = 0; round < 2; ++round) {
-      for (const std::string_view word : words) {
-        map.Add(word, 1);
-      }
-      map.AddWordSequences(words);
-    }
-  } catch (const MemoryBudget::Exceeded&) {
-    return false;
-  }
-  TokenCountMap expected;
-  for (const std::string_view word : words) {
-    expected.Add(word, 2);
-  }
-  for (int round = 0; round < 2; ++round) {
-    expected.AddWordSequences(words);
-  }
-  EXPECT_EQ(Content(map), Content(expected));
-  for (const auto& [key, count] : expected) {
-    EXPECT_EQ(map.Count(key), count);
-  }
-  EXPECT_FALSE(map.Contains("none"));
-  map.Clear();
-  map.Add("a", 1);
-  EXPECT_EQ(Content(map), (Model{{"a", 1}}));
-  return true;
-}
-
-TEST(TokenCountMap, HoldsHalfAsMuchAgainWhereMemoryIsShort) {
-  const auto least = [](bool tightens) {
-    size_t limit = 200000;
-    while (!CountsWithin(limit, tightens)) {
-      limit += 20000;
-    }
-    return limit;
-  };
-  const size_t tight = least(true);
-  EXPECT_LT(tight * 3, least(false) * 2) << tight;
-  EXPECT_GT(tight, 300000U);
-}
-
-TEST(TokenCountMap, ReadsThroughWhatItDoesNotHold) {
-  TokenCountMap map;
-  map.Add("forgotten", 1);
-  const auto recount = [&](KeyWindow* window) {
-    map.DivertTo(window);
-    for (int i = 0; i < 1000; ++i) {
-      map.Add("k", std::to_string(i % 500), 2);
-    }
-    TokenCountMap more;
-    more.Add("k7", 100);
-    more.Add("x", 9);
-    map.Insert(more);
-    map.DivertTo(nullptr);
-    map.Add("nowhere", 1);
-    map.Add("no", "where", 1);
-    map.Insert(more);
-  };
-  map.ReadThrough(recount, KeyWindow::Rule::kSum, 1000);
   Model model;
-  for (int i = 0; i < 500; ++i) {
-    model["k" + std::to_string(i)] = 4;
+  for (const size_t length : {1U, 63U, 64U, 65U, 128U, 1024U, 65536U, 100000U}) {
+    const std::string key(length, 'k');
+    map.Add(key, static_cast<int32_t>(length));
+    model[key] = static_cast<int32_t>(length);
   }
-  model["x"] = 9;
   EXPECT_EQ(Content(map), model);
-  EXPECT_EQ(map.Size(), 501U);
-  EXPECT_EQ(map.Count("k7"), 4);
-  EXPECT_EQ(map.Count("k500"), 0);
-  EXPECT_TRUE(map.Contains("x"));
-  EXPECT_FALSE(map.Contains("forgotten"));
-  EXPECT_FALSE(map.Empty());
-  EXPECT_EQ(map.Held(), 0U);
-  size_t visited = 0;
-  map.ForEach([&](std::string_view, int32_t) { ++visited; });
-  EXPECT_EQ(visited, 501U);
-  map.Clear();
-  EXPECT_TRUE(map.Empty());
-  map.Add("own", 1);
-  EXPECT_EQ(map.Size(), 1U);
 }
 
-TEST(TextHash, JoinsWithoutTheText) {
-  const TextHash whole("abcdef");
-  EXPECT_EQ(TextHash("abc").Joined(TextHash("def"), 3).Bits(), whole.Bits());
-  EXPECT_EQ(TextHash("").Joined(whole, 6).Bits(), whole.Bits());
-  EXPECT_EQ(whole.Joined(TextHash(), 0).Bits(), whole.Bits());
+TEST(TokenCountMap, StopsAtTheLimitAndKeepsWhatItHas) {
+  FeatureLimit limit;
+  TokenCountMap map;
+  map.SetLimit(&limit);
+  const std::string half(FeatureLimit::kMostText / 2 - 1, 'x');
+  map.Add(half, 1);
+  map.Add("a", 1);
+  EXPECT_THROW(map.Add("b" + half, 1), FeatureLimit::Reached);
+  map.Add(half, 1);  // no new key
+  EXPECT_EQ(map.Size(), 2U);
+  EXPECT_EQ(map.Count(half), 2);
+  EXPECT_FALSE(map.Contains("b" + half));
+}
+
+TEST(TokenCountMap, StopsAtTheLimitOfKeys) {
+  FeatureLimit limit;
+  TokenCountMap map;
+  map.SetLimit(&limit);
+  for (size_t i = 0; i < FeatureLimit::kMostKeys - 1; ++i) {
+    limit.TakeKey(0);
+  }
+  map.Add("a", 1);
+  EXPECT_THROW(map.Add("b", 1), FeatureLimit::Reached);
+  EXPECT_EQ(Content(map), (Model{{"a", 1}}));
 }
 
 }  // namespace

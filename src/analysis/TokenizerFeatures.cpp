@@ -52,33 +52,31 @@ void AddToStats(const TextStats& part, TextStats* sum) {
 
 }  // namespace
 
+std::array<TokenCountMap*, 7> KsMailTokenizer::AllMaps() {
+  return {&m_tokens,        &m_subjectTokens, &m_fromNameTokens, &m_htmlUrls,
+          &m_htmlAddresses, &m_textUrls,      &m_textAddresses};
+}
+
+std::array<WordList*, 3> KsMailTokenizer::AllLists() {
+  return {&m_bodyWords, &m_subjectWords, &m_fromNameWords};
+}
+
 void KsMailTokenizer::CollectFeatures() {
   if (!std::exchange(m_featuresPending, false)) {
     return;
   }
-  const TextStats before = m_stats;
-  // A message that is too much even so costs its features, and those gathered so far stay.
+  // A message that is too much costs the rest of its features. Those gathered so far stay.
   try {
     m_headerSources.Sort();
-    bool hasStats = false;
-    try {
-      m_budget.SetLimit(FeatureMemory());
-      CountEverything(Sources(), &m_stats);
-      hasStats = true;
-      CountSequences();
-      m_headerSources.Clear();
-      ForgetHelperTexts();
-    } catch (const MemoryBudget::Exceeded&) {
-      ReadFeaturesThrough();
-      if (!hasStats) {
-        m_stats = before;
-        CountParts(&m_stats);
-        m_firstPartPending = true;
-      }
-    }
+    CountHeaders();
+    CountParts();
+    CountSequences();
   } catch (...) {
     m_localTokens.Clear();
+    m_hasAllFeatures = false;
   }
+  m_headerSources.Clear();
+  ForgetHelperTexts();
 }
 
 // Helpers live for one parse, so what they make of the parts is kept until it is counted.
@@ -129,39 +127,14 @@ void KsMailTokenizer::ForgetHelperTexts() {
   m_pdfFailed = false;
 }
 
-void KsMailTokenizer::CountEverything(const Sources& sources, TextStats* stats) {
-  CountHeaders(sources);
-  if (sources.parts) {
-    CountParts(stats);
-  }
-}
-
-void KsMailTokenizer::CountHeaders(const Sources& sources) {
-  if (!sources.subjects && !sources.senders) {
-    return;
-  }
-  m_headersCounted = 0;
+void KsMailTokenizer::CountHeaders() {
   m_headerSources.ForEach([&](std::string_view key, std::string_view value) {
-    ++m_headersCounted;
     if (IsSubjectHeader(key)) {
-      if (sources.subjects) {
-        CollectSubjectTokens(key, value);
-      }
-    } else if (sources.senders) {
+      CollectSubjectTokens(key, value);
+    } else {
       CollectSenderTokens(key, SenderLabel(key).value_or(std::string_view()), value);
     }
   });
-}
-
-// Called where the tables outgrow their memory. If the headers that are left would need too much
-// even so, going on is in vain.
-void KsMailTokenizer::SpareMemory() {
-  for (TokenCountMap* const map : AllMaps()) {
-    map->Tighten();
-  }
-  if (!m_budget.LastsFor(m_headerSources.Count(), m_headersCounted)) {
-    throw MemoryBudget::Exceeded();
-  }
 }
 
 void KsMailTokenizer::CollectSubjectTokens(std::string_view key, std::string_view value) {
@@ -174,18 +147,11 @@ void KsMailTokenizer::CollectWords(std::string_view text, const std::string& pre
                                    TokenCountMap* ownTokens, WordList* ownWords) {
   m_localTokens.Clear();
   m_localWords.Clear();
-  const bool counts = m_tokens.Takes(prefix);
-  const bool countsOwn = ownTokens->Takes({});
-  if (!counts && !countsOwn) {
-    m_localTokens.Drop();
-  }
   Tokenize(text, &m_localTokens, &m_localWords, &m_textUrls, &m_textAddresses);
-  if (counts || countsOwn) {
-    m_localTokens.ForEach([&](std::string_view word, int32_t count) {
-      m_tokens.Add(prefix, word, count);
-      ownTokens->Add(word, count);
-    });
-  }
+  m_localTokens.ForEach([&](std::string_view word, int32_t count) {
+    m_tokens.Add(prefix, word, count);
+    ownTokens->Add(word, count);
+  });
   m_bodyWords.Append(m_localWords);
   ownWords->Append(m_localWords);
 }
@@ -205,9 +171,6 @@ void KsMailTokenizer::CollectAddressTokens(std::string_view label, std::string_v
     address.remove_prefix(colon + 1);
   }
   const std::string prefix = std::string(label) + "*";
-  if (!m_tokens.Takes(prefix)) {
-    return;
-  }
   m_tokens.Add(prefix, address, 1);
   if (const size_t at = address.find('@'); at != kNone) {
     const std::string_view local = address.substr(0, at);
@@ -232,19 +195,17 @@ void KsMailTokenizer::CollectNameTokens(std::string_view key, std::string_view d
                &m_fromNameWords);
 }
 
-// HTML parts come first. `stats` may be null.
-void KsMailTokenizer::CountParts(TextStats* stats) {
+// HTML parts come first.
+void KsMailTokenizer::CountParts() {
   bool first = true;
   for (const bool isHtml : {true, false}) {
     const std::vector<std::string>& parts = isHtml ? HtmlParts() : PlainParts();
     for (size_t i = 0; i < parts.size(); ++i) {
       const HelperText* const helper = isHtml && i < m_htmlTexts.size() ? &m_htmlTexts[i] : nullptr;
       TextStats found;
-      ProcessTextPart(parts[i], helper, isHtml, stats == nullptr ? nullptr : &found);
-      if (stats != nullptr) {
-        AddToStats(found, stats);
-        stats->firstPartNewTokens = first ? found.firstPartNewTokens : stats->firstPartNewTokens;
-      }
+      ProcessTextPart(parts[i], helper, isHtml, &found);
+      AddToStats(found, &m_stats);
+      m_stats.firstPartNewTokens = first ? found.firstPartNewTokens : m_stats.firstPartNewTokens;
       first = false;
     }
   }
@@ -274,13 +235,12 @@ void KsMailTokenizer::TokenizeText(std::string_view text) {
 void KsMailTokenizer::ProcessTextPart(const std::string& part, const HelperText* helper,
                                       bool isHtml, TextStats* stats) {
   const std::string_view text = part.c_str();
-  const size_t tokensBefore = stats == nullptr ? 0 : m_tokens.Held();
+  const size_t tokensBefore = m_tokens.Size();
   TextStats found;
   try {
     if (isHtml) {
       HtmlStats html;
-      ScanHtml(text, &m_tokens, &m_bodyWords, &m_htmlUrls, &m_htmlAddresses,
-               stats == nullptr ? nullptr : &html);
+      ScanHtml(text, &m_tokens, &m_bodyWords, &m_htmlUrls, &m_htmlAddresses, &html);
       found.exeLinkCount = html.exeLinkCount;
       found.mismatchedLinkCount = html.mismatchedLinkCount;
     }
@@ -294,18 +254,16 @@ void KsMailTokenizer::ProcessTextPart(const std::string& part, const HelperText*
     if (!isHtml || helper != nullptr) {
       const std::string_view plain = isHtml ? std::string_view(helper->text) : text;
       TokenizeText(plain);
-      found.maxSpecialDensity = stats == nullptr ? 0 : MaxSpecialDensity(plain);
+      found.maxSpecialDensity = MaxSpecialDensity(plain);
     }
-  } catch (const MemoryBudget::Exceeded&) {
+  } catch (const FeatureLimit::Reached&) {
     throw;
   } catch (...) {
     return;
   }
-  if (stats != nullptr) {
-    found.rndMacroCount = HoldsRndMacro(text) ? 1 : 0;
-    found.firstPartNewTokens = static_cast<int32_t>(m_tokens.Held() - tokensBefore);
-    *stats = found;
-  }
+  found.rndMacroCount = HoldsRndMacro(text) ? 1 : 0;
+  found.firstPartNewTokens = static_cast<int32_t>(m_tokens.Size() - tokensBefore);
+  *stats = found;
 }
 
 }  // namespace postmarker

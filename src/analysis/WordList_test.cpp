@@ -24,60 +24,33 @@ TEST(WordList, KeepsOrderAndLeavesEmptyWordsOut) {
   words.Append(more);
   EXPECT_EQ(words.Size(), 2U);
   EXPECT_EQ(words.TextSize(), 6U);
-  EXPECT_EQ(words.LongestLength(), 3U);
   EXPECT_EQ(Listed(words), "one,two,");
   words.Clear();
   EXPECT_TRUE(words.Empty());
-  EXPECT_EQ(words.LongestLength(), 0U);
+  EXPECT_EQ(words.TextSize(), 0U);
 }
 
-TEST(WordList, ChargesWhatItTakesAndRefundsIt) {
-  MemoryBudget budget;
-  budget.SetLimit(10000);
-  {
-    WordList words;
-    words.ChargeTo(&budget);
-    EXPECT_THROW(
-        {
-          for (int i = 0; i < 10000; ++i) {
-            words.Append("word");
-          }
-        },
-        MemoryBudget::Exceeded);
-    EXPECT_GT(words.Size(), 500U);
-  }
-  budget.Charge(10000);
-  EXPECT_THROW(budget.Charge(1), MemoryBudget::Exceeded);
-}
-
-TEST(WordList, ReadsThroughWhatItDoesNotHold) {
+TEST(WordList, KeepsLongListsOfWordsOfAllLengths) {
   WordList words;
-  words.Append("forgotten");
   std::string expected;
-  for (int i = 0; i < 300; ++i) {
-    expected.append(std::string(static_cast<size_t>(i) % 255 + 1, 'x')).append(",");
+  for (size_t i = 0; i < 3000; ++i) {
+    const std::string word(i % WordList::kLongestWord + 1, static_cast<char>('a' + i % 26));
+    words.Append(word);
+    expected.append(word).append(",");
   }
-  const auto retell = [&](WordSink* sink) {
-    words.DivertTo(sink);
-    for (int i = 0; i < 300; ++i) {
-      words.Append(std::string(static_cast<size_t>(i) % 255 + 1, 'x'));
-      words.Append("");
-    }
-    words.DivertTo(nullptr);
-    words.Append("nowhere");
-  };
-  for (const size_t memory : {size_t{1}, size_t{1000}, size_t{1000000}}) {
-    words.ReadThrough(retell, memory);
-    EXPECT_EQ(Listed(words), expected) << memory;
-    EXPECT_EQ(words.Size(), 300U);
-    EXPECT_FALSE(words.Empty());
-  }
-  words.ReadThrough([](WordSink*) {}, 1000);
-  EXPECT_TRUE(words.Empty());
-  EXPECT_EQ(Listed(words), "");
-  words.Clear();
-  words.Append("own");
-  EXPECT_EQ(Listed(words), "own,");
+  EXPECT_EQ(words.Size(), 3000U);
+  EXPECT_TRUE(Listed(words) == expected);
+}
+
+TEST(WordList, StopsAtTheLimitAndKeepsWhatItHas) {
+  FeatureLimit limit;
+  limit.TakeKey(FeatureLimit::kMostText - 10);
+  WordList words;
+  words.SetLimit(&limit);
+  words.Append("four");
+  EXPECT_THROW(words.Append("five5"), FeatureLimit::Reached);
+  words.Append("four");
+  EXPECT_EQ(Listed(words), "four,four,");
 }
 
 }  // namespace

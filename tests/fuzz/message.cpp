@@ -1,7 +1,4 @@
-// Whole messages with all hooks: in runs, byte by byte, and with so little memory that features are
-// counted in many passes; all must give the same.
-#include <algorithm>
-
+// Whole messages with all hooks, in runs and byte by byte: both must give the same.
 #include "FuzzTarget.h"
 #include "analysis/KsMailTokenizer.h"
 
@@ -30,19 +27,6 @@ class Watcher : public KsMailTokenizer {
     Require(depth-- == 1);
     KsMailTokenizer::OnBodyDone(level);
   }
-};
-
-// Holds no features.
-class Forgetful : public KsMailTokenizer {
- public:
-  explicit Forgetful(size_t memory) : m_memory(memory) {}
-
- protected:
-  [[nodiscard]] bool WantsSingleBytes() const override { return false; }
-  [[nodiscard]] size_t FeatureMemory() const override { return m_memory; }
-
- private:
-  size_t m_memory;
 };
 
 void RequireSame(const TokenCountMap& a, const TokenCountMap& b) {
@@ -109,8 +93,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   watcher.Parse(bytes, static_cast<uint32_t>(size), nullptr, nullptr);
   fuzz::Require(watcher.depth == 0);
   fuzz::RequireSame(&runs, &watcher);
-  fuzz::Forgetful forgetful(std::max<size_t>(2000, size));
-  forgetful.Parse(bytes, static_cast<uint32_t>(size), nullptr, nullptr);
-  fuzz::RequireSame(&runs, &forgetful);
   return 0;
 }

@@ -69,6 +69,40 @@ inline HostileShape WordHeadersShape(const char* name, const std::string& header
   return {name, [=](size_t size) { return HeadersOfWords(header, length, end, size); }};
 }
 
+// Different addresses, as many as have room in `size` bytes.
+inline std::string ManyAddresses(size_t size) {
+  std::string text;
+  for (int c = 0x80; c < 0x100 && text.size() + 2 <= size; ++c) {
+    text.append({static_cast<char>(c), ','});
+  }
+  for (int c = '0'; c <= 'z' && text.size() + 2 <= size; ++c) {
+    if ((c <= '9' || c >= 'a')) {
+      text.append({static_cast<char>(c), ','});
+    }
+  }
+  for (int number = 10; text.size() + 4 <= size; ++number) {
+    text.append(std::to_string(number)).push_back(',');
+  }
+  return text;
+}
+
+// Senders of a long name, whose words are counted for each of many addresses, under the header's name. All are as long
+// as what is read of a header may be.
+inline std::string SendersOfManyAddresses(const std::string& header, size_t displayLength,
+                                          size_t size) {
+  constexpr size_t kLongest = 1020;
+  const std::string addresses = "<" + ManyAddresses(kLongest - displayLength) + ">\r\n";
+  std::string words = ManyWords(2, size);
+  for (size_t i = 2; i < words.size(); i += 6) {
+    words[i] = '.';
+  }
+  std::string text;
+  for (size_t at = 0; text.size() < size; at += displayLength / 6 * 6) {
+    text.append(header).append(":").append(words, at, displayLength).append(addresses);
+  }
+  return text;
+}
+
 // Six text parts that are full to their limit.
 inline std::string FullTextParts(const std::function<std::string(size_t)>& make, size_t size) {
   std::string message = "Content-Type: multipart/mixed; boundary=--b\r\n\r\n";
@@ -99,6 +133,11 @@ inline std::vector<HostileShape> HeaderShapes() {
       WordHeadersShape("sender names of letters", "from:", 1, "<x>"),
       WordHeadersShape("sender names of pairs of letters", "from:", 2, "<x>"),
       WordHeadersShape("sender names of three letters", "reply-to:", 3, "<x>"),
+      {"senders of many addresses",
+       [](size_t size) { return SendersOfManyAddresses("from", 510, size); }},
+      {"senders of a long header", [](size_t size) {
+         return SendersOfManyAddresses("from" + std::string(1017, 'x'), 780, size);
+       }},
       WordHeadersShape("short subjects", "subject:", 2, ""),
       RepeatedShape("subjects of capitals", none,
                     "Subject:" + Repeated("QAZWSXEDCRFVTGBYHNUJMIKOLP", 1000) + "\r\n"),
