@@ -5,10 +5,11 @@
 
 namespace postmarker {
 
-// What the maps and lists of one message have left. The limit is the same on every platform: it counts keys and bytes
-// of text, whatever these take in memory. It is far beyond what a message reaches that was not made to reach it: with
-// 256 KiB of subjects and senders and all text parts full, the worst known takes a third of the keys and four fifths
-// of the text. Full to the limit, maps and lists take about 165 MiB. One thread at a time.
+// What the maps and lists of one message have left. The limit is the same on every platform: it
+// counts keys and bytes of text, whatever these take in memory. It is far beyond what a message
+// reaches that was not made to reach it: with 256 KiB of subjects and senders and all text parts
+// full, the worst known takes a third of the keys and four fifths of the text. Full to the limit,
+// maps and lists take about 165 MiB. One thread at a time.
 class FeatureLimit {
  public:
   static constexpr size_t kMostKeys = 3000000;

@@ -153,7 +153,8 @@ class BlockReader {
   // Bytes that mean nothing but themselves, wherever they stand within a line.
   static bool IsPlain(char c) { return kPlainBytes[static_cast<unsigned char>(c)]; }
 
-  // Takes a run of plain bytes, with single blanks between them, and gives the place of its last one.
+  // Takes a run of plain bytes, with single blanks between them, and gives the place of its last
+  // one.
   size_t TakePlain(std::string_view bytes, size_t start) {
     size_t end = start + 1;
     while (end < bytes.size() &&

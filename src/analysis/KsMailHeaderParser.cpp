@@ -1,7 +1,5 @@
 #include "analysis/KsMailHeaderParser.h"
 
-#include <typeinfo>
-
 namespace postmarker {
 
 KsMailHeaderParser::~KsMailHeaderParser() = default;
@@ -50,7 +48,7 @@ bool KsMailHeaderParser::WantsBody() {
 }
 
 bool KsMailHeaderParser::WantsSingleBytes() const {
-  return typeid(*this) != typeid(KsMailHeaderParser);
+  return false;
 }
 
 void KsMailHeaderParser::ParseReceivedLines() {

@@ -42,6 +42,7 @@ class KsMailHeaderParser : public KsMailParser {
   ResultCode OnParseEnd() override;
   ResultCode OnHeaders(HeaderMap* headers, int level, bool afterChildren) override;
   bool WantsBody() override;
+  // False. A class that derives from this one and overrides OnRawByte or OnBodyByte says true.
   [[nodiscard]] bool WantsSingleBytes() const override;
 
   // Makes the list of the hops that the headers tell of.

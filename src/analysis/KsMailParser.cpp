@@ -2,7 +2,6 @@
 
 #include <array>
 #include <deque>
-#include <typeinfo>
 #include <utility>
 
 #include "analysis/HeaderBlock.h"
@@ -82,7 +81,7 @@ bool KsMailParser::WantsBody() {
 }
 
 bool KsMailParser::WantsSingleBytes() const {
-  return typeid(*this) != typeid(KsMailParser);
+  return true;
 }
 
 ResultCode KsMailParser::ParseBuffer(const char* data, uint32_t size) {

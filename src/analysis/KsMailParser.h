@@ -99,9 +99,6 @@ class KsMailParser {
   // True if another part follows.
   virtual bool ParseBody(int level, const std::string& boundary);
 
-  // The bytes of the message that is being read.
-  [[nodiscard]] uint32_t MessageSize() const { return m_size; }
-
   // What the current entity is.
   [[nodiscard]] virtual bool IsQuotedPrintable() const { return m_type.quotedPrintable; }
   [[nodiscard]] virtual bool IsText() const { return m_type.text; }
@@ -115,9 +112,8 @@ class KsMailParser {
   // The "name" parameter.
   [[nodiscard]] virtual std::string GetPartName() const { return m_type.partName; }
 
-  // True if OnRawByte and OnBodyByte have to see each byte. A class that derives from one of this
-  // family may override them, so the default is true for all classes but the family's own; a class
-  // that leaves both alone may say false and gets its bodies faster.
+  // True if OnRawByte and OnBodyByte have to see each byte. A class that leaves both alone says
+  // false and gets its bodies in runs, which is faster.
   [[nodiscard]] virtual bool WantsSingleBytes() const;
 
   // Decoded bytes of a body, where no single bytes are wanted; takes the place of OnBodyByte.

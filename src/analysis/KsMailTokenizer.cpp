@@ -1,40 +1,27 @@
 #include "analysis/KsMailTokenizer.h"
 
-#include <typeinfo>
+#include <algorithm>
 #include <utility>
 
 #include "analysis/FeatureHeaders.h"
 #include "analysis/TextTokens.h"
+#include "support/UniqueHandle.h"
 
 namespace postmarker {
 // The hash buffer stays as it is: nothing reads it beyond what was stored.
-KsMailTokenizer::KsMailTokenizer() {
-  for (TokenCountMap* const map : AllMaps()) {
-    map->SetLimit(&m_limit);
-  }
-  for (WordList* const list : AllLists()) {
-    list->SetLimit(&m_limit);
-  }
-}
+KsMailTokenizer::KsMailTokenizer() = default;
 
 KsMailTokenizer::~KsMailTokenizer() = default;
 
 void KsMailTokenizer::Clear() {
   KsMailHeaderParser::Clear();
-  for (TokenCountMap* const map : AllMaps()) {
-    map->Clear();
-  }
-  for (WordList* const list : AllLists()) {
-    list->Clear();
-  }
-  m_limit.Reset();
+  m_features.Clear();
   m_fingerprints.clear();
   m_fingerprintTypes.Clear();
-  m_stats = TextStats();
   m_headerSources.Clear();
-  ForgetHelperTexts();
+  m_htmlTexts.clear();
+  m_pdfTexts.clear();
   m_featuresPending = false;
-  m_hasAllFeatures = true;
 }
 
 ResultCode KsMailTokenizer::Parse(const wchar_t* path, HtmlToText htmlToText,
@@ -69,7 +56,7 @@ ResultCode KsMailTokenizer::OnParseEnd() {
   m_featuresPending = true;
   if (m_htmlToText != nullptr || m_pdfHelper != nullptr) {
     AskHelpers();
-    CollectFeatures();
+    Features();
   }
   return kOk;
 }
@@ -91,7 +78,7 @@ bool KsMailTokenizer::WantsBody() {
 }
 
 bool KsMailTokenizer::WantsSingleBytes() const {
-  return typeid(*this) != typeid(KsMailTokenizer);
+  return false;
 }
 
 void KsMailTokenizer::OnBodyBegin(int level) {
@@ -166,17 +153,70 @@ PartFingerprint KsMailTokenizer::Fingerprint(size_t index) const {
   return fingerprint;
 }
 
-// Counts at once what needs no tokens, and puts aside what CollectHeaderTokens will read.
+// Counts at once what needs no tokens, and puts aside the headers that give some.
 void KsMailTokenizer::NoteHeaders(const HeaderMap& headers) {
   m_headerSources.BeginGroup();
   headers.ForEach([this](std::string_view key, std::string_view value) {
     if (HoldsRndMacro(value)) {
-      ++m_stats.rndMacroCount;
+      m_features.CountRndMacro();
     }
     if (IsSubjectHeader(key) || SenderLabel(key)) {
       m_headerSources.Add(key, value);
     }
   });
+}
+
+const MessageFeatures& KsMailTokenizer::Features() {
+  if (!std::exchange(m_featuresPending, false)) {
+    return m_features;
+  }
+  m_features.Gather({&m_headerSources, &HtmlParts(), &PlainParts(), &m_htmlTexts, &m_pdfTexts});
+  m_headerSources.Clear();
+  m_htmlTexts.clear();
+  m_pdfTexts.clear();
+  return m_features;
+}
+
+// Helpers live for one parse, so what they make of the parts is kept until it is counted.
+void KsMailTokenizer::AskHelpers() {
+  try {
+    if (m_htmlToText != nullptr) {
+      AskHtmlHelper();
+    }
+    AskPdfHelper();
+  } catch (...) {
+    // What the helpers gave so far is counted.
+  }
+}
+
+void KsMailTokenizer::AskHtmlHelper() {
+  for (const std::string& part : HtmlParts()) {
+    HelperText& helped = m_htmlTexts.emplace_back();
+    const std::string_view html = part.c_str();
+    const auto length = static_cast<int32_t>(html.size());
+    try {
+      m_htmlToText(html.data(), &length, &helped.text, &helped.countB, &helped.countA);
+    } catch (...) {
+      helped.failed = true;
+    }
+  }
+}
+
+void KsMailTokenizer::AskPdfHelper() {
+  if (m_pdfHelper == nullptr || m_pdfHelper->extract == nullptr ||
+      m_pdfHelper->release == nullptr || PdfBlobs().empty()) {
+    return;
+  }
+  const std::lock_guard<std::mutex> lock(m_pdfHelper->lock);
+  for (const std::string& pdf : PdfBlobs()) {
+    int32_t length = 0;
+    const char* const text =
+        m_pdfHelper->extract(pdf.data(), static_cast<uint32_t>(pdf.size()), &length);
+    if (text != nullptr) {
+      const ScopeExit release([&] { m_pdfHelper->release(text); });
+      m_pdfTexts.emplace_back(text, static_cast<size_t>(std::max(length, 0)));
+    }
+  }
 }
 
 }  // namespace postmarker

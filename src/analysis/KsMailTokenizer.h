@@ -9,10 +9,10 @@
 #include <string_view>
 #include <vector>
 
-#include "analysis/FeatureLimit.h"
 #include "analysis/HeaderLog.h"
 #include "analysis/KsMailHeaderParser.h"
 #include "analysis/Md5.h"
+#include "analysis/MessageFeatures.h"
 #include "analysis/TextPool.h"
 #include "analysis/TokenCountMap.h"
 #include "analysis/WordList.h"
@@ -24,18 +24,6 @@ struct PartFingerprint {
   std::string digest;  // MD5, 32 lower-case hexadecimal digits
   int32_t length;      // decoded bytes
   std::string contentType;
-};
-
-// Counters that tell of tricks in the text.
-struct TextStats {
-  int32_t helperCountA = 0;  // the HTML helper's counts, summed over parts
-  int32_t helperCountB = 0;
-  int32_t firstPartNewTokens = 0;  // tokens that the first text part added
-  int32_t maxSpecialDensity = 0;   // the largest of any part
-  int32_t rndMacroCount = 0;       // header values and text parts that hold "%rnd"
-  int32_t exeLinkCount = 0;        // HTML tags with a link that ends in ".exe"
-  int32_t mismatchedLinkCount =
-      0;  // HTML tags whose following text names another domain than their link
 };
 
 // Turns HTML of *length bytes, NUL-terminated, into text, and may set the two counts.
@@ -58,8 +46,9 @@ struct PdfHelper {
 // somebody first asks for a feature (at the end of the walk already where a helper is given, since
 // helpers live for one parse). Who reads headers alone pays for headers alone.
 //
-// What the walk keeps stays in proportion to the message. All features together stay below one limit (FeatureLimit):
-// if a message that was made for it reaches it, gathering ends, and what was gathered stays.
+// What the walk keeps stays in proportion to the message. All features together stay below one
+// limit (FeatureLimit): if a message that was made for it reaches it, gathering ends, and what was
+// gathered stays.
 //
 // One message at a time, one thread per object; results stay until the next Parse. All text is
 // bytes.
@@ -78,23 +67,23 @@ class KsMailTokenizer : public KsMailHeaderParser {
 
   // All tokens: the words of the text as they are; header tokens as "from*", "subject*" and so on;
   // pairs and triples of neighbouring words.
-  const TokenCountMap& Tokens() { return Complete(m_tokens); }
+  const TokenCountMap& Tokens() { return Features().Tokens(); }
   // Words of the subject, and of the display names of senders, with their pairs and triples.
-  const TokenCountMap& SubjectTokens() { return Complete(m_subjectTokens); }
-  const TokenCountMap& FromNameTokens() { return Complete(m_fromNameTokens); }
+  const TokenCountMap& SubjectTokens() { return Features().SubjectTokens(); }
+  const TokenCountMap& FromNameTokens() { return Features().FromNameTokens(); }
   // Words in their order: headers, then text.
-  const WordList& BodyWords() { return Complete(m_bodyWords); }
-  const WordList& SubjectWords() { return Complete(m_subjectWords); }
-  const WordList& FromNameWords() { return Complete(m_fromNameWords); }
+  const WordList& BodyWords() { return Features().BodyWords(); }
+  const WordList& SubjectWords() { return Features().SubjectWords(); }
+  const WordList& FromNameWords() { return Features().FromNameWords(); }
   // Link hosts and links of HTML tags; addresses of mailto links.
-  const TokenCountMap& HtmlUrls() { return Complete(m_htmlUrls); }
-  const TokenCountMap& HtmlAddresses() { return Complete(m_htmlAddresses); }
+  const TokenCountMap& HtmlUrls() { return Features().HtmlUrls(); }
+  const TokenCountMap& HtmlAddresses() { return Features().HtmlAddresses(); }
   // Words that look like URLs; words with an "@".
-  const TokenCountMap& TextUrls() { return Complete(m_textUrls); }
-  const TokenCountMap& TextAddresses() { return Complete(m_textAddresses); }
-  const TextStats& Stats() { return Complete(m_stats); }
+  const TokenCountMap& TextUrls() { return Features().TextUrls(); }
+  const TokenCountMap& TextAddresses() { return Features().TextAddresses(); }
+  const TextStats& Stats() { return Features().Stats(); }
   // False if the message has more features than were gathered.
-  bool HasAllFeatures() { return Complete(m_hasAllFeatures); }
+  bool HasAllFeatures() { return Features().AreComplete(); }
 
   [[nodiscard]] size_t FingerprintCount() const { return m_fingerprints.size(); }
   // REQUIRES: `index` is below FingerprintCount().
@@ -111,6 +100,7 @@ class KsMailTokenizer : public KsMailHeaderParser {
   void OnBodyBegin(int level) override;
   void OnBodyEnd(int level) override;
   void OnBodyDone(int level) override;
+  // False. A class that derives from this one and overrides OnRawByte or OnBodyByte says true.
   [[nodiscard]] bool WantsSingleBytes() const override;
 
  private:
@@ -121,60 +111,19 @@ class KsMailTokenizer : public KsMailHeaderParser {
     uint32_t typeLength;
   };
 
-  // What a helper made of a part.
-  struct HelperText {
-    std::string text;
-    int32_t countA = 0;
-    int32_t countB = 0;
-    bool failed = false;
-  };
-
   static constexpr size_t kHashBufferSize = 65536;
   static constexpr size_t kHashBufferFull = 65535;
 
-  template <class Feature>
-  const Feature& Complete(const Feature& feature) {
-    CollectFeatures();
-    return feature;
-  }
-
-  void CollectFeatures();
+  const MessageFeatures& Features();
   void AskHelpers();
   void AskHtmlHelper();
   void AskPdfHelper();
-  void CountHeaders();
-  void CountParts();
-  void CountSequences();
-  void ForgetHelperTexts();
-  std::array<TokenCountMap*, 7> AllMaps();
-  std::array<WordList*, 3> AllLists();
   void NoteHeaders(const HeaderMap& headers);
-  void CollectSubjectTokens(std::string_view key, std::string_view value);
-  void CollectSenderTokens(std::string_view key, std::string_view label, std::string_view value);
-  void CollectAddressTokens(std::string_view label, std::string_view address);
-  void CollectWords(std::string_view text, const std::string& prefix, TokenCountMap* ownTokens,
-                    WordList* ownWords);
-  void CollectNameTokens(std::string_view key, std::string_view displayName);
-  void ProcessTextPart(const std::string& part, const HelperText* helper, bool isHtml,
-                       TextStats* stats);
-  void TokenizeText(std::string_view text);
   void AddFingerprint();
   void FlushHashBuffer();
 
-  FeatureLimit m_limit;  // of the maps and lists that follow
-  TokenCountMap m_tokens;
-  TokenCountMap m_subjectTokens;
-  TokenCountMap m_fromNameTokens;
-  WordList m_bodyWords;
-  WordList m_subjectWords;
-  WordList m_fromNameWords;
-  TokenCountMap m_htmlUrls;
-  TokenCountMap m_htmlAddresses;
-  TokenCountMap m_textUrls;
-  TokenCountMap m_textAddresses;
   std::deque<FingerprintRecord> m_fingerprints;
   TextPool m_fingerprintTypes;
-  TextStats m_stats;
   bool m_digestOpen = false;
   Md5 m_digest;
   int32_t m_bodyLength = 0;
@@ -182,14 +131,11 @@ class KsMailTokenizer : public KsMailHeaderParser {
   int32_t m_hashBufferUsed = 0;
   HtmlToText m_htmlToText = nullptr;
   PdfHelper* m_pdfHelper = nullptr;
-  HeaderLog m_headerSources;  // headers whose tokens are counted later
+  HeaderLog m_headerSources;  // subjects and senders, whose tokens are counted later
   std::vector<HelperText> m_htmlTexts;
   std::vector<std::string> m_pdfTexts;
-  bool m_pdfFailed = false;
+  MessageFeatures m_features;
   bool m_featuresPending = false;
-  bool m_hasAllFeatures = true;
-  TokenCountMap m_localTokens;
-  WordList m_localWords;
 };
 
 }  // namespace postmarker

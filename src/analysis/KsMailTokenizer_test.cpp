@@ -25,8 +25,18 @@ std::string TokensOf(std::string_view message) {
   return Listed(tokenizer.Tokens());
 }
 
-// A class that may look at single bytes, so that it gets them one at a time.
-class ByteByByte : public KsMailTokenizer {};
+// A class that looks at single bytes and says so.
+class ByteByByte : public KsMailTokenizer {
+ public:
+  size_t bytes = 0;
+
+ protected:
+  [[nodiscard]] bool WantsSingleBytes() const override { return true; }
+  void OnBodyByte(uint8_t byte, bool inHeader, int level) override {
+    ++bytes;
+    KsMailTokenizer::OnBodyByte(byte, inHeader, level);
+  }
+};
 
 TEST(KsMailTokenizer, WalksBodies) {
   KsMailTokenizer tokenizer;
@@ -314,6 +324,7 @@ TEST(KsMailTokenizer, RunsAndSingleBytesGiveTheSame) {
     ByteByByte bytewise;
     Parse(&runs, bytes);
     Parse(&bytewise, bytes);
+    EXPECT_EQ(bytewise.bytes > 0, !bytes.empty());
     EXPECT_EQ(Listed(runs.Tokens()), Listed(bytewise.Tokens()));
     ASSERT_EQ(runs.FingerprintCount(), bytewise.FingerprintCount());
     for (size_t i = 0; i < runs.FingerprintCount(); ++i) {

@@ -27,13 +27,12 @@ bool TextPool::GrowFirst(size_t needed) {
   return true;
 }
 
-uint32_t TextPool::Allocate(size_t size) {
+// The last block has no room: grows it, or begins another.
+uint32_t TextPool::AllocateMore(size_t size) {
   if (size > std::numeric_limits<uint32_t>::max() / 2) {
     throw std::bad_alloc();
   }
-  const size_t needed = Last()->used + size;
-  const bool fits = needed <= Last()->capacity && (needed <= kBlockSize || Last()->used == 0);
-  if (!fits && !GrowFirst(needed)) {
+  if (!GrowFirst(Last()->used + size)) {
     if (BlockCount() > kBlockMask) {
       throw std::bad_alloc();
     }
@@ -44,10 +43,7 @@ uint32_t TextPool::Allocate(size_t size) {
     Resize(&block, std::max<size_t>(size, kBlockSize));
     m_more->push_back(std::move(block));
   }
-  Block* const block = Last();
-  const auto offset = static_cast<uint32_t>(((BlockCount() - 1) << kBlockBits) + block->used);
-  block->used += static_cast<uint32_t>(size);
-  return offset;
+  return Allocate(size);
 }
 
 uint32_t TextPool::Add(std::string_view text) {

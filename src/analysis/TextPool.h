@@ -22,7 +22,15 @@ class TextPool {
 
   // Room for `size` bytes in one piece, to be filled at At(). Throws std::bad_alloc, also when the
   // offsets run out at 4 GiB.
-  uint32_t Allocate(size_t size);
+  uint32_t Allocate(size_t size) {
+    Block* const last = Last();
+    if (size > last->capacity - last->used || (last->used + size > kBlockSize && last->used != 0)) {
+      return AllocateMore(size);
+    }
+    const auto offset = static_cast<uint32_t>(((BlockCount() - 1) << kBlockBits) + last->used);
+    last->used += static_cast<uint32_t>(size);
+    return offset;
+  }
 
   // Adds a text and gives its offset.
   uint32_t Add(std::string_view text);
@@ -65,6 +73,7 @@ class TextPool {
   }
   [[nodiscard]] size_t BlockCount() const { return 1 + (m_more == nullptr ? 0 : m_more->size()); }
   Block* Last() { return m_more == nullptr || m_more->empty() ? &m_first : &m_more->back(); }
+  uint32_t AllocateMore(size_t size);
   bool GrowFirst(size_t needed);
   void Resize(Block* block, size_t capacity);
 

@@ -18,8 +18,8 @@ constexpr size_t kKeptPlaces = 8192;  // a larger index is released by Clear
 
 }  // namespace
 
-// The last two words of a list and the one that was read, one after the other in the pool, so that keys made of them
-// need no text of their own.
+// The last two words of a list and the one that was read, one after the other in the pool, so that
+// keys made of them need no text of their own.
 class TokenCountMap::SequenceText {
  public:
   SequenceText(TextPool* pool, size_t textSize) : m_pool(pool), m_left(textSize) {}
@@ -123,10 +123,8 @@ void TokenCountMap::Add(std::string_view key, TextHash hash, int32_t count) {
 }
 
 void TokenCountMap::Add(std::string_view prefix, std::string_view key, int32_t count) {
-  std::string joined;
-  joined.reserve(prefix.size() + key.size());
-  joined.append(prefix).append(key);
-  Add(joined, count);
+  m_joined.assign(prefix).append(key);
+  Add(m_joined, count);
 }
 
 void TokenCountMap::Insert(const TokenCountMap& other) {
@@ -146,11 +144,13 @@ void TokenCountMap::AddWordSequences(const WordList& words) {
     const uint32_t pairLength = second.length + third.length;
     const TextHash pair = second.hash.Joined(third.hash, third.length);
     if (second.length != 0) {
-      AddKey({m_pool.At(second.offset), pairLength}, pair, kPairWeight, [&] { return second.offset; });
+      AddKey({m_pool.At(second.offset), pairLength}, pair, kPairWeight,
+             [&] { return second.offset; });
     }
     if (first.length != 0) {
       const std::string_view triple(m_pool.At(first.offset), first.length + pairLength);
-      AddKey(triple, first.hash.Joined(pair, pairLength), kTripleWeight, [&] { return first.offset; });
+      AddKey(triple, first.hash.Joined(pair, pairLength), kTripleWeight,
+             [&] { return first.offset; });
       std::copy(word.begin(), word.end(), std::copy_n(triple.data(), first.length, outer.data()));
       Add({outer.data(), first.length + third.length}, first.hash.Joined(third.hash, third.length),
           kPairWeight);

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -18,9 +19,10 @@ namespace postmarker {
 inline constexpr int32_t kPairWeight = 4;
 inline constexpr int32_t kTripleWeight = 16;
 
-// A map from narrow text to int32 that is made for counting: entries one after the other, their texts in one pool, and
-// an index of hashes. std::unordered_map takes XXX times as long for a message's tokens and YYY times the memory.
-// Keys compare byte by byte; their order is made when somebody walks the map. One thread at a time.
+// A map from narrow text to int32 that is made for counting: entries one after the other, their
+// texts in one pool, and an index of hashes. std::unordered_map takes XXX times as long for a
+// message's tokens and YYY times the memory. Keys compare byte by byte; their order is made when
+// somebody walks the map. One thread at a time.
 class TokenCountMap {
  public:
   // One key and its count. The view lives until the map is cleared.
@@ -57,8 +59,8 @@ class TokenCountMap {
   TokenCountMap& operator=(const TokenCountMap&) = delete;
   ~TokenCountMap() = default;
 
-  // Each new key is taken from `limit` from now on, which must outlive the map. What adds keys may then throw
-  // FeatureLimit::Reached; the keys added so far stay.
+  // Each new key is taken from `limit` from now on, which must outlive the map. What adds keys may
+  // then throw FeatureLimit::Reached; the keys added so far stay.
   void SetLimit(FeatureLimit* limit) { m_limit = limit; }
 
   // AddCount: an empty key is ignored, a new one gets `count`, one that is there gets it added.
@@ -161,6 +163,7 @@ class TokenCountMap {
   HashIndex m_index;
   TextPool m_pool;
   FeatureLimit* m_limit = nullptr;
+  std::string m_joined;  // of a prefix and a key
 };
 
 // AddCount under the name that callers know.

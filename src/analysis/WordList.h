@@ -10,8 +10,9 @@
 
 namespace postmarker {
 
-// Words in one pool, each after a byte that tells its length: a list takes little more memory than the text that it was
-// made from, and is never copied while it grows. Views of words live until the list is cleared. One thread at a time.
+// Words in one pool, each after a byte that tells its length: a list takes little more memory than
+// the text that it was made from, and is never copied while it grows. Views of words live until the
+// list is cleared. One thread at a time.
 class WordList {
  public:
   static constexpr size_t kLongestWord = 255;

@@ -7,9 +7,9 @@
 
 namespace postmarker {
 
-// Numbers of things that stand elsewhere, found by the hashes of the things' keys: 4 bytes a place, and one stretch of
-// memory. There may be any number of places; one must stay free, and lookups are fast as long as a quarter is. One
-// thread at a time.
+// Numbers of things that stand elsewhere, found by the hashes of the things' keys: 4 bytes a place,
+// and one stretch of memory. There may be any number of places; one must stay free, and lookups are
+// fast as long as a quarter is. One thread at a time.
 class HashIndex {
  public:
   // True if `count` numbers leave a quarter of the places free.
@@ -26,8 +26,8 @@ class HashIndex {
   // Empties the index, and keeps its places.
   void Clear() { m_places.assign(m_places.size(), 0); }
 
-  // The place of the number with that hash for which matches(number) is true, or the free place where it belongs.
-  // REQUIRES: there is a free place.
+  // The place of the number with that hash for which matches(number) is true, or the free place
+  // where it belongs. REQUIRES: there is a free place.
   template <class Matches>
   [[nodiscard]] size_t Find(uint32_t hash, Matches matches) const {
     auto place = static_cast<size_t>((uint64_t{hash} * m_places.size()) >> 32);

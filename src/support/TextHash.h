@@ -1,5 +1,5 @@
-// The hash of the tables of texts. The hash of two texts joined follows from the hashes of both, so that pairs and
-// triples of words are hashed without looking at their bytes again.
+// The hash of the tables of texts. The hash of two texts joined follows from the hashes of both, so
+// that pairs and triples of words are hashed without looking at their bytes again.
 #pragma once
 
 #include <algorithm>
@@ -10,10 +10,11 @@
 
 namespace postmarker {
 
-// A polynomial over the bytes, modulo the prime 2^31 - 1, at a base that differs from process to process. Whatever
-// texts somebody chooses who does not know the base: two different ones of at most n bytes have the same hash for at
-// most n of the 2^31 bases. (Modulo 2^64 this takes as long, but there are texts of 1,024 bytes that collide at every
-// base.) The base is made of the clock and of addresses: it is no secret for programs of the same machine.
+// A polynomial over the bytes, modulo the prime 2^31 - 1, at a base that differs from process to
+// process. Whatever texts somebody chooses who does not know the base: two different ones of at
+// most n bytes have the same hash for at most n of the 2^31 bases. (Modulo 2^64 this takes as long,
+// but there are texts of 1,024 bytes that collide at every base.) The base is made of the clock and
+// of addresses: it is no secret for programs of the same machine.
 class TextHash {
  public:
   static constexpr size_t kLongestTail = 1023;
@@ -26,8 +27,8 @@ class TextHash {
     Append(text);
   }
 
-  // The hash of this text followed by another. REQUIRES: `tailLength` is the length of that text, and at most
-  // kLongestTail.
+  // The hash of this text followed by another. REQUIRES: `tailLength` is the length of that text,
+  // and at most kLongestTail.
   [[nodiscard]] TextHash Joined(TextHash tail, size_t tailLength) const {
     TextHash joined;
     joined.m_value = Reduced(uint64_t{m_value} * kPowers.power[tailLength] + tail.m_value);

@@ -24,8 +24,8 @@ inline uint64_t SortPrefix(std::string_view text) {
   return text.empty() ? 0 : prefix << (8 * (sizeof(prefix) - text.size()));
 }
 
-// Sorts numbers by the bytes of textOf(number). Most texts differ in their first 8 bytes, so these are compared beside
-// the number.
+// Sorts numbers by the bytes of textOf(number). Most texts differ in their first 8 bytes, so these
+// are compared beside the number.
 template <class TextOf>
 void SortByText(std::vector<uint32_t>* numbers, TextOf textOf) {
   constexpr size_t kMostPlaces = 32768;

@@ -20,8 +20,8 @@ void ExpectSorted(const std::vector<std::string>& texts) {
 }
 
 TEST(TextSort, OrdersByUnsignedBytes) {
-  ExpectSorted({"abcdefgh\xE9", "abcdefgh", "abcdefghi", std::string("abc\0", 4), "abc", "\xE9", "z",
-                "", std::string("\0", 1)});
+  ExpectSorted({"abcdefgh\xE9", "abcdefgh", "abcdefghi", std::string("abc\0", 4), "abc", "\xE9",
+                "z", "", std::string("\0", 1)});
 }
 
 TEST(TextSort, OrdersFewAndManyTexts) {

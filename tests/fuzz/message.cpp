@@ -11,6 +11,7 @@ class Watcher : public KsMailTokenizer {
   int depth = 0;
 
  protected:
+  [[nodiscard]] bool WantsSingleBytes() const override { return true; }
   ResultCode OnHeaders(HeaderMap* headers, int level, bool afterChildren) override {
     Require(level >= 0 && headers != nullptr);
     return KsMailTokenizer::OnHeaders(headers, level, afterChildren);

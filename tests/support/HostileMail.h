@@ -86,8 +86,8 @@ inline std::string ManyAddresses(size_t size) {
   return text;
 }
 
-// Senders of a long name, whose words are counted for each of many addresses, under the header's name. All are as long
-// as what is read of a header may be.
+// Senders of a long name, whose words are counted for each of many addresses, under the header's
+// name. All are as long as what is read of a header may be.
 inline std::string SendersOfManyAddresses(const std::string& header, size_t displayLength,
                                           size_t size) {
   constexpr size_t kLongest = 1020;
@@ -135,7 +135,8 @@ inline std::vector<HostileShape> HeaderShapes() {
       WordHeadersShape("sender names of three letters", "reply-to:", 3, "<x>"),
       {"senders of many addresses",
        [](size_t size) { return SendersOfManyAddresses("from", 510, size); }},
-      {"senders of a long header", [](size_t size) {
+      {"senders of a long header",
+       [](size_t size) {
          return SendersOfManyAddresses("from" + std::string(1017, 'x'), 780, size);
        }},
       WordHeadersShape("short subjects", "subject:", 2, ""),
