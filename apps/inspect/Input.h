@@ -7,9 +7,9 @@
 #include <utility>
 
 #include "JsonWriter.h"
-#include "analysis/Received.h"
-#include "analysis/TokenCountMap.h"
-#include "analysis/WordList.h"
+#include "analysis/headers/Received.h"
+#include "analysis/words/TokenCountMap.h"
+#include "analysis/words/WordList.h"
 #include "support/MappedFile.h"
 
 namespace postmarker::inspect {

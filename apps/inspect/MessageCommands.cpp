@@ -3,9 +3,9 @@
 
 #include "Commands.h"
 #include "Input.h"
-#include "analysis/KsMailHeaderParser.h"
-#include "analysis/KsMailTokenizer.h"
-#include "analysis/Md5.h"
+#include "analysis/features/KsMailTokenizer.h"
+#include "analysis/headers/KsMailHeaderParser.h"
+#include "analysis/message/Md5.h"
 #include "support/Text.h"
 
 namespace postmarker::inspect {

@@ -4,11 +4,11 @@
 
 #include "Commands.h"
 #include "Input.h"
-#include "analysis/AddressList.h"
-#include "analysis/Decoders.h"
-#include "analysis/DomainTable.h"
-#include "analysis/HtmlTokens.h"
-#include "analysis/TextTokens.h"
+#include "analysis/headers/AddressList.h"
+#include "analysis/message/Decoders.h"
+#include "analysis/words/DomainTable.h"
+#include "analysis/words/HtmlTokens.h"
+#include "analysis/words/TextTokens.h"
 
 namespace postmarker::inspect {
 namespace {

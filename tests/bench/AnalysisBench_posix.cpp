@@ -17,9 +17,9 @@
 #include "PeerLibraries.h"
 #include "PeerProcesses_posix.h"
 #include "UserTime_posix.h"
-#include "analysis/HtmlTokens.h"
-#include "analysis/KsMailTokenizer.h"
-#include "analysis/TextTokens.h"
+#include "analysis/features/KsMailTokenizer.h"
+#include "analysis/words/HtmlTokens.h"
+#include "analysis/words/TextTokens.h"
 
 namespace postmarker::bench {
 namespace {

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "analysis/AddressList.h"
-#include "analysis/KsMailTokenizer.h"
+#include "analysis/features/KsMailTokenizer.h"
+#include "analysis/headers/AddressList.h"
 #include "support/HostileMail.h"
 
 namespace postmarker::bench {
@@ -81,6 +81,7 @@ void Register(const std::vector<test::HostileShape>& shapes, int64_t unit,
 
 void RegisterAll() {
   Register(test::HeaderShapes(), kUnit);
+  Register(test::SenderShapes(), kUnit / 4);
   Register(test::EntityShapes(), kUnit);
   Register(test::TextShapes(), kTextUnit);
   std::vector<test::HostileShape> large = test::HeaderShapes();

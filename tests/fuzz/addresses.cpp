@@ -1,6 +1,6 @@
 // ParseAddressList.
 #include "FuzzTarget.h"
-#include "analysis/AddressList.h"
+#include "analysis/headers/AddressList.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace postmarker;

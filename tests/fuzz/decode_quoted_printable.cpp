@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "FuzzTarget.h"
-#include "analysis/Decoders.h"
-#include "analysis/TransferDecoder.h"
+#include "analysis/message/Decoders.h"
+#include "analysis/message/TransferDecoder.h"
 
 namespace postmarker::fuzz {
 namespace {

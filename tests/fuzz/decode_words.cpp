@@ -2,7 +2,7 @@
 #include <vector>
 
 #include "FuzzTarget.h"
-#include "analysis/Decoders.h"
+#include "analysis/message/Decoders.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace postmarker;

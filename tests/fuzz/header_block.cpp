@@ -1,6 +1,6 @@
 // ReadHeaderBlock, with all headers, selected ones and none.
 #include "FuzzTarget.h"
-#include "analysis/HeaderBlock.h"
+#include "analysis/message/HeaderBlock.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace postmarker;

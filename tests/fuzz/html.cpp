@@ -1,6 +1,6 @@
 // ScanHtml, with and without stats.
 #include "FuzzTarget.h"
-#include "analysis/HtmlTokens.h"
+#include "analysis/words/HtmlTokens.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace postmarker;

@@ -1,6 +1,6 @@
 // Whole messages with all hooks, in runs and byte by byte: both must give the same.
 #include "FuzzTarget.h"
-#include "analysis/KsMailTokenizer.h"
+#include "analysis/features/KsMailTokenizer.h"
 
 namespace postmarker::fuzz {
 namespace {

@@ -1,5 +1,5 @@
 // ParseReceivedLine and what is asked of hosts.
-#include "analysis/Received.h"
+#include "analysis/headers/Received.h"
 #include "FuzzTarget.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

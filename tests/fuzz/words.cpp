@@ -1,6 +1,6 @@
 // Tokenize and the measures of text.
 #include "FuzzTarget.h"
-#include "analysis/TextTokens.h"
+#include "analysis/words/TextTokens.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace postmarker;

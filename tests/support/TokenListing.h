@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "analysis/TokenCountMap.h"
-#include "analysis/WordList.h"
+#include "analysis/words/TokenCountMap.h"
+#include "analysis/words/WordList.h"
 
 namespace postmarker::test {
 

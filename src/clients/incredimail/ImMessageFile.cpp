@@ -5,7 +5,7 @@
 #include <limits>
 #include <new>
 
-#include "analysis/Decoders.h"
+#include "analysis/message/Decoders.h"
 #include "clients/incredimail/ImAttachmentName.h"
 #include "clients/incredimail/ImPaths.h"
 #include "support/Text.h"

@@ -6,8 +6,8 @@
 #include <new>
 #include <optional>
 
-#include "analysis/AddressList.h"
-#include "analysis/KsMailTokenizer.h"
+#include "analysis/features/KsMailTokenizer.h"
+#include "analysis/headers/AddressList.h"
 #include "clients/incredimail/ImHeaderFile.h"
 #include "clients/incredimail/ImMessageFile.h"
 #include "clients/incredimail/ImPaths.h"

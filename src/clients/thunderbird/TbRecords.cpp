@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <limits>
 
-#include "analysis/AddressList.h"
+#include "analysis/headers/AddressList.h"
 #include "support/Text.h"
 
 namespace postmarker::thunderbird {
