@@ -3,9 +3,11 @@
 #include <lmcons.h>
 #include <shlobj.h>
 
+#include <mutex>
 #include <optional>
 #include <string>
 
+#include "support/CriticalSection_win.h"
 #include "support/Handles_win.h"
 #include "support/TraceLine.h"
 
@@ -42,8 +44,12 @@ std::optional<std::wstring> TraceFilePath() {
   return std::wstring(folder).append(L"\\Kestrelon\\AccountTools-").append(user).append(L".log");
 }
 
+// The threads of this process take turns: not every system appends in one step, and a second writer
+// must not miss the byte order mark.
 void Append(const std::wstring& path, const std::wstring& line) {
   constexpr unsigned char kByteOrderMark[] = {0xFF, 0xFE};
+  static CriticalSection turn;
+  const std::lock_guard lock(turn);
   ::SetLastError(ERROR_SUCCESS);
   const FileHandle file(::CreateFileW(path.c_str(), FILE_APPEND_DATA,
                                       FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,

@@ -100,10 +100,7 @@ TEST(CommandTrace, LinesOfSeveralWritersDoNotMix) {
   const std::wregex line(
       LR"(\d{4}/\d\d/\d\d \d\d:\d\d:\d\d\.\d{3} \| support_test\.exe {15}\| .{5} \| .{5}ms\r\n)");
   const std::vector<std::wstring> lines = folder.TraceLines();
-  // Windows appends in one step. Wine looks for the end and then writes, so now and then a line
-  // comes to stand on another one, which is as long here.
-  EXPECT_LE(lines.size(), 161U);
-  EXPECT_GT(lines.size(), 100U);
+  EXPECT_EQ(lines.size(), 161U);
   for (const std::wstring& text : lines) {
     EXPECT_TRUE(std::regex_match(text, line));
   }
