@@ -27,6 +27,10 @@ struct ClientRow {
   // The suite's module inside the client, a file name; empty if there is none.
   std::wstring_view hookModule = {};
 
+  // Its turn in the silent harvest of all clients, counted from 1. 0: it has none of its own, as
+  // another row has the same store.
+  int harvestTurn = 0;
+
   // Folder ids are numbers local to the store: the id "0" stands for the default folder, and the
   // store's id is written by the adapter and not taken from the chosen folder.
   bool hasLocalFolderIds = false;
@@ -41,10 +45,6 @@ struct ClientRow {
   ClientQuery isInstalled = {};
   ClientQuery isSupported = {};
   ClientQuery isReady = {};
-
-  // Its turn in the silent harvest of all clients, counted from 1. 0: it has none of its own, as
-  // another row has the same store.
-  int harvestTurn = 0;
 };
 
 // The row of a display name, case ignored. A name without a row gets a row of defaults whose

@@ -97,10 +97,10 @@ class HarvestTest : public testing::Test {
   HarvestedClient m_third;
   // Their turns are not the order of the rows.
   std::array<ClientRow, 4> m_rows = {{
-      {.displayName = L"Third", .adapter = &m_third, .isInstalled = Always, .harvestTurn = 3},
-      {.displayName = L"First", .adapter = &m_first, .isInstalled = Always, .harvestTurn = 1},
+      {.displayName = L"Third", .harvestTurn = 3, .adapter = &m_third, .isInstalled = Always},
+      {.displayName = L"First", .harvestTurn = 1, .adapter = &m_first, .isInstalled = Always},
       {.displayName = L"Same store", .adapter = &m_first, .isInstalled = Always},
-      {.displayName = L"Second", .adapter = &m_second, .isInstalled = Always, .harvestTurn = 2},
+      {.displayName = L"Second", .harvestTurn = 2, .adapter = &m_second, .isInstalled = Always},
   }};
   RegistrySandbox m_registry;
   ScopedClientTable m_table{m_rows};

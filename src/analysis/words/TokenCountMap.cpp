@@ -6,7 +6,6 @@
 #include <initializer_list>
 #include <numeric>
 #include <string>
-#include <tuple>
 
 #include "support/TextSort.h"
 
@@ -140,7 +139,9 @@ void TokenCountMap::AddWordSequences(const WordList& words) {
   std::array<char, 2 * WordList::kLongestWord> outer;
   for (const std::string_view word : words) {
     text.Append(word);
-    const auto& [first, second, third] = std::tie(text.first, text.second, text.third);
+    const auto& first = text.first;
+    const auto& second = text.second;
+    const auto& third = text.third;
     const uint32_t pairLength = second.length + third.length;
     const TextHash pair = second.hash.Joined(third.hash, third.length);
     if (second.length != 0) {
