@@ -5,6 +5,7 @@
 #include <cstring>
 #include <initializer_list>
 #include <numeric>
+#include <optional>
 #include <string>
 
 #include "support/TextSort.h"
@@ -13,34 +14,36 @@ namespace postmarker {
 namespace {
 
 constexpr size_t kFirstPlaces = 64;
-constexpr size_t kKeptPlaces = 8192;  // a larger index is released by Clear
+constexpr size_t kKeptPlaces = 8192;     // a larger index is released by Clear
+constexpr size_t kMostReserved = 16384;  // words
 
 }  // namespace
 
-// The last two words of a list and the one that was read, one after the other in the pool, so that
-// keys made of them need no text of their own.
+// The last three words of a list, one after the other.
 class TokenCountMap::SequenceText {
  public:
-  SequenceText(TextPool* pool, size_t textSize) : m_pool(pool), m_left(textSize) {}
-
   struct Word {
-    uint32_t offset = 0;
-    uint32_t length = 0;
+    const char* text = nullptr;
+    size_t length = 0;
     TextHash hash;
   };
 
   // Puts the next word after the other two, which become the first and the second.
-  void Append(std::string_view text) {
+  void Append(std::string_view word) {
+    if (word.size() > static_cast<size_t>(m_bytes.end() - m_end)) {
+      MoveToBegin();
+    }
     first = second;
     second = third;
-    if (text.size() > m_room) {
-      BeginPiece();
-    }
-    third = {m_next, static_cast<uint32_t>(text.size()), TextHash(text)};
-    std::copy(text.begin(), text.end(), m_pool->At(m_next));
-    m_next += third.length;
-    m_room -= text.size();
-    m_left -= text.size();
+    third = {m_end, word.size(), TextHash(word)};
+    m_end = std::copy(word.begin(), word.end(), m_end);
+  }
+
+  // The first word and the third, without the second.
+  std::string_view Outer() {
+    char* const end = std::copy_n(first.text, first.length, m_outer.data());
+    std::copy_n(third.text, third.length, end);
+    return {m_outer.data(), first.length + third.length};
   }
 
   Word first;
@@ -48,24 +51,17 @@ class TokenCountMap::SequenceText {
   Word third;
 
  private:
-  static constexpr size_t kPiece = 16384;
-
-  // Moves the two words to a new piece of the pool, with room for those that come.
-  void BeginPiece() {
-    const size_t kept = first.length + second.length;
-    const uint32_t from = first.length != 0 ? first.offset : second.offset;
-    m_room = std::min(kPiece, m_left);
-    const uint32_t offset = m_pool->Allocate(kept + m_room);
-    std::copy_n(m_pool->At(from), kept, m_pool->At(offset));
-    first.offset = offset;
-    second.offset = offset + first.length;
-    m_next = second.offset + second.length;
+  void MoveToBegin() {
+    const size_t kept = second.length + third.length;
+    std::memmove(m_bytes.data(), m_end - kept, kept);
+    second.text = m_bytes.data();
+    third.text = second.text + second.length;
+    m_end = m_bytes.data() + kept;
   }
 
-  TextPool* m_pool;
-  size_t m_left;      // bytes of the words to come
-  size_t m_room = 0;  // bytes left in the piece
-  uint32_t m_next = 0;
+  std::array<char, 4096> m_bytes;
+  char* m_end = m_bytes.data();
+  std::array<char, 2 * WordList::kLongestWord> m_outer;
 };
 
 TokenCountMap::Iterator::Iterator(const TokenCountMap* map) : m_map(map), m_order(map->Size()) {
@@ -90,35 +86,48 @@ const TokenCountMap::Entry* TokenCountMap::Find(std::string_view key) const {
   return m_index.IsFree(place) ? nullptr : &m_entries[m_index.At(place)];
 }
 
-void TokenCountMap::Grow() {
-  const size_t places = m_index.Places();
-  m_index.Reset(std::max(kFirstPlaces, places < kKeptPlaces ? places * 4 : places * 2));
+// Makes the index large enough for so many entries.
+void TokenCountMap::Reserve(size_t entries) {
+  if (m_index.HasRoomFor(entries)) {
+    return;
+  }
+  size_t places = std::max(kFirstPlaces, m_index.Places() * 2);
+  while (entries * 4 > places * 3) {
+    places *= 2;
+  }
+  m_index.Reset(places);
   for (size_t i = 0; i < m_entries.Size(); ++i) {
     m_index.Add(m_entries[i].hash, static_cast<uint32_t>(i));
   }
 }
 
-// `text` gives the offset of the key in the pool; it is called for a new key alone.
-template <class Text>
-void TokenCountMap::AddKey(std::string_view key, TextHash hash, int32_t count, Text text) {
-  if (!m_index.HasRoomFor(m_entries.Size() + 1)) {
-    Grow();
-  }
+// Gives the offset of the key in the pool if it is new. putText() is called then, and puts it
+// there.
+template <class PutText>
+std::optional<uint32_t> TokenCountMap::AddKey(std::string_view key, TextHash hash, int32_t count,
+                                              PutText putText) {
+  Reserve(m_entries.Size() + 1);
   const size_t place = PlaceOf(key, hash.Bits());
   if (!m_index.IsFree(place)) {
     m_entries[m_index.At(place)].count += count;
-    return;
+    return std::nullopt;
   }
   if (m_limit != nullptr) {
     m_limit->TakeKey(key.size());
   }
   const auto number = static_cast<uint32_t>(m_entries.Size());
-  m_entries.Append({text(), static_cast<uint32_t>(key.size()), count, hash.Bits()});
+  const uint32_t offset = putText();
+  m_entries.Append({offset, static_cast<uint32_t>(key.size()), count, hash.Bits()});
   m_index.Set(place, number);
+  return offset;
+}
+
+std::optional<uint32_t> TokenCountMap::AddKey(std::string_view key, TextHash hash, int32_t count) {
+  return AddKey(key, hash, count, [&] { return m_pool.Add(key); });
 }
 
 void TokenCountMap::Add(std::string_view key, TextHash hash, int32_t count) {
-  AddKey(key, hash, count, [&] { return m_pool.Add(key); });
+  AddKey(key, hash, count);
 }
 
 void TokenCountMap::Add(std::string_view prefix, std::string_view key, int32_t count) {
@@ -135,27 +144,30 @@ void TokenCountMap::Insert(const TokenCountMap& other) {
 }
 
 void TokenCountMap::AddWordSequences(const WordList& words) {
-  SequenceText text(&m_pool, words.TextSize());
-  std::array<char, 2 * WordList::kLongestWord> outer;
+  // Most sequences are new.
+  Reserve(Size() + 3 * std::min(words.Size(), kMostReserved));
+  SequenceText text;
   for (const std::string_view word : words) {
     text.Append(word);
-    const auto& first = text.first;
-    const auto& second = text.second;
-    const auto& third = text.third;
-    const uint32_t pairLength = second.length + third.length;
-    const TextHash pair = second.hash.Joined(third.hash, third.length);
-    if (second.length != 0) {
-      AddKey({m_pool.At(second.offset), pairLength}, pair, kPairWeight,
-             [&] { return second.offset; });
+    const SequenceText::Word& first = text.first;
+    const SequenceText::Word& second = text.second;
+    const SequenceText::Word& third = text.third;
+    if (second.length == 0) {
+      continue;
     }
-    if (first.length != 0) {
-      const std::string_view triple(m_pool.At(first.offset), first.length + pairLength);
-      AddKey(triple, first.hash.Joined(pair, pairLength), kTripleWeight,
-             [&] { return first.offset; });
-      std::copy(word.begin(), word.end(), std::copy_n(triple.data(), first.length, outer.data()));
-      Add({outer.data(), first.length + third.length}, first.hash.Joined(third.hash, third.length),
-          kPairWeight);
+    const std::string_view pair(second.text, second.length + third.length);
+    const TextHash pairHash = second.hash.Joined(third.hash, third.length);
+    if (first.length == 0) {
+      AddKey(pair, pairHash, kPairWeight);
+      continue;
     }
+    const auto triple = AddKey({first.text, first.length + pair.size()},
+                               first.hash.Joined(pairHash, pair.size()), kTripleWeight);
+    AddKey(pair, pairHash, kPairWeight, [&] {
+      // The text of a new triple ends with that of the pair.
+      return triple ? *triple + static_cast<uint32_t>(first.length) : m_pool.Add(pair);
+    });
+    AddKey(text.Outer(), first.hash.Joined(third.hash, third.length), kPairWeight);
   }
 }
 
