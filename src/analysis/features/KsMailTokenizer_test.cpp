@@ -28,12 +28,12 @@ std::string TokensOf(std::string_view message) {
 // A class that looks at single bytes and says so.
 class ByteByByte : public KsMailTokenizer {
  public:
-  size_t bytes = 0;
+  size_t bytes = 0;  // of bodies
 
  protected:
   [[nodiscard]] bool WantsSingleBytes() const override { return true; }
   void OnBodyByte(uint8_t byte, bool inHeader, int level) override {
-    ++bytes;
+    bytes += inHeader ? 0 : 1;
     KsMailTokenizer::OnBodyByte(byte, inHeader, level);
   }
 };
@@ -313,6 +313,12 @@ TEST(KsMailTokenizer, ClearsWhatTheLastMessageLeft) {
   EXPECT_EQ(tokenizer.Parse(L"no such file", nullptr, nullptr), kFail);
 }
 
+TEST(KsMailTokenizer, AClassThatSaysSoSeesEachByteOfABody) {
+  ByteByByte bytewise;
+  Parse(&bytewise, "A: b\r\n\r\nbody");
+  EXPECT_EQ(bytewise.bytes, 4U);
+}
+
 TEST(KsMailTokenizer, RunsAndSingleBytesGiveTheSame) {
   const std::string message =
       "Subject: x =?u?q?y=41?=\r\nContent-Type: multipart/x; boundary=b\r\n\r\n--b\r\n"
@@ -324,7 +330,6 @@ TEST(KsMailTokenizer, RunsAndSingleBytesGiveTheSame) {
     ByteByByte bytewise;
     Parse(&runs, bytes);
     Parse(&bytewise, bytes);
-    EXPECT_EQ(bytewise.bytes > 0, !bytes.empty());
     EXPECT_EQ(Listed(runs.Tokens()), Listed(bytewise.Tokens()));
     ASSERT_EQ(runs.FingerprintCount(), bytewise.FingerprintCount());
     for (size_t i = 0; i < runs.FingerprintCount(); ++i) {
