@@ -8,8 +8,7 @@
 
 #include "settings/AddressLists.h"
 #include "support/ComPtr_win.h"
-#include "wizard/ClientGrid_win.h"
-#include "wizard/WizardFixture_win.h"
+#include "wizard/PrefillFixture_win.h"
 
 namespace postmarker::test {
 namespace {
@@ -17,19 +16,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr int kRunningText = 10033;
-constexpr int kProgressBar = 10041;
-constexpr int kStopButton = 10043;
-constexpr int kGridLabel = 10030;
-constexpr int kGrid = 10016;
-constexpr int kAddButton = 13033;
-constexpr int kRemoveButton = 13034;
-
 constexpr UINT kRangeMessage = 0x401;
 constexpr UINT kAdvanceMessage = 0x402;
-
-// How often the made-up client asks whether to stop.
-constexpr DWORD kPollMs = 30;
 
 // How long closing may take beyond the client's interval on a busy machine.
 constexpr DWORD kSlackMs = 700;
@@ -78,87 +66,7 @@ ComPtr<IGlobalInterfaceTable> OpenTable() {
   return table;
 }
 
-class PrefillPageTest : public WizardFixture {
- protected:
-  // From the start to the page, whose worker may still run.
-  std::unique_ptr<WizardSession> StartAtPrefill() {
-    auto session = StartAtFolders();
-    session->ClickItem(L"Inbox");
-    session->ClickButton(kNextButton);
-    session->WaitForPage(Page::kPrefill);
-    return session;
-  }
-  std::unique_ptr<WizardSession> StartAtAddresses(const AddressSet& addresses) {
-    m_clients.client.addresses = addresses;
-    auto session = StartAtPrefill();
-    session->WaitForAddresses();
-    return session;
-  }
-
-  // The client collects until it is told to stop, or until it is let go.
-  void CollectUntilStopped() {
-    m_clients.client.whileCollecting = [this](const ProgressCallbacks* callbacks) {
-      m_collecting = true;
-      while (callbacks->isCancelled(callbacks->handle) == 0 && !m_letGo) {
-        ::Sleep(kPollMs);
-      }
-      m_collecting = false;
-    };
-  }
-
-  void Finish(WizardSession& session) {
-    session.ClickButton(kNextButton);
-    session.WaitForPage(Page::kSettings);
-    session.ClickButton(kFinishButton);
-    session.Result();
-  }
-
-  static bool IsShown(const WizardSession& session, int control) {
-    return ::IsWindowVisible(session.Control(control)) != FALSE;
-  }
-  static LRESULT Ask(const WizardSession& session, int control, UINT message, WPARAM wParam = 0,
-                     LPARAM lParam = 0) {
-    return ::SendMessageW(session.Control(control), message, wParam, lParam);
-  }
-  static void SelectRow(const WizardSession& session, int row, bool selected = true) {
-    LVITEMW item = {};
-    item.stateMask = LVIS_SELECTED;
-    item.state = selected ? LVIS_SELECTED : 0;
-    Ask(session, kGrid, LVM_SETITEMSTATE, static_cast<WPARAM>(row),
-        reinterpret_cast<LPARAM>(&item));
-  }
-  // Gives a window of the sheet the focus, as the Tab key does.
-  static void FocusWindow(const WizardSession& session, HWND window) {
-    ::PostMessageW(session.CurrentPage(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(window), TRUE);
-    WizardSession::Require(
-        [&] {
-          GUITHREADINFO info = {};
-          info.cbSize = sizeof(info);
-          ::GetGUIThreadInfo(::GetWindowThreadProcessId(session.Sheet(), nullptr), &info);
-          return info.hwndFocus == window;
-        },
-        "the control has no focus");
-  }
-  static void Focus(const WizardSession& session, int control) {
-    FocusWindow(session, session.Control(control));
-  }
-  static bool IsEditOpen(const WizardSession& session) {
-    return ::FindWindowExW(session.AddressGrid(), nullptr, L"Edit", nullptr) != nullptr;
-  }
-  static void WaitForEdit(const WizardSession& session) {
-    WizardSession::Require([&] { return IsEditOpen(session); }, "no edit was opened");
-  }
-  static void Type(const WizardSession& session, const std::wstring& text) {
-    const HWND edit = ::FindWindowExW(session.AddressGrid(), nullptr, L"Edit", nullptr);
-    for (const wchar_t unit : text) {
-      ::PostMessageW(edit, WM_CHAR, unit, 1);
-    }
-    WizardSession::Require([&] { return TextOf(edit) == text; }, "the text did not arrive");
-  }
-
-  std::atomic<bool> m_collecting = false;
-  std::atomic<bool> m_letGo = false;
-};
+class PrefillPageTest : public PrefillFixture {};
 
 TEST_F(PrefillPageTest, AddressesAreSortedInLowerCaseWithoutDuplicates) {
   const auto session = StartAtAddresses({L"Ben@B.org", L"anna@b.org", L"BEN@b.org", L"zoe@a.org"});
@@ -367,150 +275,6 @@ TEST_F(PrefillPageTest, BarFollowsTheClient) {
   EXPECT_EQ(position(), 1);
   ::SendMessageW(page, kRangeMessage, 0, 70'000);
   EXPECT_EQ(range(), 70'000 - 65'536);
-}
-
-TEST_F(PrefillPageTest, NextWithAnOpenEditStays) {
-  const auto session = StartAtAddresses({L"anna@b.org"});
-  session->ClickControl(kAddButton);
-  WaitForEdit(*session);
-  ::SendMessageW(session->Sheet(), PSM_PRESSBUTTON, PSBTN_NEXT, 0);
-  EXPECT_TRUE(session->IsOn(Page::kPrefill));
-  EXPECT_TRUE(IsEditOpen(*session));
-}
-
-TEST_F(PrefillPageTest, KeptAddressesReachTheRequestAndTheWhitelist) {
-  const auto session = StartAtAddresses({L"Anna@b.org", L"ben@b.org"});
-  SelectRow(*session, 1);
-  session->ClickControl(kRemoveButton);
-  WizardSession::Require([&] { return session->Addresses().size() == 1; }, "nothing was removed");
-  Finish(*session);
-  EXPECT_THAT(m_request.prefillAddresses, ElementsAre(L"anna@b.org"));
-  EXPECT_TRUE(IsAddressWhitelisted(L"anna@b.org"));
-  EXPECT_FALSE(IsAddressWhitelisted(L"ben@b.org"));
-}
-
-TEST_F(PrefillPageTest, RemovingAllAddsNothingAndRemovesNothingFromAnEarlierWhitelist) {
-  AddAddressToWhitelist(L"anna@b.org", false);
-  m_request.prefillAddresses = {L"stale@b.org"};
-  const auto session = StartAtAddresses({L"anna@b.org", L"ben@b.org"});
-  SelectRow(*session, -1);
-  session->ClickControl(kRemoveButton);
-  WizardSession::Require([&] { return session->Addresses().empty(); }, "nothing was removed");
-  Finish(*session);
-  EXPECT_THAT(m_request.prefillAddresses, IsEmpty());
-  EXPECT_TRUE(IsAddressWhitelisted(L"anna@b.org"));
-  EXPECT_FALSE(IsAddressWhitelisted(L"ben@b.org"));
-  EXPECT_FALSE(IsAddressWhitelisted(L"stale@b.org"));
-}
-
-TEST_F(PrefillPageTest, RemoveIsOfferedOnlyWhileRowsAreSelected) {
-  const auto session = StartAtAddresses({L"anna@b.org", L"ben@b.org"});
-  const auto isOffered = [&] {
-    return ::IsWindowEnabled(session->Control(kRemoveButton)) != FALSE;
-  };
-  EXPECT_FALSE(isOffered());
-  SelectRow(*session, 0);
-  EXPECT_TRUE(isOffered());
-  SelectRow(*session, 0, false);
-  EXPECT_FALSE(isOffered());
-}
-
-TEST_F(PrefillPageTest, AddedAddressTakesItsSortedPlace) {
-  const auto session = StartAtAddresses({L"anna@b.org", L"zoe@b.org"});
-  session->ClickControl(kAddButton);
-  WaitForEdit(*session);
-  Type(*session, L"Mia@b.org");
-  ::PostMessageW(::FindWindowExW(session->AddressGrid(), nullptr, L"Edit", nullptr), WM_KEYDOWN,
-                 VK_RETURN, 1);
-  WizardSession::Require([&] { return !IsEditOpen(*session); }, "the edit stayed");
-  EXPECT_THAT(session->Addresses(), ElementsAre(L"anna@b.org", L"mia@b.org", L"zoe@b.org"));
-}
-
-TEST_F(PrefillPageTest, InsertAndDeleteKeysAddAndRemove) {
-  const auto session = StartAtAddresses({L"anna@b.org", L"ben@b.org"});
-  WizardSession::Require([&] { return session->IsButtonUsable(kNextButton); }, "no Next");
-  ::SetForegroundWindow(session->Sheet());
-  PressKey(VK_DOWN);
-  PressKey(VK_HOME);
-  WizardSession::Require([&] { return Ask(*session, kGrid, LVM_GETSELECTEDCOUNT) == 1; },
-                         "no row is selected");
-  PressKey(VK_DELETE);
-  WizardSession::Require([&] { return session->Addresses().size() == 1; }, "nothing was removed");
-  EXPECT_THAT(session->Addresses(), ElementsAre(L"ben@b.org"));
-  PressKey(VK_INSERT);
-  WaitForEdit(*session);
-  EXPECT_EQ(Ask(*session, kGrid, LVM_GETITEMCOUNT), 2);
-  // Within an edit the two keys are the edit's own.
-  PressKey(VK_DELETE);
-  PressKey(VK_INSERT);
-  PressKey(VK_ESCAPE);
-  WizardSession::Require([&] { return !IsEditOpen(*session); }, "the edit stayed");
-  EXPECT_THAT(session->Addresses(), ElementsAre(L"ben@b.org"));
-}
-
-TEST_F(PrefillPageTest, InsertAndDeleteKeysWorkWhicheverControlHasTheFocus) {
-  const auto session = StartAtAddresses({L"anna@b.org", L"ben@b.org", L"carl@b.org"});
-  WizardSession::Require([&] { return session->IsButtonUsable(kNextButton); }, "no Next");
-  ::SetForegroundWindow(session->Sheet());
-  size_t rows = 3;
-  for (const int control : {kAddButton, kRemoveButton}) {
-    SelectRow(*session, -1, false);
-    SelectRow(*session, 0);
-    Focus(*session, control);
-    PressKey(VK_DELETE);
-    --rows;
-    EXPECT_TRUE(WaitUntil([&] { return session->Addresses().size() == rows; })) << control;
-    SelectRow(*session, 0);
-    Focus(*session, control);
-    PressKey(VK_INSERT);
-    WaitForEdit(*session);
-    PressKey(VK_ESCAPE);
-    WizardSession::Require([&] { return !IsEditOpen(*session); }, "the edit stayed");
-  }
-  EXPECT_THAT(session->Addresses(), ElementsAre(L"carl@b.org"));
-}
-
-TEST_F(PrefillPageTest, KeysOfOtherCommandsAndOfTheSheetsButtonsRemoveNothing) {
-  const auto session = StartAtAddresses({L"anna@b.org"});
-  WizardSession::Require([&] { return session->IsButtonUsable(kNextButton); }, "no Next");
-  ::SetForegroundWindow(session->Sheet());
-  SelectRow(*session, 0);
-  Focus(*session, kAddButton);
-  PressKey(VK_DELETE, {VK_SHIFT});
-  PressKey(VK_INSERT, {VK_CONTROL});
-  FocusWindow(*session, session->Button(kNextButton));
-  PressKey(VK_DELETE);
-  PressKey(VK_INSERT);
-  // A key that does something, behind which the others must have come through.
-  PressKey(VK_RETURN);
-  session->WaitForPage(Page::kSettings);
-  EXPECT_THAT(m_request.prefillAddresses, ElementsAre(L"anna@b.org"));
-}
-
-TEST_F(PrefillPageTest, InsertWhileAddressesAreReadOpensNoRow) {
-  CollectUntilStopped();
-  const auto session = StartAtPrefill();
-  ::SetForegroundWindow(session->Sheet());
-  Focus(*session, kStopButton);
-  PressKey(VK_INSERT);
-  PressKey(VK_SPACE);
-  session->WaitForAddresses();
-  EXPECT_FALSE(IsEditOpen(*session));
-  EXPECT_EQ(Ask(*session, kGrid, LVM_GETITEMCOUNT), 0);
-}
-
-TEST_F(PrefillPageTest, ComingBackShowsTheGridAsItWasLeftAndReadsNothingAgain) {
-  const auto session = StartAtAddresses({L"anna@b.org", L"ben@b.org"});
-  SelectRow(*session, 0);
-  session->ClickControl(kRemoveButton);
-  WizardSession::Require([&] { return session->Addresses().size() == 1; }, "nothing was removed");
-  session->ClickButton(kNextButton);
-  session->WaitForPage(Page::kSettings);
-  session->ClickButton(kBackButton);
-  session->WaitForAddresses();
-  EXPECT_THAT(session->Addresses(), ElementsAre(L"ben@b.org"));
-  EXPECT_EQ(m_clients.client.collections, 1);
-  EXPECT_TRUE(WaitUntil([&] { return session->IsButtonUsable(kNextButton); }));
 }
 
 TEST_F(PrefillPageTest, ThousandsOfAddressesAllArriveInOrder) {
