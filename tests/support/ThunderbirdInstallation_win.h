@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include <tlhelp32.h>
+
 #include <chrono>
 #include <filesystem>
 #include <stdexcept>
@@ -123,6 +125,20 @@ class ThunderbirdInstallation {
   [[nodiscard]] bool IsRunning() const {
     const std::vector<DWORD> processes = Processes();
     return std::any_of(processes.begin(), processes.end(), registry_detail::IsRunning);
+  }
+
+  // Whether any process of that name was started, as the system tells at once; its journal comes
+  // later.
+  static bool HasProcess() {
+    const KernelHandle processes(::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    PROCESSENTRY32W entry = {};
+    entry.dwSize = sizeof(entry);
+    bool isFound = false;
+    for (BOOL more = ::Process32FirstW(processes.Get(), &entry); more && !isFound;
+         more = ::Process32NextW(processes.Get(), &entry)) {
+      isFound = ::_wcsicmp(entry.szExeFile, L"thunderbird.exe") == 0;
+    }
+    return isFound;
   }
 
   // Ends all of it from outside.

@@ -191,8 +191,17 @@ TEST_F(ThunderbirdHarvestTest, StoppedBeforeItBeginsAnOperationStartsNoClient) {
   MailFolderList folders;
   ThunderbirdAdapter().ListFolders(session, &folders);
   EXPECT_EQ(ThunderbirdAdapter().HarvestAddresses(session, &m_addresses), kOk);
-  EXPECT_EQ(Client().Count(L"window shown"), 0);
-  EXPECT_FALSE(Client().IsRunning());
+  EXPECT_FALSE(Client().HasProcess());
+}
+
+TEST_F(ThunderbirdHarvestTest, StoppedWhileItLooksForARunningClientAnOperationStartsNone) {
+  End();
+  int asked = 0;
+  ClientSession session;
+  session.stop = [&] { return ++asked > 1; };
+  EXPECT_EQ(ThunderbirdAdapter().HarvestAddresses(session, &m_addresses), kOk);
+  EXPECT_GT(asked, 1);
+  EXPECT_FALSE(Client().HasProcess());
 }
 
 // The real limits: each silent command of each operation ends after 20 s, all of them side by side.
