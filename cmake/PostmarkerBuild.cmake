@@ -108,7 +108,7 @@ function(pm_test name)
   target_link_options(${name} PRIVATE ${PM_QUICK_LINK})
   target_precompile_headers(${name} REUSE_FROM pm_test_headers)
   if(NOT ARG_TIMEOUT)
-    set(ARG_TIMEOUT 120)
+    set(ARG_TIMEOUT 300)
   endif()
   # A Windows program takes a path without a drive for a relative one.
   set(report ${CMAKE_BINARY_DIR}/reports/${name}.json)

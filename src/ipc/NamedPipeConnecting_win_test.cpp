@@ -12,6 +12,7 @@
 #include "ipc/ObjectSecurity_win.h"
 #include "ipc/PipeOwner_win.h"
 #include "support/NamedPipeFixture_win.h"
+#include "support/ProcessResources_win.h"
 
 namespace postmarker {
 namespace {
@@ -186,14 +187,11 @@ TEST_F(NamedPipeConnectingTest, ShutdownGivesEverythingBack) {
     EXPECT_TRUE(client.Open());
   };
   cycle();
-  DWORD before = 0;
-  DWORD after = 0;
-  ::GetProcessHandleCount(::GetCurrentProcess(), &before);
+  const size_t before = test::HandleCount();
   for (int i = 0; i < 5; ++i) {
     cycle();
   }
-  ::GetProcessHandleCount(::GetCurrentProcess(), &after);
-  EXPECT_EQ(before, after);
+  EXPECT_EQ(test::HandleCount(), before);
 }
 
 // A client that takes the pipe's server for another user's.

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "support/MappedFile.h"
+#include "support/ProcessResources_win.h"
 
 namespace postmarker {
 namespace {
@@ -66,16 +67,13 @@ TEST(MappedFileHeldByAClient, LeavesNoHandleBehind) {
   const std::wstring path = TemporaryFile();
   WriteBytes(OpenForWriting(path, 0), "x");
   { const MappedFile warmUp(path, 1); }
-  DWORD before = 0;
-  DWORD after = 0;
-  ASSERT_TRUE(::GetProcessHandleCount(::GetCurrentProcess(), &before));
+  const size_t before = test::HandleCount();
   for (int i = 0; i < 100; ++i) {
     const MappedFile file(path, 1);
     const MappedFile missing(path + L".missing", 1);
     ASSERT_EQ(file.Status(), kOk);
   }
-  ASSERT_TRUE(::GetProcessHandleCount(::GetCurrentProcess(), &after));
-  EXPECT_EQ(after, before);
+  EXPECT_EQ(test::HandleCount(), before);
   EXPECT_TRUE(::DeleteFileW(path.c_str()));
 }
 

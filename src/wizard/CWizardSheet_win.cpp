@@ -38,6 +38,7 @@ WizardRequest EmptyRequest() {
 const MessageEntry CWizardSheet::kEntries[] = {
     OnMessage(WM_NCCREATE, &CWizardSheet::HandleNcCreate),
     OnMessage(WM_DESTROY, &CWizardSheet::HandleDestroy),
+    OnMessage(kHelpLinkMessage, &CWizardSheet::HandleHelpLink),
     OnMessage(WM_CTLCOLORDLG, &CWizardSheet::HandleColor),
     OnMessage(WM_CTLCOLORBTN, &CWizardSheet::HandleColor),
     OnMessage(WM_CTLCOLOREDIT, &CWizardSheet::HandleColor),
@@ -222,6 +223,12 @@ void CWizardSheet::SetHelpLink(int number, const wchar_t* topic) {
                             reinterpret_cast<LPARAM>(MakeBstr(topic).Release()));
   }
   ::SetPropW(Handle(), kHelpLinkProperty, reinterpret_cast<HANDLE>(answer));
+}
+
+LRESULT CWizardSheet::HandleHelpLink(const MessageArgs& args) {
+  // A sheet without an owner is its own root owner, and gets the topic itself.
+  const Bstr topic(reinterpret_cast<BSTR>(args.lParam));
+  return 0;
 }
 
 LRESULT CWizardSheet::HandleDestroy(const MessageArgs& args) {

@@ -73,6 +73,7 @@ class CWizardSheet : public CPropertySheet, public WizardServices {
  private:
   LRESULT HandleNcCreate(const MessageArgs& args);
   LRESULT HandleDestroy(const MessageArgs& args);
+  LRESULT HandleHelpLink(const MessageArgs& args);
   LRESULT HandleColor(const MessageArgs& args);
 
   void AddPages();

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "controls/LabelFixture_win.h"
+#include "support/ProcessResources_win.h"
 #include "support/Text.h"
 
 namespace postmarker::test {
@@ -186,14 +187,14 @@ TEST_F(CXHTMLStaticTest, FreesAllThatItDrawsWith) {
   Show(text);
   const LabelPicture first(m_label.Handle());
   ::UpdateWindow(m_label.Handle());
-  const DWORD before = ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS);
+  const auto before = GdiObjectCount();
   for (int i = 0; i < 50; ++i) {
     m_label.SetText(text);
     ::UpdateWindow(m_label.Handle());
     const LabelPicture again(m_label.Handle());
     EXPECT_EQ(again.Pixels(), first.Pixels());
   }
-  EXPECT_LE(::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS), before);
+  EXPECT_EQ(GdiObjectCount(), before);
 }
 
 TEST_F(CXHTMLStaticTest, ShowsTheHandOverLinks) {

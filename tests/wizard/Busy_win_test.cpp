@@ -1,8 +1,8 @@
 #include <windows.h>
 
 #include <gmock/gmock.h>
-#include <psapi.h>
 
+#include "support/ProcessResources_win.h"
 #include "ui/CWaitCursor.h"
 #include "wizard/WizardFixture_win.h"
 
@@ -15,6 +15,8 @@ class BusyTest : public WizardFixture {
   static bool IsWaitCursorHere() { return ::GetCursor() == WaitCursor(); }
 
   // The cursor that a window's thread shows after the pointer has moved over the window.
+  // What moves or appears under the pointer can take the cursor away again at once, so a wait
+  // cursor is waited for.
   static bool ShowsWaitCursor(HWND window) {
     const DWORD thread = ::GetWindowThreadProcessId(window, nullptr);
     ::SendMessageW(window, WM_SETCURSOR, reinterpret_cast<WPARAM>(window),
@@ -96,7 +98,7 @@ TEST_F(BusyTest, PageShowsTheWaitCursorWhileTheWorkerReads) {
   session.ClickButton(kNextButton);
   session.WaitForPage(Page::kFolders);
   EXPECT_TRUE(WaitUntil([&] { return isReading.load(); }));
-  EXPECT_TRUE(ShowsWaitCursor(session.CurrentPage()));
+  EXPECT_TRUE(WaitUntil([&] { return ShowsWaitCursor(session.CurrentPage()); }));
   EXPECT_FALSE(ShowsWaitCursor(session.Sheet())) << "the sheet can still be cancelled";
   go = true;
   session.WaitForTree();
@@ -121,7 +123,7 @@ TEST_F(BusyTest, SheetTakesNoInputWhileTheNoticeOfFinishIsUp) {
   session->ClickButton(kFinishButton);
   ASSERT_TRUE(WaitUntil([&] { return Boxes(*session).size() == 1; }));
   EXPECT_FALSE(::IsWindowEnabled(session->Sheet()));
-  EXPECT_TRUE(ShowsWaitCursor(session->Sheet()));
+  EXPECT_TRUE(WaitUntil([&] { return ShowsWaitCursor(session->Sheet()); }));
   PressEverything(*session);
   const auto boxes = Boxes(*session);
   ASSERT_EQ(boxes.size(), 1U) << "Finish ran once more within itself";
@@ -140,19 +142,12 @@ TEST_F(BusyTest, SheetTakesNoInputWhileCancelWaitsForTheClient) {
   EXPECT_TRUE(WaitUntil([&] { return !::IsWindowEnabled(session->Sheet()); },
                         std::chrono::milliseconds(2000)))
       << "the sheet was not disabled";
-  EXPECT_TRUE(ShowsWaitCursor(session->Sheet()));
+  EXPECT_TRUE(WaitUntil([&] { return ShowsWaitCursor(session->Sheet()); }));
   PressEverything(*session);
   EXPECT_TRUE(session->IsOn(Page::kPrefill));
   m_letGo = true;
   EXPECT_EQ(session->Result(), IDCANCEL);
   EXPECT_EQ(m_clients.client.collections, 1);
-}
-
-// What the process holds of memory of its own.
-SIZE_T PrivateBytes() {
-  PROCESS_MEMORY_COUNTERS counters = {};
-  ::GetProcessMemoryInfo(::GetCurrentProcess(), &counters, sizeof(counters));
-  return counters.PagefileUsage;
 }
 
 // The sheet's thread is stopped while the worker posts, and what closes it comes before what was
@@ -179,12 +174,11 @@ TEST_F(BusyTest, AddressesThatNobodyReadsAreFreedWithThePage) {
     EXPECT_EQ(session->Result(), IDCANCEL);
   };
   runOnce();
-  const SIZE_T before = PrivateBytes();
-  ASSERT_GT(before, 0U);
+  const size_t before = HeapBytes();
   for (int i = 0; i < 4; ++i) {
     runOnce();
   }
-  EXPECT_LT(PrivateBytes(), before + 2 * bytes) << "of " << 4 * bytes << " bytes posted";
+  EXPECT_LT(HeapBytes(), before + 2 * bytes) << "of " << 4 * bytes << " bytes posted";
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "support/Handles_win.h"
 #include "support/ImInstallation_win.h"
+#include "support/ProcessResources_win.h"
 #include "support/TempFolder.h"
 #include "support/Text.h"
 
@@ -102,12 +103,9 @@ TEST_F(ImClientWindowsTest, WalkEndsAndKeepsNoHandle) {
   std::filesystem::copy(test::TestProgramFolder() / "incmail.exe", program);
   const RunningClient client(program.wstring(), L"Afx:400000" + m_suffix, 3);
   LocateClientFolderTree();
-  DWORD before = 0;
-  DWORD after = 0;
-  ::GetProcessHandleCount(::GetCurrentProcess(), &before);
+  const size_t before = test::HandleCount();
   LocateClientFolderTree();
-  ::GetProcessHandleCount(::GetCurrentProcess(), &after);
-  EXPECT_EQ(before, after);
+  EXPECT_EQ(test::HandleCount(), before);
   EXPECT_TRUE(::IsWindow(client.Window()));
 }
 
