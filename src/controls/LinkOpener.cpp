@@ -18,15 +18,24 @@ std::wstring WithoutQuotes(std::wstring_view text) {
   return std::wstring(TrimWhiteSpace(free));
 }
 
-// The target as one argument of a command line: in quotes if it has blanks. It must have no quotes,
-// with which a text could smuggle in more arguments.
-std::wstring Argument(const std::wstring& target) {
-  if (target.find_first_of(L" \t") == std::wstring::npos) {
+// Does a place of a command line lie inside of quotes?
+bool IsQuoted(const std::wstring& command, size_t place) {
+  return std::count(command.begin(), command.begin() + static_cast<ptrdiff_t>(place), L'"') % 2 !=
+         0;
+}
+
+// The target as a part of one argument of a command line, at its place there: in quotes if it has
+// blanks, unless there are quotes around the place already. It must have no quotes, with which a
+// text could smuggle in more arguments.
+std::wstring Argument(const std::wstring& target, const std::wstring& command, size_t place) {
+  const bool isQuoted = IsQuoted(command, place);
+  if (!isQuoted && target.find_first_of(L" \t") == std::wstring::npos) {
     return target;
   }
   // Backslashes before a closing quote count double.
   const size_t last = target.find_last_not_of(L'\\');
-  return L'"' + target + std::wstring(target.size() - last - 1, L'\\') + L'"';
+  const std::wstring text = target + std::wstring(target.size() - last - 1, L'\\');
+  return isQuoted ? text : L'"' + text + L'"';
 }
 
 // Where the command takes its argument, with the quotes around it: length 0 and the end if nowhere.
@@ -48,13 +57,14 @@ Placeholder FindPlaceholder(const std::wstring& command) {
 // The command with the target in the place of its argument, or at its end.
 std::wstring BrowserCommand(std::wstring command, const std::wstring& target) {
   const Placeholder place = FindPlaceholder(command);
-  const std::wstring argument = Argument(target);
+  const std::wstring argument = Argument(target, command, place.begin);
   return command.replace(place.begin, place.length, place.length != 0 ? argument : L' ' + argument);
 }
 
 // The command up to its argument, a blank and the target.
 std::wstring CutCommand(const std::wstring& command, const std::wstring& target) {
-  return command.substr(0, FindPlaceholder(command).begin) + L' ' + Argument(target);
+  const size_t end = FindPlaceholder(command).begin;
+  return command.substr(0, end) + L' ' + Argument(target, command, end);
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ class LinkShell {
 std::optional<std::wstring> AppCommandName(std::wstring_view target);
 
 // Opens a target: by the default browser, else by the shell, else by the program for ".htm" files.
-// The target is one argument, whatever is in it; its double quotes are dropped. False if nothing
+// The target never becomes more than one argument; its double quotes are dropped. False if nothing
 // opens it, or if it is empty.
 bool OpenTarget(std::wstring_view target, LinkShell* shell);
 

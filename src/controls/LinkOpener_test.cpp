@@ -114,6 +114,21 @@ TEST_F(OpenTargetTest, PassesATargetWithBlanksAsOneArgument) {
                           L"start b.exe \"C:\\some folder\\\\\"", L"start b.exe \"C:\\a b.htm\""));
 }
 
+TEST_F(OpenTargetTest, LeavesATargetInsideOfTheBrowsersOwnQuotes) {
+  m_shell.classes[kBrowserKey] = L"b.exe \"-url=%1\" -x";
+  EXPECT_TRUE(Open(L"C:\\some folder\\"));
+  EXPECT_TRUE(Open(L"C:\\folder\\"));
+  m_shell.startResults = {false};
+  m_shell.verbResult = false;
+  m_shell.classes[L".htm"] = L"page";
+  m_shell.classes[L"page\\shell\\open\\command"] = L"v.exe \"-u=%1\"";
+  EXPECT_TRUE(Open(L"a b"));
+  EXPECT_THAT(m_shell.actions,
+              ElementsAre(L"start b.exe \"-url=C:\\some folder\\\\\" -x",
+                          L"start b.exe \"-url=C:\\folder\\\\\" -x", L"start b.exe \"-url=a b\" -x",
+                          L"open a b", L"start v.exe \"-u= a b"));
+}
+
 TEST(AppCommandName, IsWhatFollowsTheSchemeIgnoringCaseAndQuotes) {
   EXPECT_EQ(AppCommandName(L"APP:close"), L"close");
   EXPECT_EQ(AppCommandName(L"app:Close"), L"Close");
