@@ -15,11 +15,6 @@ POINT ScreenPoint(HWND window, POINT point) {
   return point;
 }
 
-POINT PointOf(LPARAM lParam) {
-  // Either can be negative.
-  return {static_cast<SHORT>(LOWORD(lParam)), static_cast<SHORT>(HIWORD(lParam))};
-}
-
 }  // namespace
 
 // The number of the link at a point of the client area.
@@ -75,7 +70,7 @@ LRESULT CXHTMLStatic::HandleCursor(const MessageArgs& args) {
 }
 
 LRESULT CXHTMLStatic::HandleMouseMove(const MessageArgs& args) {
-  m_overLink = VisibleLinkAt(PointOf(args.lParam)) != kNone;
+  m_overLink = VisibleLinkAt(PointOf(args)) != kNone;
   if (m_overLink) {
     ::SetCursor(m_linkCursor);
   }
@@ -83,7 +78,7 @@ LRESULT CXHTMLStatic::HandleMouseMove(const MessageArgs& args) {
 }
 
 LRESULT CXHTMLStatic::HandleButtonDown(const MessageArgs& args) {
-  const POINT point = PointOf(args.lParam);
+  const POINT point = PointOf(args);
   m_pressedLink = VisibleLinkAt(point);
   if (m_pressedLink != kNone) {
     MoveFocus(m_pressedLink);
@@ -106,7 +101,7 @@ LRESULT CXHTMLStatic::HandleButtonUp(const MessageArgs& args) {
   if (::GetCapture() == Handle()) {
     ::ReleaseCapture();
   }
-  if (pressed != kNone && VisibleLinkAt(PointOf(args.lParam)) == pressed) {
+  if (pressed != kNone && VisibleLinkAt(PointOf(args)) == pressed) {
     OpenVisibleLink(pressed);
   }
   return 0;
@@ -128,10 +123,8 @@ bool CXHTMLStatic::WantsKey(const MSG& message) {
   return (message.wParam == VK_RETURN || message.wParam == VK_SPACE) && m_focusedLink != kNone;
 }
 
+// Not as a static text, in which the dialog would take each "&" for a shortcut.
 LRESULT CXHTMLStatic::HandleDialogCode(const MessageArgs& args) {
-  if (VisibleLinks().empty()) {
-    return Default(args);
-  }
   const auto* const message = reinterpret_cast<const MSG*>(args.lParam);
   return message != nullptr && WantsKey(*message) ? DLGC_WANTMESSAGE : 0;
 }
@@ -177,23 +170,31 @@ LRESULT CXHTMLStatic::HandleKillFocus(const MessageArgs& args) {
   return 0;
 }
 
+// Another dialog may have opened over the label's own since this was posted.
 LRESULT CXHTMLStatic::HandleOpenLink(const MessageArgs& args) {
-  OpenVisibleLink(args.wParam);
+  if (TakesInput()) {
+    OpenVisibleLink(args.wParam);
+  }
   return 0;
+}
+
+// A window whose dialog is disabled does not know of it itself.
+bool CXHTMLStatic::TakesInput() const {
+  return ::IsWindowEnabled(Handle()) && ::IsWindowEnabled(::GetAncestor(Handle(), GA_ROOT));
 }
 
 int CXHTMLStatic::LinkCount() {
   return static_cast<int>(VisibleLinks().size());
 }
 
-bool CXHTMLStatic::ReadLinkFacts(int link, LinkFacts* facts) {
+bool CXHTMLStatic::ReadLinkFacts(int link, ItemFacts* facts) {
   const auto number = static_cast<size_t>(link);
   if (link < 0 || number >= VisibleLinks().size()) {
     return false;
   }
   const LabelLink& read = Links()[m_visibleLinks[number]];
   facts->name = read.name;
-  facts->target = read.target;
+  facts->value = read.target;
   facts->place = {};
   for (const LabelLinkPlace& place : LinkPlaces()) {
     if (place.link == m_visibleLinks[number]) {
@@ -202,7 +203,7 @@ bool CXHTMLStatic::ReadLinkFacts(int link, LinkFacts* facts) {
     }
   }
   ::MapWindowPoints(Handle(), nullptr, reinterpret_cast<POINT*>(&facts->place), 2);
-  facts->enabled = ::IsWindowEnabled(Handle()) != FALSE;
+  facts->enabled = TakesInput();
   facts->focused = ::GetFocus() == Handle() && m_focusedLink == number;
   return true;
 }

@@ -85,7 +85,7 @@ class CXHTMLStatic : public CStatic, public LinkSource {
 
   [[nodiscard]] std::wstring PlainText() override { return LabelPlainText(Markup()); }
   [[nodiscard]] int LinkCount() override;
-  bool ReadLinkFacts(int link, LinkFacts* facts) override;
+  bool ReadLinkFacts(int link, ItemFacts* facts) override;
   [[nodiscard]] int LinkFromPoint(POINT point) override;
   void FocusLink(int link) override;
   void OpenLinkLater(int link) override;
@@ -104,6 +104,7 @@ class CXHTMLStatic : public CStatic, public LinkSource {
   size_t VisibleLinkAt(POINT point);
   void MoveFocus(size_t link);
   [[nodiscard]] size_t NextLink(bool backward);
+  [[nodiscard]] bool TakesInput() const;
   void OpenVisibleLink(size_t link);
   bool WantsKey(const MSG& message);
 

@@ -320,7 +320,7 @@ LRESULT KsImageGridCtrl::OnDestroy(const MessageArgs& args) {
   return CGridCtrl::OnDestroy(args);
 }
 
-bool KsImageGridCtrl::ReadTileFacts(int tile, TileFacts* facts) const {
+bool KsImageGridCtrl::ReadTileFacts(int tile, ItemFacts* facts) const {
   Tile read;
   if (!ReadTile(tile, &read)) {
     return false;

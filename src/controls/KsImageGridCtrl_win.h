@@ -84,7 +84,7 @@ class KsImageGridCtrl : public CGridCtrl, public TileSource {
 
   LRESULT HandleGetObject(const MessageArgs& args);
   [[nodiscard]] int TileCount() const override { return EntryCount(); }
-  bool ReadTileFacts(int tile, TileFacts* facts) const override;
+  bool ReadTileFacts(int tile, ItemFacts* facts) const override;
   void ChooseTile(int tile) override;
 
   [[nodiscard]] bool ReadTile(int entry, Tile* tile) const;

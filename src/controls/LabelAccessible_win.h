@@ -8,18 +8,10 @@
 
 #include <string>
 
+#include "controls/ItemsAccessible_win.h"
 #include "support/ComPtr_win.h"
 
 namespace postmarker {
-
-// What there is to tell of one link.
-struct LinkFacts {
-  std::wstring name;
-  std::wstring target;
-  RECT place = {};  // around all its rectangles, on the screen
-  bool enabled = true;
-  bool focused = false;
-};
 
 // A window object that shows links, which count from 0. Asked on the window's thread.
 class LinkSource {
@@ -27,8 +19,9 @@ class LinkSource {
   // The text without its markup.
   [[nodiscard]] virtual std::wstring PlainText() = 0;
   [[nodiscard]] virtual int LinkCount() = 0;
-  // False for a number without a link.
-  virtual bool ReadLinkFacts(int link, LinkFacts* facts) = 0;
+  // False for a number without a link. The value is the target; the place goes around all of the
+  // link's rectangles. A link of a window that takes no input is not enabled.
+  virtual bool ReadLinkFacts(int link, ItemFacts* facts) = 0;
   // The link at a point on the screen, or -1.
   [[nodiscard]] virtual int LinkFromPoint(POINT point) = 0;
   // Both do it in the person's name, for a number with a link. The link opens after the call, as it

@@ -8,18 +8,10 @@
 
 #include <string>
 
+#include "controls/ItemsAccessible_win.h"
 #include "support/ComPtr_win.h"
 
 namespace postmarker {
-
-// What there is to tell of one tile.
-struct TileFacts {
-  std::wstring name;
-  RECT place = {};  // on the screen
-  bool enabled = true;
-  bool selected = false;
-  bool focused = false;
-};
 
 // A window object that shows tiles. Asked on the window's thread.
 class TileSource {
@@ -27,7 +19,7 @@ class TileSource {
   // The number of tiles; they count from 0.
   [[nodiscard]] virtual int TileCount() const = 0;
   // False for a number without a tile.
-  virtual bool ReadTileFacts(int tile, TileFacts* facts) const = 0;
+  virtual bool ReadTileFacts(int tile, ItemFacts* facts) const = 0;
   // Selects a tile in the person's name.
   virtual void ChooseTile(int tile) = 0;
 

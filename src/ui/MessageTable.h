@@ -16,6 +16,11 @@ struct MessageArgs {
   LPARAM lParam;
 };
 
+// The point that a message of the mouse carries. Either coordinate can be negative.
+inline POINT PointOf(const MessageArgs& args) {
+  return {static_cast<SHORT>(LOWORD(args.lParam)), static_cast<SHORT>(HIWORD(args.lParam))};
+}
+
 using MessageHandler = LRESULT (CWnd::*)(const MessageArgs& args);
 
 enum class MessageKind { kMessage, kCommand, kNotify };

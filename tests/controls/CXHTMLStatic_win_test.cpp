@@ -370,6 +370,21 @@ TEST_F(LabelKeysTest, PassesALabelWithoutLinks) {
   EXPECT_EQ(::GetFocus(), m_after);
 }
 
+// Each "&" would be a shortcut to the control after the label, as it is in other static texts.
+TEST_F(LabelKeysTest, HasNoShortcutsThoughItsTextHasEntities) {
+  Show(L"&copy; by us");
+  ::SetFocus(m_before);
+  MSG message = {};
+  message.hwnd = m_before;
+  message.message = WM_SYSCHAR;
+  message.wParam = L'c';
+  message.lParam = 0x20000001;  // with Alt
+  ::IsDialogMessageW(m_parent.Handle(), &message);
+  Pump();
+  EXPECT_EQ(m_parent.shortcuts, 0);
+  EXPECT_EQ(::GetFocus(), m_before);
+}
+
 TEST_F(LabelKeysTest, OpensTheFocusedLinkByEnterAndByTheBlank) {
   Show(kThreeLinks);
   ::SetFocus(m_before);

@@ -140,6 +140,21 @@ TEST_F(LabelAccessibilityTest, FocusesAndOpensLinksOnRequest) {
   EXPECT_EQ(m_accessible->accSelect(SELFLAG_TAKEFOCUS, NumberVariant(3)), E_INVALIDARG);
 }
 
+TEST_F(LabelAccessibilityTest, OpensNothingWhileItsDialogTakesNoInput) {
+  ASSERT_TRUE(m_accessible);
+  EXPECT_EQ(m_accessible->accDoDefaultAction(NumberVariant(1)), S_OK);
+  ::EnableWindow(m_parent.Handle(), FALSE);
+  Pump();
+  EXPECT_THAT(m_shell.actions, IsEmpty()) << "a link opened that was asked for before";
+  EXPECT_NE(State(1) & STATE_SYSTEM_UNAVAILABLE, 0);
+  EXPECT_EQ(m_accessible->accDoDefaultAction(NumberVariant(1)), DISP_E_MEMBERNOTFOUND);
+  ::EnableWindow(m_parent.Handle(), TRUE);
+  ::EnableWindow(m_label.Handle(), FALSE);
+  EXPECT_EQ(m_accessible->accDoDefaultAction(NumberVariant(1)), DISP_E_MEMBERNOTFOUND);
+  Pump();
+  EXPECT_THAT(m_shell.actions, IsEmpty());
+}
+
 TEST_F(LabelAccessibilityTest, MayOutliveTheLabel) {
   ASSERT_TRUE(m_accessible);
   ::DestroyWindow(m_label.Handle());

@@ -20,6 +20,7 @@ HWND MakeButton(HWND parent, int id, int top) {
 const MessageEntry LabelParent::kEntries[] = {
     OnMessage(WM_NCLBUTTONDOWN, &LabelParent::HandleDrag),
     OnMessage(kCommand, &LabelParent::HandleAppCommand),
+    OnMessage(WM_NEXTDLGCTL, &LabelParent::HandleNextControl),
     OnCommand(IDOK, &LabelParent::HandleButton),
 };
 const MessageTable LabelParent::kMessages = {&CWnd::kMessages, LabelParent::kEntries};
@@ -36,6 +37,11 @@ LRESULT LabelParent::HandleAppCommand(const MessageArgs& args) {
 
 LRESULT LabelParent::HandleButton(const MessageArgs& /*args*/) {
   ++pressedButtons;
+  return 0;
+}
+
+LRESULT LabelParent::HandleNextControl(const MessageArgs& /*args*/) {
+  ++shortcuts;
   return 0;
 }
 

@@ -24,6 +24,7 @@ class LabelParent : public CWnd {
   std::vector<std::pair<WPARAM, LPARAM>> drags;     // WM_NCLBUTTONDOWN
   std::vector<std::pair<WPARAM, LPARAM>> commands;  // kCommand
   int pressedButtons = 0;                           // WM_COMMAND of the default button
+  int shortcuts = 0;  // WM_NEXTDLGCTL, by which the keyboard's loop moves the focus for a shortcut
 
  protected:
   [[nodiscard]] const MessageTable* Messages() const override { return &kMessages; }
@@ -34,6 +35,7 @@ class LabelParent : public CWnd {
   LRESULT HandleDrag(const MessageArgs& args);
   LRESULT HandleAppCommand(const MessageArgs& args);
   LRESULT HandleButton(const MessageArgs& args);
+  LRESULT HandleNextControl(const MessageArgs& args);
 };
 
 // What a label looks like.
