@@ -121,6 +121,82 @@ TEST(ParseLabel, KeepsUnclosedTagsToTheEnd) {
   EXPECT_EQ(Outline(L"a<B>b<A HREF=t>c<SUP>d"), "[:a][b:b][ba:c][b^a:d]");
 }
 
+// Tags that come in pairs, and what Outline shows for one that is open.
+struct PairOfTags {
+  const wchar_t* name;
+  const char* one;
+  const char* two;  // for two of them
+};
+
+constexpr PairOfTags kPairsOfTags[] = {
+    {L"B", "b", "b"},       {L"I", "i", "i"},
+    {L"U", "u", "u"},       {L"STRIKE", "s", "s"},
+    {L"SUB", "_", "_"},     {L"SUP", "^", "^"},
+    {L"SPACING", "1", "2"}, {L"BIG", "+2", "+4"},
+    {L"SMALL", "-2", "-4"}, {L"CODE", "(Courier New)", "(Courier New)"},
+    {L"FONT", "", ""},      {L"JUSTIFY", "j", "j"},
+};
+
+class PairOfTagsTest : public testing::TestWithParam<PairOfTags> {
+ protected:
+  // A text in which "<>" stands for the opening tag and "</>" for the closing one.
+  [[nodiscard]] static std::string Read(std::wstring text) {
+    const std::wstring name = GetParam().name;
+    for (size_t at = 0; (at = text.find(L'>', at)) != std::wstring::npos; at += name.size() + 1) {
+      text.insert(at, name);
+    }
+    return Outline(text);
+  }
+  [[nodiscard]] static std::string Run(const std::string& style, const std::string& text) {
+    return "[" + style + ":" + text + "]";
+  }
+  // What stands after the last closing tag: all but JUSTIFY end there.
+  [[nodiscard]] static std::string After() {
+    return GetParam().name == std::wstring(L"JUSTIFY") ? "j" : "";
+  }
+};
+
+TEST_P(PairOfTagsTest, IsCountedWhenItIsNested) {
+  const auto& [name, one, two] = GetParam();
+  EXPECT_EQ(Read(L"<>1<>2</>3</>4"),
+            Run(one, "1") + Run(two, "2") + Run(one, "3") + Run(After(), "4"));
+}
+
+TEST_P(PairOfTagsTest, LastsToTheEndWhenItIsNotClosed) {
+  EXPECT_EQ(Read(L"1<>2<BR"), Run("", "1") + Run(GetParam().one, "2<BR"));
+}
+
+TEST_P(PairOfTagsTest, IsTextWithoutItsBracketOrWithABlankInIt) {
+  const std::wstring name = GetParam().name;
+  const std::string narrow = NarrowUtf8(name);
+  EXPECT_EQ(Outline(L"1<" + name), Run("", "1<" + narrow));
+  EXPECT_EQ(Outline(L"1</" + name), Run("", "1</" + narrow));
+  EXPECT_EQ(Outline(L"1</" + name + L" >2"), Run("", "1</" + narrow + " >2"));
+  EXPECT_EQ(Outline(L"1< " + name + L">2"), Run("", "1< " + narrow + ">2"));
+}
+
+TEST_P(PairOfTagsTest, IsIgnoredWhereNothingIsOpen) {
+  // BIG and SMALL have no counters: each closing tag undoes the other one's opening.
+  const std::wstring name = GetParam().name;
+  const std::string style = name == L"BIG" ? "-2" : name == L"SMALL" ? "+2" : After();
+  EXPECT_EQ(Read(L"</>1"), Run(style, "1"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, PairOfTagsTest, testing::ValuesIn(kPairsOfTags),
+                         [](const auto& tested) { return NarrowUtf8(tested.param.name); });
+
+TEST(ParseLabel, ReadsTagsOfOneKindThatStandAlone) {
+  EXPECT_EQ(Outline(L"<BR><BR>1<HR><HR>2</BR></HR>3"), "||[:1][-1][-1][:2</BR></HR>3]");
+  EXPECT_EQ(Outline(L"1<BR"), "[:1<BR]");
+  EXPECT_EQ(Outline(L"<B>1<BR>2<HR>3</B>4"), "[b:1]|[b:2][-1][b:3][:4]");
+  EXPECT_EQ(Outline(L"1<HR SIZE=<B>2"), "[:1][-1][:2]");
+}
+
+TEST(ParseLabel, ReadsTagsInsideOfLinks) {
+  EXPECT_EQ(Outline(L"<A HREF=t>1<B>2<BR>3<HR>4</A>5</B>6"),
+            "[a:1][ba:2]|[ba:3][-1][ba:4][b:5][:6]");
+}
+
 TEST(ParseLabel, StaysJustifiedAfterTheClosingTag) {
   EXPECT_EQ(Outline(L"x<JUSTIFY>y</JUSTIFY>z"), "[:x][j:y][j:z]");
   EXPECT_EQ(Outline(L"x</JUSTIFY>y"), "[:x][j:y]");
