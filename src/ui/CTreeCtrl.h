@@ -13,7 +13,7 @@ namespace postmarker {
 
 class CTreeCtrl : public CWnd {
  public:
-  // Adds an item behind the last child of `parent` (TVI_ROOT for the top). Null if the control
+  // Adds an item after the last child of `parent` (TVI_ROOT for the top). Null if the control
   // refuses.
   HTREEITEM InsertItem(const std::wstring& text, HTREEITEM parent, LPARAM data = 0,
                        UINT state = 0) const {
@@ -39,6 +39,22 @@ class CTreeCtrl : public CWnd {
   }
   [[nodiscard]] HTREEITEM NextSibling(HTREEITEM item) const { return NextItem(item, TVGN_NEXT); }
   [[nodiscard]] HTREEITEM Parent(HTREEITEM item) const { return NextItem(item, TVGN_PARENT); }
+  // The item that follows in a depth-first walk below `top`, parents before their children; null at
+  // its end. Without `descend`, what is below `item` is passed over.
+  [[nodiscard]] HTREEITEM NextInWalk(HTREEITEM item, HTREEITEM top, bool descend = true) const {
+    if (descend) {
+      if (const HTREEITEM child = FirstChild(item)) {
+        return child;
+      }
+    }
+    while (item != nullptr && item != top) {
+      if (const HTREEITEM sibling = NextSibling(item)) {
+        return sibling;
+      }
+      item = Parent(item);
+    }
+    return nullptr;
+  }
   [[nodiscard]] HTREEITEM Selection() const { return NextItem(nullptr, TVGN_CARET); }
 
   void SelectItem(HTREEITEM item) const {
@@ -62,6 +78,19 @@ class CTreeCtrl : public CWnd {
     write.mask = TVIF_PARAM;
     write.hItem = item;
     write.lParam = data;
+    Send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&write));
+  }
+
+  // The bits of an item's state that are in `mask`.
+  [[nodiscard]] UINT ItemState(HTREEITEM item, UINT mask) const {
+    return static_cast<UINT>(Send(TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item), mask)) & mask;
+  }
+  void SetItemState(HTREEITEM item, UINT state, UINT mask) const {
+    TVITEMW write = {};
+    write.mask = TVIF_STATE;
+    write.hItem = item;
+    write.state = state;
+    write.stateMask = mask;
     Send(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&write));
   }
 

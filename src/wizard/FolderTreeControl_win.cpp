@@ -22,23 +22,6 @@ HTREEITEM InsertOwning(const CTreeCtrl& tree, const std::wstring& text, HTREEITE
   return item;
 }
 
-// The item that follows in a depth-first walk below `top`; with `descend` off, without what is
-// below `item`.
-HTREEITEM NextInWalk(const CTreeCtrl& tree, HTREEITEM item, HTREEITEM top, bool descend) {
-  if (descend) {
-    if (const HTREEITEM child = tree.FirstChild(item)) {
-      return child;
-    }
-  }
-  while (item != nullptr && item != top) {
-    if (const HTREEITEM sibling = tree.NextSibling(item)) {
-      return sibling;
-    }
-    item = tree.Parent(item);
-  }
-  return nullptr;
-}
-
 }  // namespace
 
 const MailFolderRef* FolderOf(const CTreeCtrl& tree, HTREEITEM item) {
@@ -105,7 +88,7 @@ void SelectItemUnderPointer(HWND tree) {
 
 void FreeTreeItemData(const CTreeCtrl& tree, HTREEITEM parent) {
   for (HTREEITEM item = tree.FirstChild(parent); item != nullptr;
-       item = NextInWalk(tree, item, parent, true)) {
+       item = tree.NextInWalk(item, parent)) {
     const std::unique_ptr<const MailFolderRef> data(FolderOf(tree, item));
     tree.SetItemData(item, 0);
   }
@@ -121,7 +104,7 @@ HTREEITEM SelectFolderItem(const CTreeCtrl& tree, const MailFolderRef& rec, HTRE
       tree.SelectItem(item);
       return item;
     }
-    item = NextInWalk(tree, item, parent, data != nullptr);
+    item = tree.NextInWalk(item, parent, data != nullptr);
   }
   return nullptr;
 }
