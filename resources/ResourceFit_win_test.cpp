@@ -21,9 +21,10 @@ namespace {
 
 constexpr int kMargin = 7;
 constexpr UINT kPages[] = {IDD_PAGE_WELCOME, IDD_PAGE_CHOOSE_CLIENT, IDD_PAGE_SPAM_FOLDER,
-                           IDD_PAGE_PREFILL, IDD_PAGE_SETTINGS};
+                           IDD_PAGE_PREFILL, IDD_PAGE_TRAIN,         IDD_PAGE_SETTINGS};
 constexpr UINT kDialogs[] = {IDD_PAGE_WELCOME, IDD_PAGE_CHOOSE_CLIENT, IDD_PAGE_SPAM_FOLDER,
-                             IDD_PAGE_PREFILL, IDD_PAGE_SETTINGS,      IDD_NEW_FOLDER};
+                             IDD_PAGE_PREFILL, IDD_PAGE_TRAIN,         IDD_PAGE_SETTINGS,
+                             IDD_NEW_FOLDER};
 
 // Letters of the sheet's own buttons, in the languages of the system that the module can meet:
 // Back, Next, Finish, Help; Zurück, Weiter.
@@ -37,27 +38,35 @@ bool IsPage(UINT dialog) {
   return dialog != IDD_NEW_FOLDER;
 }
 
-// The prefill page has two faces, whose controls share the room: one while addresses are read and
-// one afterwards. What belongs to no face, as everything on other pages, is always shown.
-enum class Face { kBoth, kRunning, kFinished };
+// Some dialogs have two faces, whose controls share the room: the prefill page one while addresses
+// are read and one afterward, the training pages one for each of the two. What belongs to no face,
+// as everything on other pages, is always shown.
+enum class Face { kBoth, kFirst, kSecond };
 
 Face FaceOf(UINT dialog, int control) {
-  if (dialog != IDD_PAGE_PREFILL) {
+  if (dialog != IDD_PAGE_PREFILL && dialog != IDD_PAGE_TRAIN) {
     return Face::kBoth;
   }
   switch (control) {
     case IDC_PREFILL_RUNNING:
     case IDC_PREFILL_PROGRESS:
     case IDC_PREFILL_STOP:
-      return Face::kRunning;
+    case IDC_TRAIN_NOTE_FIRST:
+      return Face::kFirst;
     case IDC_ADDRESS_LABEL:
     case IDC_ADDRESS_GRID:
     case IDC_ADD_ADDRESS:
     case IDC_REMOVE_ADDRESS:
-      return Face::kFinished;
+    case IDC_TRAIN_NOTE_SECOND:
+      return Face::kSecond;
     default:
       return Face::kBoth;
   }
+}
+
+// A static text whose tags a label reads. ResourceMarkup_win_test.cpp measures it.
+bool IsMarkup(int control) {
+  return control == IDC_TRAIN_NOTE_FIRST || control == IDC_TRAIN_NOTE_SECOND;
 }
 
 // The letter behind the single ampersand of a text, in upper case; 0 without one.
@@ -151,7 +160,7 @@ TEST_P(LayoutTest, TextsFitTheirControls) {
   const FontHandle heading = m_dialog.Font(kHeadingNumerator, kHeadingDenominator, FW_BOLD);
   for (const Control& control : m_dialog.Controls()) {
     const bool isStatic = control.IsStaticText();
-    if (!isStatic && !control.IsCheckBox() && !control.IsPushButton()) {
+    if ((!isStatic && !control.IsCheckBox() && !control.IsPushButton()) || IsMarkup(control.id)) {
       continue;
     }
     SCOPED_TRACE(control.id);
@@ -232,7 +241,7 @@ TEST_P(LayoutTest, ControlsHaveTheUsualSizes) {
 }
 
 TEST_P(LayoutTest, OrderOfControlsIsReadingOrder) {
-  for (const Face face : {Face::kRunning, Face::kFinished}) {
+  for (const Face face : {Face::kFirst, Face::kSecond}) {
     const Control* before = nullptr;
     for (const Control& control : m_dialog.Controls()) {
       const Face own = FaceOf(GetParam().dialog, control.id);
@@ -351,9 +360,17 @@ TEST(LayoutOfLanguagesTest, DialogsHoldTheControlsThatTheCodeUses) {
                        IDC_ADDRESS_LABEL, IDC_ADD_ADDRESS, IDC_REMOVE_ADDRESS}) {
     EXPECT_NE(nullptr, prefill.Find(id)) << id;
   }
-  const Control* tree = folder.Find(IDC_FOLDER_TREE);
-  ASSERT_NE(nullptr, tree);
-  EXPECT_EQ(L"SysTreeView32", tree->className);
+  const HiddenDialog training(module, IDD_PAGE_TRAIN, 96);
+  EXPECT_NE(nullptr, training.Find(IDC_HEADING));
+  EXPECT_NE(nullptr, training.Find(IDC_TRAIN_LABEL));
+  for (const int note : {IDC_TRAIN_NOTE_FIRST, IDC_TRAIN_NOTE_SECOND}) {
+    ASSERT_NE(nullptr, training.Find(note)) << note;
+    EXPECT_TRUE(training.Find(note)->IsStaticText()) << note;
+  }
+  for (const Control* tree : {folder.Find(IDC_FOLDER_TREE), training.Find(IDC_TRAIN_TREE)}) {
+    ASSERT_NE(nullptr, tree);
+    EXPECT_EQ(L"SysTreeView32", tree->className);
+  }
   EXPECT_NE(nullptr, folder.Find(IDC_NEW_FOLDER));
   for (const int box : {IDC_MOVE_EMAILS, IDC_ADD_BLOCKED, IDC_ADD_UNBLOCKED}) {
     ASSERT_NE(nullptr, settings.Find(box)) << box;

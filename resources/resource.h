@@ -23,6 +23,7 @@
 #define IDD_PAGE_WELCOME 13000        // first page
 #define IDD_PAGE_SPAM_FOLDER 13001    // page with the tree of folders
 #define IDD_PAGE_PREFILL 13002        // page with the addresses for the list of allowed senders
+#define IDD_PAGE_TRAIN 13003          // both pages with folders for the training of the filter
 #define IDD_PAGE_SETTINGS 13006       // last page, with the three switches
 
 // Controls that mean the same on every page.
@@ -55,6 +56,12 @@
 #define IDC_NEW_FOLDER_LABEL 13052  // stands before the edit control and gives it its name
 #define IDC_NEW_FOLDER_NAME 10023   // the name typed
 
+// Training pages. The notes are markup; each page shows its own.
+#define IDC_TRAIN_NOTE_FIRST 10037   // tells which folders the first page asks for
+#define IDC_TRAIN_NOTE_SECOND 10038  // the same of the second page
+#define IDC_TRAIN_LABEL 13054        // stands before the tree and gives it its name
+#define IDC_TRAIN_TREE 10018         // the client's folders, with check boxes
+
 // Settings page.
 #define IDC_SETTINGS_FINISH 13028  // second body text: tells how to end
 #define IDC_MOVE_EMAILS 13029      // move spam to the folder
@@ -73,6 +80,8 @@
 #define IDS_BUTTON_CONTINUE 808   // result 11
 
 // Texts of the sheet and its pages.
+#define IDS_TRAIN_FIRST 10007         // heading of the training page that asks for spam
+#define IDS_TRAIN_SECOND 10008        // heading of the one that asks for wanted messages
 #define IDS_MUST_SELECT_FOLDER 10009  // tip at Next: no folder, or a mailbox, is selected
 #define IDS_FOLDER_NOT_CREATED 10011  // tip at Next: the client refused the new folder
 #define IDS_MUST_SELECT_CLIENT 10014  // tip at Next: no mail client is selected

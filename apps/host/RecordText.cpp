@@ -35,10 +35,15 @@ const char* YesOrNo(bool value) {
   return value ? "yes" : "no";
 }
 
+// How many folders are checked, and a line for each folder with what its check box shows.
 std::string Checked(const TrainFolderMap& folders) {
   const auto checked = std::count_if(folders.begin(), folders.end(),
                                      [](const auto& folder) { return folder.second.checked != 0; });
-  return std::to_string(checked) + " of " + std::to_string(folders.size());
+  std::string text = std::to_string(checked) + " of " + std::to_string(folders.size());
+  for (const auto& [id, entry] : folders) {
+    text.append(entry.checked != 0 ? "\n  [x] " : "\n  [ ] ").append(NarrowUtf8(entry.folder.name));
+  }
+  return text;
 }
 
 Json RequestAsJson(int32_t result, const WizardRequest& request) {

@@ -12,7 +12,7 @@ namespace postmarker {
 // a line end.
 std::string RecordAsJson(int32_t result, const WizardRequest& request);
 
-// The same for a person to read, a line a field.
+// The same for a person to read, a line a field, and a line for each folder of the training pages.
 std::string RecordAsText(int32_t result, const WizardRequest& request);
 
 }  // namespace postmarker

@@ -31,7 +31,7 @@ constexpr char kUsage[] =
     "usage: postmarker-host [--client NAME] [--training] [--hook] [--language LL] [--json]\n"
     "       postmarker-host --prefill\n"
     "  --client NAME   set up this mail client, such as IncrediMail; without it the wizard asks\n"
-    "  --training      offer the training pages\n"
+    "  --training      offer the training pages; their folders are in the record\n"
     "  --hook          hand the sheet's window to the suite's window hook module\n"
     "  --language LL   use the texts of res\\LL (sets the suite's language in the registry)\n"
     "  --json          print the record as JSON\n"

@@ -29,7 +29,7 @@ struct MailFolderRef {
 
 using MailFolderList = std::vector<MailFolderRef>;
 
-// A folder of a training page. `checked` is nonzero if the user ticked it.
+// A folder of a training page. `checked` is 1 if the user checked it, otherwise 0.
 struct TrainFolderEntry {
   MailFolderRef folder;
   uint32_t checked = 0;

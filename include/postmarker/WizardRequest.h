@@ -31,7 +31,8 @@ struct WizardRequest {
   // Host. Nonzero: the sheet's window is handed to the suite's window hook module, WndShim.dll.
   uint8_t useWindowHook = 0;
 
-  // Host. Kept for the training pages. This version has none: the field has no effect.
+  // Host. Nonzero: the two training pages are shown, on which the person chooses folders. The host
+  // does the training itself, after ShowWizard has returned.
   uint8_t offerTraining = 0;
 
   // Settings page. 1 or 0: move mails recognised as spam; add senders of blocked mails to the
@@ -68,8 +69,11 @@ struct WizardRequest {
   // Prefill page. The addresses that the person kept. At Finish they are added to the whitelist.
   AddressSet prefillAddresses;
 
-  // Kept for the training pages; this version leaves both empty. Every folder that such a page
-  // shows with its check state; the key is the folder's firstId, widened.
+  // Training pages, each time one is left forward or back: every folder of its tree with its check
+  // state, so that folders without a check mark are there as well. The key is the folder's firstId,
+  // widened; of two folders with the same one, the last in the tree stays. The first page asks for
+  // folders that contain spam, the second for folders with messages that the person wants. A page
+  // that was not reached leaves its map alone. After a cancel, don't act on them.
   TrainFolderMap trainFoldersFirst;
   TrainFolderMap trainFoldersSecond;
 };

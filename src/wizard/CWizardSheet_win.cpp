@@ -11,6 +11,7 @@
 #include "wizard/CPageChooseSpamFolder_win.h"
 #include "wizard/CPagePrefill_win.h"
 #include "wizard/CPageSettings_win.h"
+#include "wizard/CPageTrainEmails_win.h"
 #include "wizard/CPageWizard_win.h"
 #include "wizard/Colors_win.h"
 #include "wizard/FinishRun_win.h"
@@ -66,6 +67,8 @@ CWizardSheet::~CWizardSheet() {
   // From here on a running worker leaves the sheet alone.
   WorkerMap.Erase(this);
   m_settingsPage.reset();
+  m_trainPageSecond.reset();
+  m_trainPageFirst.reset();
   m_prefillPage.reset();
   m_folderPage.reset();
   m_clientPage.reset();
@@ -80,6 +83,8 @@ void CWizardSheet::AddPages() {
   m_clientPage = std::make_unique<CPageChooseClient>(this);
   m_folderPage = std::make_unique<CPageChooseSpamFolder>(this);
   m_prefillPage = std::make_unique<CPagePrefill>(this);
+  m_trainPageFirst = std::make_unique<CPageTrainEmails>(this, 1);
+  m_trainPageSecond = std::make_unique<CPageTrainEmails>(this, 0);
   m_settingsPage = std::make_unique<CPageSettings>(this);
   AddPage(m_welcomePage.get());
   if (m_request->clientName.empty()) {
@@ -87,6 +92,10 @@ void CWizardSheet::AddPages() {
   }
   AddPage(m_folderPage.get());
   AddPage(m_prefillPage.get());
+  if (m_request->offerTraining != 0) {
+    AddPage(m_trainPageFirst.get());
+    AddPage(m_trainPageSecond.get());
+  }
   AddPage(m_settingsPage.get());
 }
 

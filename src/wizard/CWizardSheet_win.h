@@ -20,6 +20,7 @@ class CPageChooseClient;
 class CPageChooseSpamFolder;
 class CPagePrefill;
 class CPageSettings;
+class CPageTrainEmails;
 class CPageWizard;
 
 // Built on the stack of ShowWizard. Pages see it as WizardServices, which tells what the operations
@@ -90,6 +91,8 @@ class CWizardSheet : public CPropertySheet, public WizardServices {
   std::unique_ptr<CPageChooseClient> m_clientPage;
   std::unique_ptr<CPageChooseSpamFolder> m_folderPage;
   std::unique_ptr<CPagePrefill> m_prefillPage;
+  std::unique_ptr<CPageTrainEmails> m_trainPageFirst;
+  std::unique_ptr<CPageTrainEmails> m_trainPageSecond;
   std::unique_ptr<CPageSettings> m_settingsPage;
   bool m_hookOwner = false;
   BitmapHandle m_bannerBitmap;

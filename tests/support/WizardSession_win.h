@@ -32,6 +32,7 @@ enum class Page {
   kClients = 13053,
   kFolders = 13051,
   kPrefill = 10043,
+  kTraining = 13054,
   kSettings = 13029
 };
 
@@ -167,21 +168,22 @@ class WizardSession {
     return m_result;
   }
 
-  // The tree of the folder page, once it is filled.
-  [[nodiscard]] HWND Tree() const { return Control(10015); }
+  // The tree of the folder page, once it is filled, or of a training page.
+  [[nodiscard]] HWND Tree() const { return Control(IsOn(Page::kTraining) ? 10018 : 10015); }
   void WaitForTree() const {
     WaitForPage(Page::kFolders);
     Require([this] { return ::IsWindowEnabled(Tree()); }, "the tree was not filled");
   }
 
-  // The tree's items in the order in which they are shown, two blanks a level, "*" behind a bold
-  // one.
+  // The tree's items in the order in which they are shown, two blanks a level, "*" after a bold
+  // one, and what its check box shows, if it has one.
   [[nodiscard]] std::vector<std::string> TreeLines() const {
     std::vector<std::string> lines;
     for (HTREEITEM item = TreeItemAt(nullptr, TVGN_ROOT); item != nullptr;
          item = NextInTree(item)) {
       std::string line(Depth(item) * 2, ' ');
       line.append(NarrowUtf8(ItemText(item))).append(IsBold(item) ? "*" : "");
+      line.append(BoxOf(item));
       lines.push_back(line);
     }
     return lines;
@@ -217,7 +219,7 @@ class WizardSession {
     return read.pszText;
   }
 
-  // From the page behind the folders to the settings, with the addresses as they were found.
+  // From the page after the folders to the settings, with the addresses as they were found.
   void PassAddresses() const {
     WaitForAddresses();
     ClickButton(kNextButton);
@@ -235,6 +237,26 @@ class WizardSession {
   [[nodiscard]] std::wstring SelectedText() const {
     const HTREEITEM item = TreeItemAt(nullptr, TVGN_CARET);
     return item != nullptr ? ItemText(item) : std::wstring();
+  }
+
+  // The middle of an item's check box, on the screen; the item is scrolled into view.
+  [[nodiscard]] POINT BoxPlace(const std::wstring& text) const {
+    const RECT label = LabelPlace(text);
+    TVHITTESTINFO hit = {};
+    hit.pt.y = (label.top + label.bottom) / 2;
+    std::vector<LONG> places;
+    for (hit.pt.x = 0; hit.pt.x < label.left; ++hit.pt.x) {
+      ::SendMessageW(Tree(), TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
+      if (hit.flags == TVHT_ONITEMSTATEICON) {
+        places.push_back(hit.pt.x);
+      }
+    }
+    if (places.empty()) {
+      throw std::runtime_error("the item has no check box: " + NarrowUtf8(text));
+    }
+    POINT point = {places[places.size() / 2], hit.pt.y};
+    ::ClientToScreen(Tree(), &point);
+    return point;
   }
 
   // Clicks the label of an item with a mouse button, as the mouse's messages arrive; again if the
@@ -272,7 +294,8 @@ class WizardSession {
   }
 
  private:
-  void ClickItemOnce(const std::wstring& text, bool rightButton) const {
+  // Where the text of an item is in the tree, which is scrolled to it.
+  [[nodiscard]] RECT LabelPlace(const std::wstring& text) const {
     const HTREEITEM item = FindItem(text);
     if (item == nullptr) {
       throw std::runtime_error("no such item: " + NarrowUtf8(text));
@@ -283,6 +306,10 @@ class WizardSession {
     const auto number = reinterpret_cast<uintptr_t>(item);
     std::memcpy(&rect, &number, sizeof(number));
     ::SendMessageW(Tree(), TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&rect));
+    return rect;
+  }
+  void ClickItemOnce(const std::wstring& text, bool rightButton) const {
+    const RECT rect = LabelPlace(text);
     POINT point = {(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
     const LPARAM place = MAKELPARAM(point.x, point.y);
     ::ClientToScreen(Tree(), &point);
@@ -324,9 +351,21 @@ class WizardSession {
     ::SendMessageW(Tree(), TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&read));
     return read.pszText;
   }
-  [[nodiscard]] bool IsBold(HTREEITEM item) const {
-    return (::SendMessageW(Tree(), TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item), TVIS_BOLD) &
-            TVIS_BOLD) != 0;
+  [[nodiscard]] UINT ItemState(HTREEITEM item, UINT mask) const {
+    return static_cast<UINT>(
+               ::SendMessageW(Tree(), TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item), mask)) &
+           mask;
+  }
+  [[nodiscard]] bool IsBold(HTREEITEM item) const { return ItemState(item, TVIS_BOLD) != 0; }
+  [[nodiscard]] const char* BoxOf(HTREEITEM item) const {
+    switch (ItemState(item, TVIS_STATEIMAGEMASK)) {
+      case INDEXTOSTATEIMAGEMASK(1):
+        return " [ ]";
+      case INDEXTOSTATEIMAGEMASK(2):
+        return " [x]";
+      default:
+        return "";
+    }
   }
 
   WizardRequest* m_request;

@@ -8,6 +8,7 @@
 
 #include "settings/GlobalSettings.h"
 #include "support/ComPtr_win.h"
+#include "support/TrainingPages_win.h"
 #include "support/Variant_win.h"
 #include "support/WinEvents_win.h"
 #include "wizard/ClientGrid_win.h"
@@ -153,6 +154,43 @@ TEST_F(AccessibilityTest, EveryPageIsReadInOrderAndWorkedByKeysAlone) {
   EXPECT_EQ(session->Result(), kFinishButton);
   EXPECT_EQ(m_request.clientName, L"Plain");
   EXPECT_THAT(m_request.prefillAddresses, ElementsAre(L"anna@b.org"));
+}
+
+TEST_F(AccessibilityTest, TrainingPagesAreReadInOrderAndWorkedByKeysAlone) {
+  m_request.clientName = L"Plain";
+  m_request.offerTraining = 1;
+  const auto session = StartAtFolders();
+  ::SetForegroundWindow(session->Sheet());
+  GoToTraining(*session, L"Trash");
+  const HWND tree = session->Tree();
+  WizardSession::Require([&] { return Focus(*session) == tree; }, "the tree has no focus");
+  EXPECT_EQ(Ask(session->Control(10037)).name,
+            L"The filter learns from messages that you have already received. Select the check "
+            L"boxes of folders that contain only spam. A folder's check box also selects or clears "
+            L"all folders in it. If you have no such folders, click Next.");
+  EXPECT_THAT(Walk(*session),
+              ElementsAre("10018 Folders in your mail program (Alt+o)", "12323 < Back (Alt+B)",
+                          "12324 Next > (Alt+N)", "2 Cancel"));
+  PressKey(VK_HOME);
+  PressKey(VK_DOWN);
+  WizardSession::Require([&] { return session->SelectedText() == L"Inbox"; }, "no selection");
+  PressKey(VK_SPACE);
+  EXPECT_TRUE(WaitUntil([&] { return session->TreeLines()[2] == "    Friends [x]"; }));
+  PressKey(VK_TAB);
+  WizardSession::Require([&] { return Focus(*session) != tree; }, "no Tab");
+  PressKey(L'O', {VK_MENU});
+  WizardSession::Require([&] { return Focus(*session) == tree; }, "Alt+O leads elsewhere");
+  PressKey(VK_RETURN);
+  WaitForTraining(*session, TrainingPage::kSecond);
+  WizardSession::Require([&] { return Focus(*session) == session->Tree(); }, "no focus");
+  EXPECT_THAT(Walk(*session),
+              ElementsAre("10018 Folders in your mail program (Alt+o)", "12323 < Back (Alt+B)",
+                          "12324 Next > (Alt+N)", "2 Cancel"));
+  PressKey(L'N', {VK_MENU});
+  session->WaitForPage(Page::kSettings);
+  EXPECT_EQ(m_request.trainFoldersFirst[L"2"].checked, 1U);
+  EXPECT_EQ(m_request.trainFoldersFirst[L"4"].checked, 0U);
+  EXPECT_EQ(m_request.trainFoldersSecond[L"2"].checked, 0U);
 }
 
 TEST_F(AccessibilityTest, RunningHarvestIsToldAndStoppedByItsShortcut) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "support/PersonInput_win.h"
 #include "support/WizardSession_win.h"
 
 namespace postmarker::test {
@@ -70,27 +71,6 @@ inline void ClickTile(const WizardSession& session, const std::wstring& text) {
   ::SetCursorPos(point.x, point.y);
   ::PostMessageW(grid, WM_LBUTTONDOWN, MK_LBUTTON, place);
   ::PostMessageW(grid, WM_LBUTTONUP, 0, place);
-}
-
-// Presses and releases a key, with the keys of `modifiers` held down.
-inline void PressKey(WORD key, std::initializer_list<WORD> modifiers = {}) {
-  std::vector<INPUT> input;
-  const auto add = [&input](WORD code, DWORD flags) {
-    INPUT one = {};
-    one.type = INPUT_KEYBOARD;
-    one.ki.wVk = code;
-    one.ki.dwFlags = flags;
-    input.push_back(one);
-  };
-  for (const WORD modifier : modifiers) {
-    add(modifier, 0);
-  }
-  add(key, 0);
-  add(key, KEYEVENTF_KEYUP);
-  for (const WORD modifier : modifiers) {
-    add(modifier, KEYEVENTF_KEYUP);
-  }
-  ::SendInput(static_cast<UINT>(input.size()), input.data(), sizeof(INPUT));
 }
 
 }  // namespace postmarker::test
