@@ -25,6 +25,9 @@ constexpr int kBackButton = 12323;
 constexpr int kNextButton = 12324;
 constexpr int kFinishButton = 12325;
 constexpr int kFolderTree = 10015;
+constexpr int kTrainTree = 10018;
+constexpr int kTrainNoteFirst = 10037;
+constexpr int kTrainNoteSecond = 10038;
 constexpr int kClientGrid = 13032;
 constexpr int kAddressGrid = 10016;
 
@@ -33,9 +36,10 @@ constexpr char kUsage[] =
     "Waits until a wizard shows all facts, at most so long, then prints in pixels of the screen\n"
     "\"NAME LEFT TOP WIDTH HEIGHT\" for the sheet, its buttons, and the tip if one is shown.\n"
     "Ends with 1 if the time was over first. Facts:\n"
-    "  welcome clients folders addresses settings  the page\n"
+    "  welcome clients folders addresses training-first training-second settings  the page\n"
     "  next back finish          the button can be pressed\n"
     "  tree                      the tree of folders is filled and has the focus\n"
+    "  checked                   the check box of the tree's selected item is checked\n"
     "  tiles                     the tiles of the mail clients have the focus\n"
     "  grid                      the addresses are shown and have the focus\n"
     "  root folder               an item at the top of the tree is selected, or another one\n"
@@ -53,6 +57,10 @@ constexpr PageMark kPages[] = {{"welcome", 13050},
                                {"folders", 13051},
                                {"addresses", 10043},
                                {"settings", 13029}};
+
+// The training pages hold the same controls, but each shows a note of its own.
+constexpr PageMark kTrainingPages[] = {{"training-first", kTrainNoteFirst},
+                                       {"training-second", kTrainNoteSecond}};
 
 // The answer of a window of another process, or 0 if it is busy for long.
 LRESULT Ask(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
@@ -100,6 +108,12 @@ bool IsSelected(HWND tree, bool atTop) {
   return item != 0 && (Ask(tree, TVM_GETNEXTITEM, TVGN_PARENT, item) == 0) == atTop;
 }
 
+bool IsChecked(HWND tree) {
+  const LRESULT item = Ask(tree, TVM_GETNEXTITEM, TVGN_CARET);
+  const LRESULT state = Ask(tree, TVM_GETITEMSTATE, static_cast<WPARAM>(item), TVIS_STATEIMAGEMASK);
+  return item != 0 && (state & TVIS_STATEIMAGEMASK) == INDEXTOSTATEIMAGEMASK(2);
+}
+
 bool IsShown(HWND sheet, const std::string& fact) {
   if (fact == "gone") {
     return sheet == nullptr;
@@ -119,13 +133,20 @@ bool IsShown(HWND sheet, const std::string& fact) {
       return ::GetDlgItem(page, mark.control) != nullptr;
     }
   }
-  const HWND tree = ::GetDlgItem(page, kFolderTree);
+  for (const PageMark& mark : kTrainingPages) {
+    if (fact == mark.name) {
+      return ::IsWindowVisible(::GetDlgItem(page, mark.control)) != FALSE;
+    }
+  }
+  const HWND folders = ::GetDlgItem(page, kFolderTree);
+  const HWND tree = folders != nullptr ? folders : ::GetDlgItem(page, kTrainTree);
   const HWND tiles = ::GetDlgItem(page, kClientGrid);
   const HWND grid = ::GetDlgItem(page, kAddressGrid);
   return (fact == "next" && IsUsable(::GetDlgItem(sheet, kNextButton))) ||
          (fact == "back" && IsUsable(::GetDlgItem(sheet, kBackButton))) ||
          (fact == "finish" && IsUsable(::GetDlgItem(sheet, kFinishButton))) ||
          (fact == "tree" && IsUsable(tree) && HasFocus(tree)) ||
+         (fact == "checked" && tree != nullptr && IsChecked(tree)) ||
          (fact == "tiles" && IsUsable(tiles) && HasFocus(tiles)) ||
          (fact == "grid" && IsUsable(grid) && HasFocus(grid)) ||
          (fact == "root" && tree != nullptr && IsSelected(tree, true)) ||
