@@ -1,6 +1,8 @@
 // The commands that the suite's resident process answers.
 #pragma once
 
+#include <windows.h>
+
 #include <cstdint>
 #include <string>
 
@@ -24,8 +26,15 @@ inline constexpr AccountToolsRoute kResidentProcess = {L"Global\\Kestrelon.KsMai
 // limits: 10 seconds if there is no resident process. Calls share nothing; any thread.
 uint32_t ResolveLink(const std::wstring& address, std::wstring& target);
 
+// The address that the suite wants the user to open instead of `address`: what ResolveLink finds if
+// that is a web address (WebAddress.h), otherwise `address` itself. Blocks as long; `cancel`, an
+// event that may be null, ends every wait, and then `address` is returned.
+std::wstring ResolveWebLink(const AccountToolsRoute& route, const std::wstring& address,
+                            HANDLE cancel);
+
 // The same conversation by another route, with any command that takes and gives one text.
 uint32_t RunTextCommand(const AccountToolsRoute& route, uint32_t command,
-                        const std::wstring& argument, std::wstring& answer);
+                        const std::wstring& argument, std::wstring& answer,
+                        HANDLE cancel = nullptr);
 
 }  // namespace postmarker

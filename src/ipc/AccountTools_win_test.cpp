@@ -217,6 +217,43 @@ TEST_F(AccountToolsTest, CallsOnSeveralThreadsAreIndependent) {
   EXPECT_THAT(targets, testing::Each(std::wstring(L"http://b.example/?x=\xE9")));
 }
 
+TEST_F(AccountToolsTest, WebLinkIsTheAnswerIfThatIsAWebAddress) {
+  const AccountToolsRoute route = {m_rendezvous.c_str(), 20'000, 19'000, 18'000};
+  StartResident();
+  EXPECT_EQ(ResolveWebLink(route, L"http://a.example/", nullptr), L"http://b.example/?x=\xE9");
+  for (const char* const answer : {"", "file:///C:/x.exe", "calc.exe", "http://b.example/\u0007",
+                                   "http://b.example/> <a href=x", "ftp://b.example/"}) {
+    StartResident({{"default", answer}, {"links", json::object()}});
+    EXPECT_EQ(ResolveWebLink(route, L"http://a.example/", nullptr), L"http://a.example/") << answer;
+  }
+}
+
+// A limit that only the event can be the end of, in every state of the server.
+TEST_F(AccountToolsTest, EventEndsEveryWait) {
+  const KernelHandle cancel(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
+  const json faults[] = {
+      {{"do", "hang"}, {"step", "listening"}},
+      {{"do", "hang"}, {"step", "claimed"}},
+      {{"do", "hang"}, {"command", 21}, {"message", 0}},
+  };
+  for (const json& fault : faults) {
+    ::ResetEvent(cancel.Get());
+    StartResident({{"fault", fault}});
+    std::thread canceler([&] {
+      ::Sleep(300);
+      ::SetEvent(cancel.Get());
+    });
+    const ElapsedTime elapsed;
+    EXPECT_EQ(ResolveWebLink({m_rendezvous.c_str(), 60'000, 60'000, 60'000}, L"http://a.example/",
+                             cancel.Get()),
+              L"http://a.example/");
+    EXPECT_FALSE(elapsed.IsMoreThan(20'000)) << fault;
+    canceler.join();
+    s_peer.reset();
+  }
+  EXPECT_EQ(m_trace.TraceLines().size(), std::size(faults)) << "each call writes its line";
+}
+
 TEST_F(AccountToolsTest, ResidentProcessIsReachedUnderItsName) {
   EXPECT_STREQ(kResidentProcess.rendezvous, L"Global\\Kestrelon.KsMain.AccountTools");
   EXPECT_EQ(kResidentProcess.timeout, 10'000U);
