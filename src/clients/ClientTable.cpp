@@ -9,6 +9,7 @@
 #include "clients/incredimail/ImIdentity_win.h"
 #include "clients/incredimail/IncrediMailAdapter_win.h"
 #include "clients/outlook/OutlookAdapter_win.h"
+#include "clients/storeapi/StoreAdapter_win.h"
 #include "clients/thunderbird/TbInstallation_win.h"
 #include "clients/thunderbird/ThunderbirdAdapter_win.h"
 #endif
@@ -25,6 +26,24 @@ const MailClientAdapter* UnknownClient() {
 const MailClientAdapter* Outlook() {
 #if defined(_WIN32)
   static const OutlookAdapter adapter;
+  return &adapter;
+#else
+  return UnknownClient();
+#endif
+}
+
+const MailClientAdapter* WindowsMail() {
+#if defined(_WIN32)
+  static const StoreAdapter adapter(storeapi::StoreClient::kWindowsMail);
+  return &adapter;
+#else
+  return UnknownClient();
+#endif
+}
+
+const MailClientAdapter* OutlookExpress() {
+#if defined(_WIN32)
+  static const StoreAdapter adapter(storeapi::StoreClient::kOutlookExpress);
   return &adapter;
 #else
   return UnknownClient();
@@ -84,7 +103,7 @@ std::span<const ClientRow> BuiltInRows() {
        .settingsName = L"Outlook Express",
        .hookModule = L"StoreShim.dll",
        .hasLocalFolderIds = true,
-       .adapter = UnknownClient(),
+       .adapter = WindowsMail(),
        .isInstalled = Always,
        .isSupported = IsWindowsMailSupported},
       {.displayName = L"Outlook Express",
@@ -92,7 +111,7 @@ std::span<const ClientRow> BuiltInRows() {
        .hookModule = L"StoreShim.dll",
        .harvestTurn = 2,
        .hasLocalFolderIds = true,
-       .adapter = UnknownClient(),
+       .adapter = OutlookExpress(),
        .isInstalled = Always,
        .isSupported = IsOutlookExpressSupported},
       {.displayName = L"Windows Live Mail",

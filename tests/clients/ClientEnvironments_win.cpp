@@ -4,6 +4,7 @@
 
 #include "support/ImInstallation_win.h"
 #include "support/RegistrySandbox_win.h"
+#include "support/StoreInstallation_win.h"
 #include "support/Text.h"
 #include "support/ThunderbirdInstallation_win.h"
 
@@ -81,6 +82,52 @@ class ThunderbirdEnvironment : public ClientEnvironment {
   ThunderbirdInstallation m_client;
 };
 
+// Both clients of the store's interfaces. The store is an object that can fail at any call.
+class StoreEnvironment : public ClientEnvironment {
+ public:
+  void Fill() override {
+    m_client.Peer().SetState(StoreInstallation::UsualStore());
+    m_client.WriteAddressBook({L"book@x"});
+  }
+  void Empty() override {
+    m_client.Peer().SetState({{"root", {{"name", "R"}}}, {"contacts", nlohmann::json::array()}});
+    m_client.WriteAddressBook({});
+  }
+  // Records of a size that nobody knows, messages without headers, contacts without addresses.
+  void Damage() override {
+    nlohmann::json store = StoreInstallation::UsualStore();
+    store["form"] = 300;
+    store["root"]["children"][2]["messages"] = {std::string(5000, 'x')};
+    store["contacts"] = {5, 5};
+    m_client.Peer().SetState(store);
+    m_client.WriteAddressBookBytes(std::string(5000, 'x'));
+  }
+
+  [[nodiscard]] std::vector<std::string> Steps() const override {
+    return {"Store.Create",
+            "Namespace.Initialize",
+            "Namespace.GetFolderProps",
+            "Namespace.GetFirstSubFolder",
+            "Namespace.GetNextSubFolder",
+            "Namespace.CreateFolder",
+            "Namespace.OpenSpecialFolder",
+            "Folder.GetFirstMessage",
+            "Folder.OpenMessage",
+            "Stream.Read",
+            "Folder.GetNextMessage",
+            "Contacts.Create",
+            "Collection.Next"};
+  }
+  void GoAwayAt(const std::string& step) override {
+    Fill();
+    m_client.Peer()->failCall(step.c_str(), 1, RPC_E_DISCONNECTED);
+  }
+  [[nodiscard]] bool HasStandIn() const override { return true; }
+
+ private:
+  StoreInstallation m_client;
+};
+
 template <class Environment>
 std::unique_ptr<ClientEnvironment> Make() {
   return std::make_unique<Environment>();
@@ -92,6 +139,8 @@ constexpr struct {
 } kEnvironments[] = {
     {L"IncrediMail", &Make<IncrediMailEnvironment>},
     {L"Mozilla Thunderbird", &Make<ThunderbirdEnvironment>},
+    {L"Outlook Express", &Make<StoreEnvironment>},
+    {L"Windows Mail", &Make<StoreEnvironment>},
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "clients/storeapi/StoreLocation.h"
 #include "support/MappedFile.h"
 #include "support/Text.h"
 
@@ -51,8 +52,8 @@ void AddWabAddresses(std::string_view bytes, AddressSet* addresses) {
   }
 }
 
-void ReadWabFile(const std::wstring& path, AddressSet* addresses) {
-  const MappedFile file(path, 1);
+void ReadWabFile(const MachineView& machine, AddressSet* addresses) {
+  const MappedFile file(ReadWabPath(machine), 1);
   AddWabAddresses(file.Bytes(), addresses);
 }
 

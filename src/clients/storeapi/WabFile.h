@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "clients/MachineView.h"
 #include "postmarker/WizardRequest.h"
 
 namespace postmarker::storeapi {
@@ -18,7 +19,7 @@ std::vector<std::string> ParseWabFile(std::string_view bytes);
 // Adds these addresses, widened by the code page.
 void AddWabAddresses(std::string_view bytes, AddressSet* addresses);
 
-// The same with the file of this path (UTF-16). A file that can't be read adds nothing.
-void ReadWabFile(const std::wstring& path, AddressSet* addresses);
+// The same with the person's address book. A file that can't be read adds nothing.
+void ReadWabFile(const MachineView& machine, AddressSet* addresses);
 
 }  // namespace postmarker::storeapi

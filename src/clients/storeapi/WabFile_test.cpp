@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "support/FakeMachine.h"
 #include "support/TempFolder.h"
 #include "support/WabBuilder.h"
 
@@ -91,15 +92,21 @@ TEST(WabFile, EveryTruncationGivesTextsOfTheWholeOnly) {
   }
 }
 
-TEST(WabFile, FileIsReadIntoTheSet) {
+TEST(WabFile, PersonsFileIsReadIntoTheSet) {
+  constexpr wchar_t kKey[] = L"Software\\Microsoft\\WAB\\WAB4\\Wab File Name";
   const test::TempFolder folder;
-  test::WriteFile(folder.PathOf("a.wab"), MakeWabFile({L"b@x", L"a@x\xFC", L"b@x"}));
+  const std::wstring path = folder.PathOf("a.wab");
+  test::WriteFile(path, MakeWabFile({L"b@x", L"a@x\xFC", L"b@x"}));
   AddressSet addresses = {L"before"};
-  ReadWabFile(folder.PathOf("a.wab"), &addresses);
+  test::FakeMachine machine;
+  ReadWabFile(machine, &addresses);
+  EXPECT_THAT(addresses, SizeIs(1));
+  machine.AddText(RegistryRoot::kUser, kKey, L"", path + L".missing");
+  ReadWabFile(machine, &addresses);
+  EXPECT_THAT(addresses, SizeIs(1));
+  machine.AddText(RegistryRoot::kUser, kKey, L"", path);
+  ReadWabFile(machine, &addresses);
   EXPECT_THAT(addresses, ElementsAre(L"a@x\xFC", L"b@x", L"before"));
-  ReadWabFile(folder.PathOf("missing.wab"), &addresses);
-  ReadWabFile(std::wstring(), &addresses);
-  EXPECT_THAT(addresses, SizeIs(3));
 }
 
 }  // namespace
