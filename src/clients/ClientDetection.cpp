@@ -19,7 +19,6 @@ constexpr size_t kIdentityNameRoom = 1024;
 
 constexpr wchar_t kWindowsMail[] = L"Software\\Microsoft\\Windows Mail";
 constexpr wchar_t kOutlookExpressVersion[] = L"Software\\Microsoft\\Outlook Express\\Version Info";
-constexpr wchar_t kWindowsLiveMail[] = L"Software\\Microsoft\\Windows Live Mail";
 
 // The last version of winmail.exe that is still a mail client: later ones are empty shells.
 constexpr wchar_t kLastWindowsMail[] = L"6.0.9999.";
@@ -90,11 +89,6 @@ bool IsOutlookConfigured(const MachineView& machine) {
     }
   }
   return false;
-}
-
-bool IsWindowsLiveMailInstalled(const MachineView& machine) {
-  const auto root = ReadInstallRoot(machine, kWindowsLiveMail, RegistryView::k32Bit);
-  return root && !root->empty();
 }
 
 bool HasMailIdentity(const MachineView& machine) {

@@ -26,9 +26,6 @@ bool IsClientReady(std::wstring_view displayName, const MachineView& machine = T
 // Has the user a profile of Outlook with a store in it.
 bool IsOutlookConfigured(const MachineView& machine = ThisMachine());
 
-// Is the folder of the client's installation known to the system.
-bool IsWindowsLiveMailInstalled(const MachineView& machine = ThisMachine());
-
 // Has the user an identity of Outlook Express, or used Windows Mail.
 bool HasMailIdentity(const MachineView& machine = ThisMachine());
 

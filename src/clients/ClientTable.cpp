@@ -3,11 +3,13 @@
 #include <algorithm>
 
 #include "clients/ClientDetection.h"
+#include "clients/livemail/LiveMailPaths.h"
 #include "support/Text.h"
 
 #if defined(_WIN32)
 #include "clients/incredimail/ImIdentity_win.h"
 #include "clients/incredimail/IncrediMailAdapter_win.h"
+#include "clients/livemail/LiveMailAdapter_win.h"
 #include "clients/outlook/OutlookAdapter_win.h"
 #include "clients/storeapi/StoreAdapter_win.h"
 #include "clients/thunderbird/TbInstallation_win.h"
@@ -53,6 +55,15 @@ const MailClientAdapter* OutlookExpress() {
 const MailClientAdapter* IncrediMail() {
 #if defined(_WIN32)
   static const IncrediMailAdapter adapter;
+  return &adapter;
+#else
+  return UnknownClient();
+#endif
+}
+
+const MailClientAdapter* LiveMail() {
+#if defined(_WIN32)
+  static const LiveMailAdapter adapter;
   return &adapter;
 #else
   return UnknownClient();
@@ -119,8 +130,8 @@ std::span<const ClientRow> BuiltInRows() {
        .hookModule = L"WindowsLiveShim.dll",
        .harvestTurn = 5,
        .hasLocalFolderIds = true,
-       .adapter = UnknownClient(),
-       .isInstalled = IsWindowsLiveMailInstalled,
+       .adapter = LiveMail(),
+       .isInstalled = livemail::IsWindowsLiveMailInstalled,
        .isSupported = IsWindowsLiveMailSupported},
       {.displayName = L"Mozilla Thunderbird",
        .settingsName = L"Mozilla Thunderbird",

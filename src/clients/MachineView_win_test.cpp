@@ -99,7 +99,7 @@ TEST_F(MachineViewTest, ClientsOf32BitsAreLookedForInTheirView) {
   RegistryKey::Create(HKEY_LOCAL_MACHINE, L"Software\\Microsoft\\Windows Live Mail",
                       KEY_ALL_ACCESS | KEY_WOW64_32KEY)
       .WriteString(L"InstallRoot", L"C:\\Mail");
-  EXPECT_TRUE(IsWindowsLiveMailInstalled());
+  EXPECT_TRUE(IsClientInstalled(L"Windows Live Mail"));
 }
 
 TEST_F(MachineViewTest, OutlooksProfilesAreFoundInTheUsersRegistry) {

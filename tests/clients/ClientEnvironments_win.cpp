@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "support/ImInstallation_win.h"
+#include "support/LiveMailInstallation_win.h"
 #include "support/RegistrySandbox_win.h"
 #include "support/StoreInstallation_win.h"
 #include "support/Text.h"
@@ -43,6 +44,36 @@ class IncrediMailEnvironment : public ClientEnvironment {
 
  private:
   ImInstallation m_client;
+};
+
+// Its store is read where the module is not there, which is the case but for the steps.
+class LiveMailEnvironment : public ClientEnvironment {
+ public:
+  LiveMailEnvironment() { Empty(); }
+
+  void Fill() override {
+    m_client.StopModule();
+    m_client.WriteStore(
+        {.folders = {{1, 0, u"Ann"}, {4, 1, u"Sent Items", 0, 3}},
+         .messages = {{11, 4, 2, u"Ann <ann@x>", u"carl@x"}, {12, 4, 3, u"ann@y", u"ben@x"}}});
+  }
+  void Empty() override { m_client.WriteStore({}); }
+  void Damage() override { WriteFile(m_client.DatabasePath(), std::string(50'000, 'x')); }
+
+  [[nodiscard]] std::vector<std::string> Steps() const override { return {"1", "3", "4", "5"}; }
+  // The module dies within what it answers, after the number of texts where that has one.
+  void GoAwayAt(const std::string& step) override {
+    const int command = std::stoi(step);
+    m_client.StartModule(
+        {{"folders", {{{"name", "\\\\Module"}, {"firstId", "1"}, {"secondId", "1"}, {"flag", 1}}}},
+         {"contacts", {"ben@x"}},
+         {"sent", {"carl@x", "dora@x"}},
+         {"fault", {{"do", "die"}, {"command", command}, {"message", command == 5 ? 0 : 1}}}});
+  }
+  [[nodiscard]] bool HasStandIn() const override { return true; }
+
+ private:
+  LiveMailInstallation m_client;
 };
 
 class ThunderbirdEnvironment : public ClientEnvironment {
@@ -141,6 +172,7 @@ constexpr struct {
     {L"Mozilla Thunderbird", &Make<ThunderbirdEnvironment>},
     {L"Outlook Express", &Make<StoreEnvironment>},
     {L"Windows Mail", &Make<StoreEnvironment>},
+    {L"Windows Live Mail", &Make<LiveMailEnvironment>},
 };
 
 }  // namespace

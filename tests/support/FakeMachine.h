@@ -20,6 +20,7 @@ class FakeMachine final : public MachineView {
   std::map<std::wstring, std::wstring> fileVersions;  // by full path
   std::set<std::wstring> modules;                     // files beside the module that load
   std::map<std::wstring, std::wstring> variables;     // with their percent signs
+  mutable std::vector<RegistryView> viewsOfTexts;     // in which texts were asked for
 
   void AddKey(RegistryRoot root, const std::wstring& path) { m_keys[{root, ToLower(path)}]; }
   void AddText(RegistryRoot root, const std::wstring& path, const std::wstring& name,
@@ -70,8 +71,8 @@ class FakeMachine final : public MachineView {
   }
 
   std::optional<std::wstring> ReadText(RegistryRoot root, const std::wstring& path,
-                                       const std::wstring& name,
-                                       RegistryView /*view*/) const override {
+                                       const std::wstring& name, RegistryView view) const override {
+    viewsOfTexts.push_back(view);
     const auto key = m_keys.find({root, ToLower(path)});
     if (key == m_keys.end()) {
       return std::nullopt;

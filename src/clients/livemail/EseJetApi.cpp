@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "clients/livemail/EseEngine.h"
+#include "clients/livemail/ReadGuard.h"
 
 namespace postmarker {
 namespace {
@@ -24,16 +25,21 @@ SharedEngine& Shared() {
   return shared;
 }
 
-// Runs `work` on the engine: one call at a time, and without an exception.
+// Runs `work` on the engine: one call at a time, and without an exception. If the drive with the
+// file goes away, the call fails: nothing may pass the lock by.
 template <class Work>
 Code WithEngine(Work work) noexcept {
-  try {
-    SharedEngine& shared = Shared();
-    const std::lock_guard guard(shared.lock);
-    return work(shared.engine);
-  } catch (const std::exception&) {
-    return kOutOfMemory;
-  }
+  SharedEngine& shared = Shared();
+  const std::lock_guard guard(shared.lock);
+  Code code = kDiskIo;
+  (void)RunReading([&]() noexcept {
+    try {
+      code = work(shared.engine);
+    } catch (const std::exception&) {
+      code = kOutOfMemory;
+    }
+  });
+  return code;
 }
 
 // The same on the rows behind a handle.

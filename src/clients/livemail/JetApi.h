@@ -27,6 +27,7 @@ inline constexpr Code kSeekNotEqual = 1039;
 inline constexpr Code kInvalidGrbit = -900;
 inline constexpr Code kInvalidParameter = -1003;
 inline constexpr Code kOutOfMemory = -1011;
+inline constexpr Code kDiskIo = -1022;
 inline constexpr Code kFileAccessDenied = -1032;
 inline constexpr Code kInvalidBufferSize = -1047;
 inline constexpr Code kNotInTransaction = -1054;

@@ -263,6 +263,15 @@ ResultCode JetDbWrapper::Query(const std::wstring& table, const JetColumns& colu
                                const JetRow& filter, const JetRow& required,
                                std::vector<JetRow>* rows) {
   rows->clear();
+  return Visit(table, columns, filter, required, [rows](JetRow row) {
+    rows->push_back(std::move(row));
+    return true;
+  });
+}
+
+ResultCode JetDbWrapper::Visit(const std::wstring& table, const JetColumns& columns,
+                               const JetRow& filter, const JetRow& required,
+                               const RowVisitor& visit) {
   std::wstring index;
   std::vector<std::wstring> indexColumns;
   if (!filter.empty()) {
@@ -284,11 +293,14 @@ ResultCode JetDbWrapper::Query(const std::wstring& table, const JetColumns& colu
     if (!HasRequired(chosen, columns, required)) {
       continue;
     }
-    JetRow& row = rows->emplace_back();
+    JetRow row;
     for (const auto& [name, column] : columns) {
       if (std::optional<JetValue> value = ReadColumn(chosen, column)) {
         row.emplace_hint(row.end(), name, *std::move(value));
       }
+    }
+    if (!visit(std::move(row))) {
+      break;
     }
   }
   return kOk;

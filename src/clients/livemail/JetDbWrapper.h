@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -62,6 +63,12 @@ class JetDbWrapper {
   // each row, `columns` are read. A filter value whose width is not the column's finds nothing.
   ResultCode Query(const std::wstring& table, const JetColumns& columns, const JetRow& filter,
                    const JetRow& required, std::vector<JetRow>* rows);
+
+  // The same, row by row: `visit` gets each one, and ends the query with false. It may run other
+  // operations of this object.
+  using RowVisitor = std::function<bool(JetRow row)>;
+  ResultCode Visit(const std::wstring& table, const JetColumns& columns, const JetRow& filter,
+                   const JetRow& required, const RowVisitor& visit);
 
  private:
   bool Open();
