@@ -10,6 +10,7 @@ namespace {
 constexpr size_t kAny = std::numeric_limits<size_t>::max();
 
 constexpr auto kJetOptions = std::to_array<Option>({{"--filter", true}, {"--require", true}});
+constexpr auto kStoreIdOptions = std::to_array<Option>({{"--dbx", false}});
 
 constexpr auto kCommands = std::to_array<Command>({
     {"headers", "FILE...", 1, kAny, true, false, {}, RunHeaders},
@@ -47,6 +48,8 @@ constexpr auto kCommands = std::to_array<Command>({
      "FILE tables|columns TABLE|indexes TABLE|query TABLE [--filter COLUMN=VALUE] "
      "[--require COLUMN=VALUE]",
      2, 3, false, false, kJetOptions, RunJet},
+    {"live-folders", "FILE", 1, 1, false, false, {}, RunLiveFolders},
+    {"store-id", "FILE [--dbx]", 1, 1, false, false, kStoreIdOptions, RunStoreId},
 });
 
 }  // namespace

@@ -63,6 +63,8 @@ bool RunImh(const Arguments& arguments, JsonWriter* json);
 bool RunImmMessage(const Arguments& arguments, JsonWriter* json);
 bool RunImb(const Arguments& arguments, JsonWriter* json);
 bool RunJet(const Arguments& arguments, JsonWriter* json);
+bool RunLiveFolders(const Arguments& arguments, JsonWriter* json);
+bool RunStoreId(const Arguments& arguments, JsonWriter* json);
 bool RunIncrediMail(const Arguments& arguments, JsonWriter* json);
 
 }  // namespace postmarker::inspect
