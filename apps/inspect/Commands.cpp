@@ -43,6 +43,7 @@ constexpr auto kCommands = std::to_array<Command>({
      {},
      RunImmMessage},
     {"imb", "FILE", 1, 1, false, false, {}, RunImb},
+    {"wab", "FILE", 1, 1, false, false, {}, RunWab},
     {"incredimail", "IDENTITYDIR ROOTLABEL", 2, 2, false, true, {}, RunIncrediMail},
     {"jet",
      "FILE tables|columns TABLE|indexes TABLE|query TABLE [--filter COLUMN=VALUE] "

@@ -62,6 +62,7 @@ bool RunImmFolders(const Arguments& arguments, JsonWriter* json);
 bool RunImh(const Arguments& arguments, JsonWriter* json);
 bool RunImmMessage(const Arguments& arguments, JsonWriter* json);
 bool RunImb(const Arguments& arguments, JsonWriter* json);
+bool RunWab(const Arguments& arguments, JsonWriter* json);
 bool RunJet(const Arguments& arguments, JsonWriter* json);
 bool RunLiveFolders(const Arguments& arguments, JsonWriter* json);
 bool RunStoreId(const Arguments& arguments, JsonWriter* json);
