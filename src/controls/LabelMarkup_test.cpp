@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "controls/CXNamedColors.h"
 #include "support/HostileLabels.h"
 #include "support/Text.h"
@@ -136,6 +138,10 @@ constexpr PairOfTags kPairsOfTags[] = {
     {L"SMALL", "-2", "-4"}, {L"CODE", "(Courier New)", "(Courier New)"},
     {L"FONT", "", ""},      {L"JUSTIFY", "j", "j"},
 };
+
+void PrintTo(const PairOfTags& tags, std::ostream* out) {
+  *out << "<" << NarrowUtf8(tags.name) << ">";
+}
 
 class PairOfTagsTest : public testing::TestWithParam<PairOfTags> {
  protected:
