@@ -14,6 +14,11 @@
 
 namespace postmarker::test {
 
+// What reading a mapped file does when the drive with it goes away.
+inline void LoseDrive() {
+  ::RaiseException(EXCEPTION_IN_PAGE_ERROR, 0, 0, nullptr);
+}
+
 // Answers with what its fields hold.
 class ScriptedClient : public MailClientAdapter {
  public:

@@ -32,12 +32,11 @@ BOOL WINAPI PostToFullQueue(HWND /*window*/, UINT message, WPARAM wParam, LPARAM
   return TRUE;
 }
 
-TEST(PrefillWorkerTest, FullQueueLosesNothing) {
+// Runs a worker that collects from this client, to its end.
+void CollectFrom(const ScriptedClient& client) {
   g_received.clear();
   g_refusals = 0;
   g_isFull = false;
-  ScriptedClient client;
-  client.addresses = {L"a@b.org", L"c@b.org", L"d@b.org"};
   const KernelHandle stop(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
   const std::atomic<bool> abandoned = false;
   std::atomic<int> unread = 0;
@@ -49,8 +48,23 @@ TEST(PrefillWorkerTest, FullQueueLosesNothing) {
   job->post = &PostToFullQueue;
   const KernelHandle thread = StartPrefillWorker(std::move(job));
   ASSERT_EQ(::WaitForSingleObject(thread.Get(), 5000), WAIT_OBJECT_0);
+}
+
+TEST(PrefillWorkerTest, FullQueueLosesNothing) {
+  ScriptedClient client;
+  client.addresses = {L"a@b.org", L"c@b.org", L"d@b.org"};
+  CollectFrom(client);
   EXPECT_THAT(g_received, ElementsAre(L"a@b.org", L"c@b.org", L"d@b.org", L"finished"));
   EXPECT_EQ(g_refusals, 4);
+}
+
+TEST(PrefillWorkerTest, StoreThatGoesAwayEndsTheCollectingAndNothingElse) {
+  ScriptedClient client;
+  client.addresses = {L"a@b.org"};
+  client.whileCollecting = [](const ProgressCallbacks* /*callbacks*/) { LoseDrive(); };
+  CollectFrom(client);
+  EXPECT_EQ(client.collections, 1);
+  EXPECT_THAT(g_received, ElementsAre(L"finished"));
 }
 
 }  // namespace

@@ -107,6 +107,18 @@ TEST_F(SheetTest, WorkerThatFoundNothingCountsAsReadyWhenItEnds) {
   EXPECT_TRUE(WaitUntil([&] { return s.sheet.AreFoldersReady(); }));
 }
 
+TEST_F(SheetTest, WorkerWhoseStoreGoesAwayEndsAsOneThatFoundNoFolders) {
+  m_clients.client.beforeListing = &LoseDrive;
+  Sheet s(&m_request);
+  s.sheet.StartFolderWorker();
+  EXPECT_TRUE(WaitUntil([&] { return s.sheet.AreFoldersReady(); }));
+  EXPECT_EQ(m_clients.client.listings, 0);
+  EXPECT_THAT(m_request.folders, IsEmpty());
+  MailFolderRef rec;
+  s.sheet.GetDefaultFolder(&rec);
+  EXPECT_EQ(rec, SmallStore().back()) << "the worker gave up";
+}
+
 TEST_F(SheetTest, OneSheetHasOneWorker) {
   Sheet s(&m_request);
   s.sheet.StartFolderWorker();
