@@ -54,7 +54,7 @@ std::optional<std::wstring> ReadInstallRoot(const MachineView& machine, const wc
 }
 
 bool HasUsableWinMail(const MachineView& machine) {
-  const auto root = ReadInstallRoot(machine, kWindowsMail, RegistryView::kSuite);
+  const auto root = GetMailInstallRoot(machine);
   const auto version = root ? machine.FileVersionText(*root + L"\\winmail.exe") : std::nullopt;
   // Deliberate: compared as texts, which refuses 6.1 and all later versions of one digit. A version
   // of two digits, such as 10.0, sorts before the limit and passes.
@@ -89,6 +89,10 @@ bool IsOutlookConfigured(const MachineView& machine) {
     }
   }
   return false;
+}
+
+std::optional<std::wstring> GetMailInstallRoot(const MachineView& machine) {
+  return ReadInstallRoot(machine, kWindowsMail, RegistryView::kSuite);
 }
 
 bool HasMailIdentity(const MachineView& machine) {

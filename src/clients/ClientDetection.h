@@ -2,6 +2,7 @@
 // looks at the machine anew; a failure reads as absence. Any thread.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,6 +26,9 @@ bool IsClientReady(std::wstring_view displayName, const MachineView& machine = T
 
 // Has the user a profile of Outlook with a store in it.
 bool IsOutlookConfigured(const MachineView& machine = ThisMachine());
+
+// The folder in which Windows Mail is installed, variables put in; nothing if the system knows none.
+std::optional<std::wstring> GetMailInstallRoot(const MachineView& machine = ThisMachine());
 
 // Has the user an identity of Outlook Express, or used Windows Mail.
 bool HasMailIdentity(const MachineView& machine = ThisMachine());

@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+
 #include "clients/storeapi/StoreMail.h"
 #include "clients/storeapi/StoreSession_win.h"
 #include "support/StoreInstallation_win.h"
@@ -18,6 +20,37 @@ constexpr FolderId kSpam = 9;
 
 constexpr char kMarked[] =
     "Message-ID: <1@x>\r\nFrom: a@x\r\nTo: b@x\r\nSubject: [KSSpam] Win\r\n\r\nbody\r\n";
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
+// Gives memory and counts what comes back. It lives on the stack of a test.
+class CountingAllocator final : public IMimeAllocator {
+ public:
+  int live = 0;
+  bool isEmpty = false;
+
+  HRESULT __stdcall QueryInterface(REFIID /*iid*/, void** object) override {
+    *object = nullptr;
+    return E_NOINTERFACE;
+  }
+  ULONG __stdcall AddRef() override { return 1; }
+  ULONG __stdcall Release() override { return 1; }
+  void* __stdcall Alloc(SIZE_T size) override {
+    live += isEmpty ? 0 : 1;
+    return isEmpty ? nullptr : std::malloc(size);
+  }
+  void __stdcall Free(void* memory) override {
+    --live;
+    std::free(memory);
+  }
+  void* __stdcall Realloc(void* /*memory*/, SIZE_T /*size*/) override { return nullptr; }
+  SIZE_T __stdcall GetSize(void* /*memory*/) override { return 0; }
+  int __stdcall DidAlloc(void* /*memory*/) override { return -1; }
+  void __stdcall HeapMinimize() override {}
+};
+
+#pragma GCC diagnostic pop
 
 class StoreMessages : public testing::Test {
  protected:
@@ -82,16 +115,28 @@ TEST_F(StoreMessages, EveryMarkIsTakenOutOfTheSubject) {
 
 TEST_F(StoreMessages, SubjectWithoutTheMarkIsLeftAsItIs) {
   EXPECT_EQ(RemoveSubjectMark(nullptr, m_inbox.Get(), 1, "Win"), 1);
+  EXPECT_STREQ(Peer()->journal(), "");
   EXPECT_EQ(SubjectNow(), "[KSSpam] Win");
 }
 
-TEST_F(StoreMessages, AllocatorThatIsGivenIsUsed) {
-  ComPtr<IMimeAllocator> allocator;
-  ASSERT_EQ(::CoCreateInstance(kMimeAllocatorClass, nullptr, CLSCTX_INPROC_SERVER, kMimeAllocatorId,
-                               allocator.PutVoid()),
-            S_OK);
-  EXPECT_EQ(RemoveSubjectMark(allocator.Get(), m_inbox.Get(), 1, "[KSSpam]a"), S_OK);
+TEST_F(StoreMessages, AllocatorThatIsGivenGetsItsMemoryBack) {
+  CountingAllocator allocator;
+  EXPECT_EQ(RemoveSubjectMark(&allocator, m_inbox.Get(), 1, "[KSSpam]a"), S_OK);
+  EXPECT_EQ(allocator.live, 0);
   EXPECT_EQ(SubjectNow(), "a");
+  EXPECT_STREQ(Peer()->journal(), "commit 2\n");
+  allocator.isEmpty = true;
+  EXPECT_EQ(RemoveSubjectMark(&allocator, m_inbox.Get(), 1, "[KSSpam]b"), E_OUTOFMEMORY);
+  EXPECT_EQ(SubjectNow(), "[KSSpam] Win");
+}
+
+TEST_F(StoreMessages, FailureOfAMimeMessageIsItsCode) {
+  for (const char* const method : {"Mime.BindToObject", "Mime.Commit"}) {
+    Peer()->failCall(method, Peer()->countCalls(method) + 1, E_ACCESSDENIED);
+    EXPECT_EQ(RemoveSubjectMark(nullptr, m_inbox.Get(), 1, "[KSSpam]"), E_ACCESSDENIED) << method;
+  }
+  (void)SubjectNow();
+  EXPECT_STREQ(Peer()->journal(), "");
 }
 
 TEST_F(StoreMessages, MessageThatCanNotBeOpenedGivesItsCode) {

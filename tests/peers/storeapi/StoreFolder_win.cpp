@@ -61,24 +61,55 @@ MessageEnumeration* Of(EnumHandle handle) {
   return reinterpret_cast<MessageEnumeration*>(handle);
 }
 
-// The platform's own MIME message, of which one reference stays here until the test has looked.
+// The platform's own MIME message behind an object that counts. One reference to it stays here
+// until the test has looked.
+class PeerMimeMessage final : public PeerObject<storeapi::IMimeMessage, storeapi::kMimeMessageId> {
+ public:
+  HRESULT Open(const std::string& message) {
+    ComPtr<storeapi::IMimeMessage>& mime = State().lastMimeMessage;
+    HRESULT result = ::CoCreateInstance(storeapi::kMimeMessageClass, nullptr, CLSCTX_INPROC_SERVER,
+                                        storeapi::kMimeMessageId, mime.PutVoid());
+    ComPtr<IStream> stream;
+    if (SUCCEEDED(result)) {
+      result = ::CreateStreamOnHGlobal(nullptr, TRUE, stream.Put());
+    }
+    if (SUCCEEDED(result)) {
+      result = stream->Write(message.data(), static_cast<ULONG>(message.size()), nullptr);
+    }
+    if (SUCCEEDED(result)) {
+      result = stream->Seek({}, STREAM_SEEK_SET, nullptr);
+    }
+    return SUCCEEDED(result) ? mime->Load(stream.Get()) : result;
+  }
+
+  HRESULT __stdcall BindToObject(storeapi::BodyHandle body, REFIID iid, void** object) override {
+    POSTMARKER_PEER_ENTER("Mime.BindToObject");
+    return State().lastMimeMessage->BindToObject(body, iid, object);
+  }
+  HRESULT __stdcall Commit(DWORD flags) override {
+    POSTMARKER_PEER_ENTER("Mime.Commit");
+    State().Note("commit " + std::to_string(flags));
+    return State().lastMimeMessage->Commit(flags);
+  }
+
+  // Not called by the product.
+  HRESULT __stdcall GetClassID(CLSID*) override { return E_NOTIMPL; }
+  HRESULT __stdcall IsDirty() override { return E_NOTIMPL; }
+  HRESULT __stdcall Load(IStream*) override { return E_NOTIMPL; }
+  HRESULT __stdcall Save(IStream*, BOOL) override { return E_NOTIMPL; }
+  HRESULT __stdcall GetSizeMax(ULARGE_INTEGER*) override { return E_NOTIMPL; }
+  HRESULT __stdcall InitNew() override { return E_NOTIMPL; }
+  HRESULT __stdcall GetMessageSource() override { return E_NOTIMPL; }
+  HRESULT __stdcall GetMessageSize() override { return E_NOTIMPL; }
+  HRESULT __stdcall LoadOffsetTable() override { return E_NOTIMPL; }
+  HRESULT __stdcall SaveOffsetTable() override { return E_NOTIMPL; }
+  HRESULT __stdcall GetFlags() override { return E_NOTIMPL; }
+  HRESULT __stdcall HandsOffStorage() override { return E_NOTIMPL; }
+};
+
 HRESULT OpenMime(const std::string& message, void** object) {
-  ComPtr<storeapi::IMimeMessage>& mime = State().lastMimeMessage;
-  HRESULT result = ::CoCreateInstance(storeapi::kMimeMessageClass, nullptr, CLSCTX_INPROC_SERVER,
-                                      storeapi::kMimeMessageId, mime.PutVoid());
-  ComPtr<IStream> stream;
-  if (SUCCEEDED(result)) {
-    result = ::CreateStreamOnHGlobal(nullptr, TRUE, stream.Put());
-  }
-  if (SUCCEEDED(result)) {
-    result = stream->Write(message.data(), static_cast<ULONG>(message.size()), nullptr);
-  }
-  if (SUCCEEDED(result)) {
-    result = stream->Seek({}, STREAM_SEEK_SET, nullptr);
-  }
-  if (SUCCEEDED(result)) {
-    result = mime->Load(stream.Get());
-  }
+  const ComPtr<PeerMimeMessage> mime(new PeerMimeMessage);
+  const HRESULT result = mime->Open(message);
   return SUCCEEDED(result) ? mime->QueryInterface(storeapi::kMimeMessageId, object) : result;
 }
 
