@@ -1,5 +1,10 @@
 // How a client's folder list becomes a tree. No window is needed: the steps run over a small
 // interface, which the tree control and a layout in memory both have.
+//
+// Paths are split although some adapters have just joined them from a tree. A full path is all that
+// a MailFolderRef says of a folder's place, and that record is what hosts, the suite's modules and
+// half of the clients deal in: they know no parents. One form for all keeps clients out of the
+// pages. Levels without a record of their own, such as a store's root, become items as well.
 #pragma once
 
 #include <cstdint>

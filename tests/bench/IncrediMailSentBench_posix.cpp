@@ -43,7 +43,9 @@ class SentStore {
     std::vector<test::ImHeaderRow> rows;
     for (uint32_t i = 0; i < kHeaders; ++i) {
       const auto range = static_cast<uint32_t>(random() % people + 1);
-      const uint32_t person = people == kHeaders ? i : static_cast<uint32_t>(random() % range);
+      // 7919 and their count have no common factor: each once, in no order.
+      const auto each = static_cast<uint32_t>(uint64_t{i} * 7919 % kHeaders);
+      const uint32_t person = people == kHeaders ? each : static_cast<uint32_t>(random() % range);
       rows.push_back({ImGuid(1000 + i), ImGuid(3), Recipient(person), L"me@example.com",
                       L"Subject of message " + std::to_wstring(i), L"me@example.com", 5000, 5000,
                       static_cast<int>(i * 5000)});

@@ -159,14 +159,5 @@ TEST(ImContainerMap, KeptTextsStayWhenTheMapMoves) {
   EXPECT_EQ(moved.Find(L"{1}")->Label, L"\\\\Root\\Inbox");
 }
 
-TEST(ImContainerRows, AsciiIsKeptWide) {
-  ImContainerRows rows;
-  std::string text = "{AB}~";
-  const std::wstring_view kept = rows.KeepAscii(text);
-  text = "gone!";
-  EXPECT_EQ(kept, L"{AB}~");
-  EXPECT_EQ(rows.KeepAscii(""), L"");
-}
-
 }  // namespace
 }  // namespace postmarker

@@ -13,7 +13,6 @@
 #include "clients/incredimail/ImPaths.h"
 #include "clients/incredimail/ImSqlCursor.h"
 #include "clients/incredimail/ImTemporaryFile.h"
-#include "support/Ascii.h"
 #include "support/MappedFile.h"
 #include "support/Text.h"
 
@@ -28,9 +27,14 @@ constexpr wchar_t kReadRecipients[] =
 
 constexpr std::string_view kCopies = "cc";
 
-// Keeping a list costs as much as splitting it. From so many on, one in eight must have come again:
-// the larger a store the more do, so the beginning shows fewer than the whole.
-constexpr size_t kListsToJudge = 4096;
+// More lists than most people have written. A long one is rare, and splitting it takes longer than
+// finding it would.
+constexpr size_t kRecentLists = 16384;
+constexpr size_t kLongestRecentList = 512;
+
+// Addresses of this size are sorted before there are more, so that a store that repeats itself
+// takes no memory. Few stores have as many.
+constexpr size_t kBytesToSort = size_t{16} * 1024 * 1024;
 
 // What is rebuilt of one message. A header block is never so long.
 constexpr uint32_t kLongestHead = 4 * 1024 * 1024;
@@ -124,43 +128,81 @@ ResultCode GatherOlder(const std::wstring& identityDirectory, PacedStop* stop,
   return result;
 }
 
-}  // namespace
-
-void ImAddressCollector::AddAddresses(std::string_view recipients) {
-  ForEachAddress(recipients, [this](std::string_view address) { m_addresses.Add(address); });
+std::string_view CopyTo(std::pmr::memory_resource* memory, std::string_view text) {
+  if (text.empty()) {
+    return {};
+  }
+  char* const copy = static_cast<char*>(memory->allocate(text.size(), alignof(char)));
+  std::copy(text.begin(), text.end(), copy);
+  return {copy, text.size()};
 }
 
+}  // namespace
+
+ImAddressCollector::ImAddressCollector()
+    : m_recentLists(kRecentLists),
+      m_texts(std::make_unique<std::pmr::monotonic_buffer_resource>()),
+      m_bytesToSort(kBytesToSort) {}
+
 void ImAddressCollector::Add(std::wstring_view recipients) {
-  AddAddresses(Narrow(recipients));
+  AddList(Narrow(recipients));
 }
 
 void ImAddressCollector::AddInLowerCase(std::wstring_view recipients) {
-  if (IsAscii(recipients)) {
-    AddAsciiInLowerCase(NarrowAscii(recipients));
-    return;
-  }
-  if (IsNewList(NarrowUtf8(recipients))) {
-    Add(ToLower(recipients));
-  }
+  AddList(Narrow(ToLower(recipients)));
 }
 
 // The splitting makes ASCII letters small by itself.
 void ImAddressCollector::AddAsciiInLowerCase(std::string_view recipients) {
-  if (IsNewList(recipients)) {
-    AddAddresses(recipients);
+  AddList(recipients);
+}
+
+void ImAddressCollector::AddList(std::string_view recipients) {
+  if (IsRecent(recipients)) {
+    return;
+  }
+  ForEachAddress(recipients, [this](std::string_view address) {
+    m_addresses.push_back(CopyTo(m_texts.get(), address));
+    m_bytes += sizeof(address) + address.size();
+  });
+  if (m_bytes >= m_bytesToSort) {
+    DropRepeats();
   }
 }
 
-bool ImAddressCollector::IsNewList(std::string_view recipients) {
-  if (m_listsSeen >= kListsToJudge && (m_listsSeen - m_lists.Size()) * 8 < m_listsSeen) {
+// No texts make this slow: lists that share a place are split, which costs the same each time. So
+// the hash needs no secret.
+bool ImAddressCollector::IsRecent(std::string_view recipients) {
+  if (recipients.size() > kLongestRecentList) {
+    return false;
+  }
+  const size_t hash = std::hash<std::string_view>()(recipients);
+  std::string& recent = m_recentLists[hash % kRecentLists];
+  if (recent == recipients) {
     return true;
   }
-  ++m_listsSeen;
-  return m_lists.Add(recipients);
+  recent = recipients;
+  return false;
 }
 
-void ImAddressCollector::AddTo(AddressSet* addresses) const {
-  for (const std::string_view address : m_addresses.Sorted()) {
+// Sorts the addresses and moves the texts of those that stay to memory of their own. The sort that
+// merges is the faster one here, as it reads the texts in the order in which they lie.
+void ImAddressCollector::DropRepeats() {
+  std::stable_sort(m_addresses.begin(), m_addresses.end());
+  m_addresses.erase(std::unique(m_addresses.begin(), m_addresses.end()), m_addresses.end());
+  auto texts = std::make_unique<std::pmr::monotonic_buffer_resource>();
+  m_bytes = 0;
+  for (std::string_view& address : m_addresses) {
+    address = CopyTo(texts.get(), address);
+    m_bytes += sizeof(address) + address.size();
+  }
+  m_texts = std::move(texts);
+  m_bytesToSort = std::max(kBytesToSort, 2 * m_bytes);
+}
+
+void ImAddressCollector::AddTo(AddressSet* addresses) {
+  DropRepeats();
+  for (const std::string_view address : m_addresses) {
     addresses->emplace_hint(addresses->end(), Widen(address));
   }
 }

@@ -1,21 +1,26 @@
 // Whom an identity has written to, from its sent mail.
 #pragma once
 
+#include <cstddef>
+#include <memory>
+#include <memory_resource>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "clients/PacedStop.h"
-#include "clients/incredimail/ImTextSet.h"
 #include "postmarker/WizardRequest.h"
 #include "support/Results.h"
 
 namespace postmarker {
 
-// Takes lists of recipients as they stand in headers and gives the single addresses in them. The
-// same list again costs next to nothing: most people write to few others often. Where lists turn
-// out not to come again they are no longer kept. From one thread at a time.
+// Takes lists of recipients as they stand in headers and gives the single addresses in them. Most
+// people write to few others often, so a list that came a short while ago is not split again. The
+// memory grows with the different addresses, not with the lists. From one thread at a time.
 class ImAddressCollector {
  public:
+  ImAddressCollector();
+
   // Takes a list, UTF-16.
   void Add(std::wstring_view recipients);
 
@@ -26,15 +31,18 @@ class ImAddressCollector {
   void AddAsciiInLowerCase(std::string_view recipients);
 
   // Adds all addresses to *addresses.
-  void AddTo(AddressSet* addresses) const;
+  void AddTo(AddressSet* addresses);
 
  private:
-  void AddAddresses(std::string_view recipients);
-  bool IsNewList(std::string_view recipients);
+  void AddList(std::string_view recipients);
+  bool IsRecent(std::string_view recipients);
+  void DropRepeats();
 
-  ImTextSet m_lists;       // in UTF-8
-  size_t m_listsSeen = 0;  // each as often as it came
-  ImTextSet m_addresses;
+  std::vector<std::string> m_recentLists;  // each at the place that its hash says
+  std::unique_ptr<std::pmr::monotonic_buffer_resource> m_texts;
+  std::vector<std::string_view> m_addresses;  // in m_texts
+  size_t m_bytes = 0;                         // of the texts and their views
+  size_t m_bytesToSort;                       // where the repeats are dropped next
 };
 
 // Collects the recipients of an identity's sent mail from its folder database or, without one, from

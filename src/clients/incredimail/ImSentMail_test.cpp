@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <memory_resource>
+
 #include "support/ImDatabase.h"
 #include "support/ImOlderStore.h"
 #include "support/Prefixes.h"
@@ -240,6 +243,54 @@ TEST(ImAddressCollector, ManyListsAreTakenWhetherTheyComeAgainOrNot) {
   AddressSet addresses;
   collector.AddTo(&addresses);
   EXPECT_EQ(addresses, expected);
+}
+
+// Knows how many bytes are allocated.
+class CountedMemory : public std::pmr::memory_resource {
+ public:
+  CountedMemory() : m_before(std::pmr::set_default_resource(this)) {}
+  CountedMemory(const CountedMemory&) = delete;
+  CountedMemory& operator=(const CountedMemory&) = delete;
+  ~CountedMemory() override { std::pmr::set_default_resource(m_before); }
+
+  [[nodiscard]] size_t Peak() const { return m_peak; }
+
+ private:
+  void* do_allocate(size_t bytes, size_t alignment) override {
+    m_bytes += bytes;
+    m_peak = std::max(m_peak, m_bytes);
+    return m_before->allocate(bytes, alignment);
+  }
+  void do_deallocate(void* memory, size_t bytes, size_t alignment) override {
+    m_bytes -= bytes;
+    m_before->deallocate(memory, bytes, alignment);
+  }
+  [[nodiscard]] bool do_is_equal(const memory_resource& other) const noexcept override {
+    return this == &other;
+  }
+
+  std::pmr::memory_resource* m_before;
+  size_t m_bytes = 0;
+  size_t m_peak = 0;
+};
+
+TEST(ImAddressCollector, AddressesThatComeAgainInOtherListsTakeNoMemory) {
+  constexpr uint32_t kLists = 120'000;
+  const CountedMemory memory;
+  ImAddressCollector collector;
+  AddressSet expected = {L"same@x"};
+  const std::string alike(300, 'p');
+  for (uint32_t i = 0; i < kLists; ++i) {
+    const std::string address = alike + std::to_string(i % 2000) + "@x";
+    // Each list is another one.
+    collector.AddAsciiInLowerCase(std::to_string(i) + " <" + address + ">, same@x");
+    expected.insert(Widen(address));
+  }
+  AddressSet addresses;
+  collector.AddTo(&addresses);
+  EXPECT_EQ(addresses, expected);
+  // The lists' addresses are 36 MiB together, and half as much again is allocated for more.
+  EXPECT_LT(memory.Peak(), size_t{32} * 1024 * 1024);
 }
 
 TEST(ImAddressCollector, EmptyItemIsTheAddressThatTheListHas) {

@@ -1,7 +1,6 @@
 #include "clients/incredimail/ImStore.h"
 
 #include <algorithm>
-#include <optional>
 
 #include "clients/incredimail/ImFolderFile.h"
 #include "clients/incredimail/ImPaths.h"
@@ -20,11 +19,6 @@ constexpr wchar_t kAddFolder[] =
     L"INSERT OR REPLACE INTO Containers(ContainerID, ParentContainerID, IndexInParent, Label, "
     L"FileName, SortField, SortOrder, Color, MsgsCount, NewMsgsCount) VALUES(";
 
-std::wstring_view KeepColumn(ImSqlCursor* cursor, int column, ImContainerRows* rows) {
-  const std::optional<std::string_view> ascii = cursor->AsciiText(column);
-  return ascii ? rows->KeepAscii(*ascii) : rows->Keep(cursor->Text(column));
-}
-
 std::wstring Quoted(const std::wstring& text) {
   return L"'" + text + L"'";
 }
@@ -38,11 +32,11 @@ ImContainerMap ReadContainerRows(const std::wstring& database) {
   ImContainerRows rows;
   for (ImSqlCursor cursor(database, kReadFolders); cursor.HasRow(); cursor.Next()) {
     ImContainer row;
-    row.ContainerID = KeepColumn(&cursor, 0, &rows);
-    row.ParentContainerID = KeepColumn(&cursor, 1, &rows);
+    row.ContainerID = rows.Keep(cursor.Text(0));
+    row.ParentContainerID = rows.Keep(cursor.Text(1));
     row.IndexInParent = static_cast<uint32_t>(cursor.Integer(2));
-    row.Label = KeepColumn(&cursor, 3, &rows);
-    row.FileName = KeepColumn(&cursor, 4, &rows);
+    row.Label = rows.Keep(cursor.Text(3));
+    row.FileName = rows.Keep(cursor.Text(4));
     row.MsgsCount = static_cast<uint32_t>(cursor.Integer(5));
     rows.Add(row);
   }
