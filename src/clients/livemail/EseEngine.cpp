@@ -38,6 +38,14 @@ std::optional<std::vector<ese::KeyColumn>> ParseKey(const ese::Table& table, std
   return columns;
 }
 
+// A list of so many rows that names no columns yet.
+template <class List>
+void DescribeRows(const std::vector<EseListing::Row>& rows, List* list) {
+  *list = {};
+  list->size = sizeof(*list);
+  list->recordCount = static_cast<uint32_t>(rows.size());
+}
+
 }  // namespace
 
 // What GetInstanceInfo gives, and all that it points to.
@@ -243,9 +251,7 @@ jet::Code EseEngine::GetTables(jet::Session session, jet::DatabaseId database,
   for (const ese::Table& table : opened->file->Database().Tables()) {
     rows.push_back({table.name, BytesOf(jet::kTables), BytesOf(table.flags)});
   }
-  *list = {};
-  list->size = sizeof(*list);
-  list->recordCount = static_cast<uint32_t>(rows.size());
+  DescribeRows(rows, list);
   list->objectName = 1;
   list->objectType = 2;
   list->flags = 3;
@@ -269,9 +275,7 @@ jet::Code EseEngine::GetColumns(jet::Session session, jet::TableId table, jet::C
     rows.push_back({column->name, BytesOf(EseStoredRows::IdOf(*column)), BytesOf(column->type),
                     BytesOf(static_cast<uint16_t>(column->codePage))});
   }
-  *list = {};
-  list->size = sizeof(*list);
-  list->recordCount = static_cast<uint32_t>(rows.size());
+  DescribeRows(rows, list);
   list->columnName = 1;
   list->columnId = 2;
   list->columnType = 3;
@@ -294,9 +298,7 @@ jet::Code EseEngine::GetIndexes(jet::Session session, jet::TableId table, jet::I
                       column == nullptr ? std::nullopt : std::optional(column->name)});
     }
   }
-  *list = {};
-  list->size = sizeof(*list);
-  list->recordCount = static_cast<uint32_t>(rows.size());
+  DescribeRows(rows, list);
   list->indexName = 1;
   list->columnNumber = 2;
   list->columnName = 3;
