@@ -34,7 +34,7 @@ constexpr int kAddressGrid = 10016;
 constexpr char kUsage[] =
     "usage: wizard-state SECONDS FACT...\n"
     "Waits until a wizard shows all facts, at most so long, then prints in pixels of the screen\n"
-    "\"NAME LEFT TOP WIDTH HEIGHT\" for the sheet, its buttons, and the tip if one is shown.\n"
+    "\"NAME LEFT TOP WIDTH HEIGHT\" for the sheet, its buttons, a tip and a notice.\n"
     "Ends with 1 if the time was over first. Facts:\n"
     "  welcome clients folders addresses training-first training-second settings  the page\n"
     "  next back finish          the button can be pressed\n"
@@ -45,6 +45,7 @@ constexpr char kUsage[] =
     "  root folder               an item at the top of the tree is selected, or another one\n"
     "  tip                       a tip is shown\n"
     "  front behind              the sheet is the foreground window, or another one is\n"
+    "  notice                    a message box is shown\n"
     "  gone                      there is no wizard\n";
 
 // Pages by a control that each has alone.
@@ -87,6 +88,17 @@ HWND FindTip() {
   return window;
 }
 
+// A message box: a dialog with a text and a button, and nothing of the wizard.
+HWND FindNotice() {
+  constexpr int kMessageText = 0xFFFF;
+  HWND window = nullptr;
+  do {
+    window = ::FindWindowExW(nullptr, window, L"#32770", nullptr);
+  } while (window != nullptr &&
+           (!::IsWindowVisible(window) || ::GetDlgItem(window, kMessageText) == nullptr));
+  return window;
+}
+
 HWND CurrentPage(HWND sheet) {
   return reinterpret_cast<HWND>(Ask(sheet, PSM_GETCURRENTPAGEHWND));
 }
@@ -120,6 +132,9 @@ bool IsShown(HWND sheet, const std::string& fact) {
   }
   if (fact == "tip") {
     return FindTip() != nullptr;
+  }
+  if (fact == "notice") {
+    return FindNotice() != nullptr;
   }
   if (fact == "front" || fact == "behind") {
     return sheet != nullptr && (::GetForegroundWindow() == sheet) == (fact == "front");
@@ -180,6 +195,7 @@ void PrintPlaces() {
     PrintPlace("cancel", ::GetDlgItem(sheet, IDCANCEL));
   }
   PrintPlace("tip", FindTip());
+  PrintPlace("notice", FindNotice());
 }
 
 int Run(int seconds, const std::vector<std::string>& facts) {

@@ -12,6 +12,8 @@
 #include "clients/incredimail/ImSentMail.h"
 #include "clients/incredimail/ImSqlCursor.h"
 #include "clients/incredimail/ImStore.h"
+#include "clients/livemail/LiveStore.h"
+#include "clients/livemail/LiveStoreId.h"
 #include "support/TempFolder.h"
 #include "support/Text.h"
 
@@ -184,6 +186,34 @@ TEST_F(DemoStore, OlderFormHasTheSameRecipientsAndContacts) {
 TEST_F(DemoStore, MakingItAgainReplacesIt) {
   EXPECT_EQ(Run("make-store \"" + StorePath() + "\""), 0);
   EXPECT_EQ(FolderNames(kNora, L"\\\\N").size(), 19U);
+}
+
+TEST_F(DemoStore, StoreOfWindowsLiveMailHasFoldersOfManyScriptsAddressesAndAnId) {
+  const std::string path = (s_folder->Path() / "Mail.MSMessageStore").string();
+  const std::string maker = PM_LIVE_STORE_MAKER;
+  ASSERT_EQ(std::system((maker + " " PM_DEMO_DIR "/live-mail.txt \"" + path + "\"").c_str()), 0);
+  MailFolderList folders;
+  livemail::ListStoreFolders(WidenUtf8(path), {}, &folders);
+  Names names;
+  for (const MailFolderRef& folder : folders) {
+    names.push_back(NarrowUtf8(folder.name));
+  }
+  const std::string person = "\\\\Nora Weiß (Gärtnerei)";
+  const std::string storage = "\\\\Storage folders";
+  EXPECT_EQ(names,
+            (Names{person, person + "\\Inbox", person + "\\Sent Items", person + "\\Deleted Items",
+                   person + "\\Drafts", person + "\\Junk E-mail", storage, storage + "\\Kunden",
+                   storage + "\\Kunden\\Ελληνικά",
+                   storage + "\\Kunden\\Ελληνικά\\Αθήνα – Συμβόλαια", storage + "\\Kunden\\Русский",
+                   storage + "\\Kunden\\日本語", storage + "\\Kunden\\日本語\\東京支社",
+                   storage + "\\Rechnungen", storage + "\\Rechnungen\\Überfällig"}));
+  PacedStop never;
+  AddressSet addresses;
+  livemail::CollectStoreAddresses(WidenUtf8(path), &never, &addresses);
+  EXPECT_EQ(addresses, (AddressSet{L"info@gaertnerei.example", L"nora.weiss@schachclub.example",
+                                   L"nora@gaertnerei.example"}));
+  EXPECT_EQ(livemail::ReadLiveMessageStoreId(WidenUtf8(path), L""),
+            "\x5C\x3A\x91\xE0\x7F\x2B\x46\xD8");
 }
 
 TEST_F(DemoStore, WrongUsageIsToldByTheExitCode) {
