@@ -85,7 +85,7 @@ std::string RecordAsText(int32_t result, const WizardRequest& request) {
   const auto line = [&text](const char* name, const std::string& value) {
     text.append(name).append(": ").append(value).append("\n");
   };
-  const char* const meaning = result == 12325 ? " (finished)" : result == 2 ? " (cancelled)" : "";
+  const char* const meaning = result == 12325 ? " (finished)" : result == 2 ? " (canceled)" : "";
   line("Result", std::to_string(result) + meaning);
   line("Mail client", NarrowUtf8(request.clientName));
   line("Window hook", YesOrNo(request.useWindowHook != 0));

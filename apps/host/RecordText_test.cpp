@@ -58,7 +58,7 @@ TEST(RecordText, JsonHoldsEveryFieldOfTheRecord) {
 
 TEST(RecordText, TextHasALineForEveryField) {
   const std::string text = RecordAsText(2, FullRecord());
-  for (const char* const line : {"Result: 2 (cancelled)\n",
+  for (const char* const line : {"Result: 2 (canceled)\n",
                                  "Mail client: Plain\n",
                                  "Window hook: yes\n",
                                  "Training offered: yes\n",

@@ -28,7 +28,7 @@ extern "C" {
 // Results:
 // - kWizardFinished, 12325: the person pressed Finish and the settings were written. Failures of
 //   single writes are passed over in silence.
-// - kWizardCancelled, 2: the person cancelled, `request` is null, `parentWindow` is not a window,
+// - kWizardCancelled, 2: the person canceled, `request` is null, `parentWindow` is not a window,
 //   the owner was destroyed meanwhile, the thread was told to quit, or memory ran out. As a rule no
 //   answer was written. What was done before stays done: the client that was chosen is the one that
 //   the next run begins with, and a folder that was created exists. If it was memory that ran out,

@@ -35,7 +35,7 @@ struct WizardRequest {
   // does the training itself, after ShowWizard has returned.
   uint8_t offerTraining = 0;
 
-  // Settings page. 1 or 0: move mails recognised as spam; add senders of blocked mails to the
+  // Settings page. 1 or 0: move mails recognized as spam; add senders of blocked mails to the
   // blocked list; add senders of unblocked mails to the allowed list.
   uint8_t moveEmails = 0;
   uint8_t addBlocked = 0;

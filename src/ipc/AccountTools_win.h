@@ -22,8 +22,9 @@ inline constexpr AccountToolsRoute kResidentProcess = {L"Global\\Kestrelon.KsMai
 
 // Asks the resident process which web address to open instead of `address`. 1 if a text that is not
 // empty came back in `target`; otherwise 0, and `target` is as it was. Every call writes a line to
-// the trace of commands. Want of memory is a failure like others. Blocks for up to the sum of the
-// limits: 10 seconds if there is no resident process. Calls share nothing; any thread.
+// the trace of commands. Want of memory is a failure like others. Blocks for 10 seconds if there is
+// no resident process, and for about a minute at most if it hangs halfway. Calls share nothing; any
+// thread.
 uint32_t ResolveLink(const std::wstring& address, std::wstring& target);
 
 // The address that the suite wants the user to open instead of `address`: what ResolveLink finds if

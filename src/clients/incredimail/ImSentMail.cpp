@@ -37,7 +37,7 @@ constexpr size_t kLongestRecentList = 512;
 constexpr size_t kBytesToSort = size_t{16} * 1024 * 1024;
 
 // What is rebuilt of one message. A header block is never so long.
-constexpr uint32_t kLongestHead = 4 * 1024 * 1024;
+constexpr uint32_t kMaxHeadBytes = 4 * 1024 * 1024;
 
 // Takes one list of recipients, UTF-16.
 using ListSink = std::function<void(const std::wstring& list)>;
@@ -65,8 +65,8 @@ class RebuildBudget {
 // The beginning of the message, as far as its file has it.
 ImMessagePlace HeadOf(const ImHeader& header, uint32_t fileSize) {
   const uint32_t left = fileSize - std::min(header.MsgPos, fileSize);
-  return {std::min(header.MsgSize, kLongestHead),
-          std::min({header.LightMsgSize, kLongestHead, left}), header.MsgPos};
+  return {std::min(header.MsgSize, kMaxHeadBytes),
+          std::min({header.LightMsgSize, kMaxHeadBytes, left}), header.MsgPos};
 }
 
 ResultCode Rebuild(const MappedFile& file, const ImMessagePlace& place, ImMessage* message) {

@@ -19,7 +19,7 @@ constexpr uint64_t kInstructionsPerByte = 64;
 
 // A list of a hundred thousand recipients fits. What is longer is no text of the client's, and
 // would keep a reader busy that is to stop.
-constexpr int kLongestText = 4 * 1024 * 1024;
+constexpr int kMaxTextBytes = 4 * 1024 * 1024;
 
 // The library takes 16-bit units, also where wide characters are wider.
 std::u16string ToUtf16(const std::wstring& wide) {
@@ -47,7 +47,7 @@ ImSqlCursor::ImSqlCursor(const std::wstring& database, const std::wstring& state
     Close();
     return;
   }
-  ::sqlite3_limit(m_database.Get(), SQLITE_LIMIT_LENGTH, kLongestText);
+  ::sqlite3_limit(m_database.Get(), SQLITE_LIMIT_LENGTH, kMaxTextBytes);
   m_workLeft = LooksFor(database);
   ::sqlite3_progress_handler(m_database.Get(), kInstructionsPerLook, &CountWork, this);
   m_isUtf8 = HasUtf8Texts();

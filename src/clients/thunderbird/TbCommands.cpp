@@ -15,12 +15,12 @@ constexpr int32_t kPollMilliseconds = 100;
 
 // What a reply may make the bridge hold, in bytes: in a list half a million addresses, in an answer
 // a few texts. A list that repeats what is held already may be longer.
-constexpr size_t kMostHeldOfAList = size_t{64} * 1024 * 1024;
-constexpr size_t kMostHeldOfAnAnswer = size_t{64} * 1024;
+constexpr size_t kMaxHeldListBytes = size_t{64} * 1024 * 1024;
+constexpr size_t kMaxHeldAnswerBytes = size_t{64} * 1024;
 
 // Each message counts as this much at least, so that a reply that never ends and holds nothing ends
 // as well.
-constexpr size_t kLeastCharge = 8;
+constexpr size_t kMinChargeBytes = 8;
 
 // An entry of a set or a list besides its text.
 constexpr size_t kEntryBytes = 64;
@@ -63,7 +63,7 @@ void ReadReply(TbChannel* channel, std::wstring_view command, int32_t limitSecon
     if (!charge) {
       return;
     }
-    held += std::max(*charge, kLeastCharge);
+    held += std::max(*charge, kMinChargeBytes);
   }
 }
 
@@ -83,7 +83,7 @@ size_t Insert(const std::wstring& address, AddressSet* addresses) {
 }  // namespace
 
 ResultCode GiveAllFolders(TbChannel* channel, int32_t limitSeconds, MailFolderList* folders) {
-  return RunCommand(channel, L"GiveAllFolders", limitSeconds, kMostHeldOfAList,
+  return RunCommand(channel, L"GiveAllFolders", limitSeconds, kMaxHeldListBytes,
                     [folders](const std::wstring& message) {
                       folders->push_back(ParseFolderRecord(message));
                       return BytesHeld(folders->back());
@@ -92,12 +92,12 @@ ResultCode GiveAllFolders(TbChannel* channel, int32_t limitSeconds, MailFolderLi
 
 ResultCode GiveContacts(TbChannel* channel, int32_t limitSeconds, AddressSet* addresses) {
   return RunCommand(
-      channel, L"GiveContacts", limitSeconds, kMostHeldOfAList,
+      channel, L"GiveContacts", limitSeconds, kMaxHeldListBytes,
       [addresses](const std::wstring& message) { return Insert(message, addresses); });
 }
 
 ResultCode SentItemsEntries(TbChannel* channel, int32_t limitSeconds, int32_t* count) {
-  return RunCommand(channel, L"SentItemsEntries", limitSeconds, kMostHeldOfAnAnswer,
+  return RunCommand(channel, L"SentItemsEntries", limitSeconds, kMaxHeldAnswerBytes,
                     [count](const std::wstring& message) {
                       *count = ParseCount(message);
                       return size_t{0};
@@ -135,14 +135,14 @@ ResultCode GiveAddressesFromSentItems(TbChannel* channel, int32_t total,
     }
     return IsCancelled(callbacks) ? std::nullopt : std::optional<size_t>(0);
   };
-  ReadReply(channel, kCommand, limitSeconds, kMostHeldOfAList, handle);
+  ReadReply(channel, kCommand, limitSeconds, kMaxHeldListBytes, handle);
   return kOk;
 }
 
 ResultCode AddNewFolder(TbChannel* channel, const std::wstring& name, const MailFolderRef& parent,
                         int32_t limitSeconds, MailFolderList* created) {
   const std::wstring request = NewFolderRequest(parent, name);
-  return RunCommand(channel, L"AddNewFolder", limitSeconds, kMostHeldOfAnAnswer,
+  return RunCommand(channel, L"AddNewFolder", limitSeconds, kMaxHeldAnswerBytes,
                     [&](const std::wstring& message) {
                       if (message == L"OK") {
                         (void)channel->Write(request);
@@ -154,7 +154,7 @@ ResultCode AddNewFolder(TbChannel* channel, const std::wstring& name, const Mail
 }
 
 ResultCode SetMoveMails(TbChannel* channel, bool move, int32_t limitSeconds) {
-  return RunCommand(channel, L"SetMoveMails", limitSeconds, kMostHeldOfAnAnswer,
+  return RunCommand(channel, L"SetMoveMails", limitSeconds, kMaxHeldAnswerBytes,
                     [&](const std::wstring& message) {
                       if (message == L"OK") {
                         (void)channel->Write(move ? L"true" : L"false");
