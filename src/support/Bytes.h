@@ -80,8 +80,8 @@ inline std::string LowerText(std::string_view text) {
   return lower;
 }
 
-// True where the texts are equal, ASCII case ignored.
-inline bool SameText(std::string_view a, std::string_view b) {
+// True if the texts are equal but for the case of ASCII letters.
+inline bool EqualNoCase(std::string_view a, std::string_view b) {
   return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
            return LowerByte(x) == LowerByte(y);
          });

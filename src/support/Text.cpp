@@ -61,10 +61,6 @@ wchar_t ToLowerBeyondAscii(wchar_t c) {
   return c;
 }
 
-char ToLowerAscii(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 0x20) : c;
-}
-
 void AppendCodePoint(std::wstring* out, char32_t code) {
   if (code >= 0x10000) {
     code -= 0x10000;
@@ -188,11 +184,6 @@ int CompareNoCase(std::wstring_view a, std::wstring_view b) {
 
 bool EqualNoCase(std::wstring_view a, std::wstring_view b) {
   return a.size() == b.size() && CompareNoCase(a, b) == 0;
-}
-
-bool EqualNoCase(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return ToLowerAscii(x) == ToLowerAscii(y); });
 }
 
 std::wstring_view TrimWhiteSpace(std::wstring_view text) {

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "support/Bytes.h"
+
 namespace postmarker {
 
 // Bytes to UTF-16 units, in the thread's ANSI code page on Windows and in Windows-1252 elsewhere.
@@ -31,10 +33,8 @@ std::wstring ToLower(std::wstring_view text);
 // Ordinal comparison of the lower-case forms: negative, 0 or positive.
 int CompareNoCase(std::wstring_view a, std::wstring_view b);
 
+// The one for bytes is in Bytes.h.
 bool EqualNoCase(std::wstring_view a, std::wstring_view b);
-
-// The same for narrow text, where only ASCII letters have case.
-bool EqualNoCase(std::string_view a, std::string_view b);
 
 // The text without ASCII white space at its ends.
 std::wstring_view TrimWhiteSpace(std::wstring_view text);

@@ -15,7 +15,7 @@ constexpr std::array<std::string_view, 3> kSenderLabels = {"from", "reply-to", "
 }  // namespace
 
 bool IsSubjectHeader(std::string_view key) {
-  return SameText(key, "subject");
+  return EqualNoCase(key, "subject");
 }
 
 std::optional<std::string_view> SenderLabel(std::string_view key) {

@@ -301,15 +301,15 @@ TEST(KsMailTokenizer, ClearsWhatTheLastMessageLeft) {
   Parse(&tokenizer, "Subject: a b\r\nFrom: c <d@e.com>\r\n\r\n%rnd f.com g@h.com");
   tokenizer.Tokens();
   EXPECT_EQ(Parse(&tokenizer, ""), kFail);
-  EXPECT_TRUE(tokenizer.Tokens().Empty());
-  EXPECT_TRUE(tokenizer.SubjectTokens().Empty());
-  EXPECT_TRUE(tokenizer.FromNameTokens().Empty());
-  EXPECT_TRUE(tokenizer.BodyWords().Empty());
-  EXPECT_TRUE(tokenizer.TextUrls().Empty());
-  EXPECT_TRUE(tokenizer.TextAddresses().Empty());
+  EXPECT_TRUE(tokenizer.Tokens().IsEmpty());
+  EXPECT_TRUE(tokenizer.SubjectTokens().IsEmpty());
+  EXPECT_TRUE(tokenizer.FromNameTokens().IsEmpty());
+  EXPECT_TRUE(tokenizer.BodyWords().IsEmpty());
+  EXPECT_TRUE(tokenizer.TextUrls().IsEmpty());
+  EXPECT_TRUE(tokenizer.TextAddresses().IsEmpty());
   EXPECT_EQ(tokenizer.Stats().rndMacroCount, 0);
   EXPECT_EQ(tokenizer.FingerprintCount(), 0U);
-  EXPECT_TRUE(tokenizer.GetHeaders().Empty());
+  EXPECT_TRUE(tokenizer.GetHeaders().IsEmpty());
   EXPECT_EQ(tokenizer.Parse(L"no such file", nullptr, nullptr), kFail);
 }
 

@@ -127,7 +127,7 @@ void MessageFeatures::CountAddress(std::string_view label, std::string_view addr
     address.remove_prefix(at + 1);
     m_tokens.Add(prefix, local, 1);
     const std::string_view domain = GetRegisteredDomain(address);
-    if (label != "reply-to" && SameText(domain.substr(0, domain.find('.')), kProviderLabel)) {
+    if (label != "reply-to" && EqualNoCase(domain.substr(0, domain.find('.')), kProviderLabel)) {
       m_tokens.Add(prefix, std::string(local).append("@").append(kProviderDomain), 1);
     }
   }

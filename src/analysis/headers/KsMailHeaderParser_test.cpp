@@ -64,11 +64,11 @@ TEST(KsMailHeaderParser, FailsWithoutBytesAndIsEmptyThen) {
   KsMailHeaderParser parser;
   Parse(&parser, kMessage);
   EXPECT_EQ(parser.Parse(nullptr, 5), kFail);
-  EXPECT_TRUE(parser.GetHeaders().Empty());
+  EXPECT_TRUE(parser.GetHeaders().IsEmpty());
   EXPECT_TRUE(parser.GetHops().IsEmpty());
   Parse(&parser, kMessage);
   EXPECT_EQ(parser.Parse("x", 0), kFail);
-  EXPECT_TRUE(parser.GetHeaders().Empty());
+  EXPECT_TRUE(parser.GetHeaders().IsEmpty());
   EXPECT_EQ(parser.Parse(L"no such file"), kFail);
 }
 
@@ -76,7 +76,7 @@ TEST(KsMailHeaderParser, ClearForgets) {
   KsMailHeaderParser parser;
   Parse(&parser, kMessage);
   parser.Clear();
-  EXPECT_TRUE(parser.GetHeaders().Empty());
+  EXPECT_TRUE(parser.GetHeaders().IsEmpty());
   EXPECT_TRUE(parser.GetHops().IsEmpty());
   EXPECT_EQ(parser.GetSubject(), "");
 }

@@ -107,7 +107,7 @@ bool ReadFromClause(LineReader* line, KsHostInfo* from) {
 
 bool EndsLook(std::string_view word) {
   return word.empty() || word.front() == '(' || word.front() == '[' || word.back() == ';' ||
-         SameText(word, "with") || SameText(word, "id") || SameText(word, "for");
+         EqualNoCase(word, "with") || EqualNoCase(word, "id") || EqualNoCase(word, "for");
 }
 
 // The word "on" brings another name for the host. Only then the line is read on; other words are
@@ -119,7 +119,7 @@ void LookForOn(LineReader* line, std::string* name) {
     if (EndsLook(word)) {
       return;
     }
-    if (SameText(word, "on")) {
+    if (EqualNoCase(word, "on")) {
       *name = look.ReadToSeparator();
       look.SkipSeparators();
       *line = look;
@@ -221,7 +221,7 @@ bool KsHostInfo::IsConsistent() const {
     return false;
   }
   return IsPrivateAddress() || helo.empty() ||
-         SameText(GetRegisteredDomain(helo), GetRegisteredDomain(name));
+         EqualNoCase(GetRegisteredDomain(helo), GetRegisteredDomain(name));
 }
 
 void ParseReceivedLine(std::string_view text, KsHostInfo* from, KsHostInfo* by) {

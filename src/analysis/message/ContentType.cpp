@@ -30,7 +30,7 @@ void JudgeName(std::string_view name, ContentType* type) {
 // Neither text nor an image by its type: the type and the file names decide.
 void JudgeAttachment(std::string_view contentType, const HeaderMap& headers, ContentType* type) {
   if (const auto subtype = FindParameter(contentType, "application")) {
-    type->pdf = SameText(*subtype, "pdf");
+    type->pdf = EqualNoCase(*subtype, "pdf");
   }
   if (const auto name = FindParameter(contentType, "name")) {
     JudgeName(*name, type);
@@ -51,7 +51,7 @@ void JudgeKind(std::string_view contentType, const HeaderMap& headers, ContentTy
     type->text = true;
   } else if (const auto subtype = FindParameter(contentType, "text")) {
     type->text = true;
-    type->html = SameText(*subtype, "html") || SameText(*subtype, "richtext");
+    type->html = EqualNoCase(*subtype, "html") || EqualNoCase(*subtype, "richtext");
   } else if (FindParameter(contentType, "image")) {
     type->image = true;
   } else {
@@ -78,7 +78,7 @@ HeaderParameter ReadParameter(std::string_view piece) {
 std::optional<std::string_view> FindParameter(std::string_view text, std::string_view key) {
   std::optional<std::string_view> value;
   ForEachParameter(text, [&](const HeaderParameter& parameter) {
-    if (SameText(parameter.key, key)) {
+    if (EqualNoCase(parameter.key, key)) {
       value = parameter.value;
     }
   });

@@ -29,7 +29,7 @@ constexpr std::array<bool, 256> kPlainBytes = MakePlainBytes();
 class HeaderStore {
  public:
   explicit HeaderStore(HeaderMap* headers)
-      : m_headers(headers), m_keepAll(headers != nullptr && headers->Empty()) {}
+      : m_headers(headers), m_keepAll(headers != nullptr && headers->IsEmpty()) {}
 
   void Commit(std::string_view name, std::string_view value) {
     if (m_headers == nullptr || (!m_keepAll && !m_headers->Contains(name))) {
@@ -197,8 +197,8 @@ class BlockReader {
   }
 
   static bool IsVerbatim(std::string_view name) {
-    return SameText(name, "subject") || SameText(name, "thread-index") ||
-           SameText(name, "received");
+    return EqualNoCase(name, "subject") || EqualNoCase(name, "thread-index") ||
+           EqualNoCase(name, "received");
   }
 
   void Commit() {

@@ -32,7 +32,7 @@ TEST(HeaderMap, GetAndFindCreateNothing) {
   const HeaderMap map;
   EXPECT_EQ(map.Get("a"), "");
   EXPECT_EQ(map.Find("a"), std::nullopt);
-  EXPECT_TRUE(map.Empty());
+  EXPECT_TRUE(map.IsEmpty());
 }
 
 TEST(HeaderMap, SortsByBytes) {
@@ -71,7 +71,7 @@ TEST(HeaderMap, EraseTellsWhetherTheKeyWasThere) {
   map.Set("a", "1");
   EXPECT_TRUE(map.Erase("a"));
   EXPECT_FALSE(map.Erase("a"));
-  EXPECT_TRUE(map.Empty());
+  EXPECT_TRUE(map.IsEmpty());
 }
 
 TEST(HeaderMap, BehavesLikeAMapUnderManyChanges) {

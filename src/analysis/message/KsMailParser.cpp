@@ -160,7 +160,7 @@ void KsMailParser::ParseHeaderBlock(int level, HeaderMap* headers) {
 KsMailParser::Kind KsMailParser::OpenEntity(int level, HeaderMap* headers,
                                             std::string_view* inner) {
   SelectHeaders(headers, level);
-  if (!headers->Empty()) {
+  if (!headers->IsEmpty()) {
     headers->Set("content-type", {});
     headers->Set("content-transfer-encoding", {});
   }

@@ -43,14 +43,15 @@ constexpr std::array<LinkRule, 5> kLinkRules = {{
 }};
 
 const LinkRule* FindRule(std::string_view name) {
-  const auto* const rule = std::find_if(kLinkRules.begin(), kLinkRules.end(),
-                                        [&](const auto& row) { return SameText(row.tag, name); });
+  const auto* const rule = std::find_if(kLinkRules.begin(), kLinkRules.end(), [&](const auto& row) {
+    return EqualNoCase(row.tag, name);
+  });
   return rule == kLinkRules.end() ? nullptr : rule;
 }
 
 // True if `name` stands in front of the "=" at `equals`, case ignored.
 bool StandsBefore(std::string_view tag, size_t equals, std::string_view name) {
-  return equals >= name.size() && SameText(tag.substr(equals - name.size(), name.size()), name);
+  return equals >= name.size() && EqualNoCase(tag.substr(equals - name.size(), name.size()), name);
 }
 
 // The value behind the "=" at `equals`: in double quotes, or word characters. Nothing at the tag's
@@ -292,9 +293,9 @@ class HtmlScanner {
       m_facts.exe = m_facts.exe || link.ends_with(".exe");
       m_facts.domains.push_back(GetRegisteredDomain(rest));
     }
-    if (SameText(scheme, "mailto")) {
+    if (EqualNoCase(scheme, "mailto")) {
       HandleMailAddress(rest, count);
-    } else if (SameText(scheme, "cid")) {
+    } else if (EqualNoCase(scheme, "cid")) {
       m_tokens->Add("cid", count);
       if (const size_t at = rest.find('@'); at != kNone) {
         m_tokens->Add(rest.substr(at + 1), count);

@@ -43,7 +43,7 @@ size_t SkipToSpace(std::string_view tag, size_t position) {
 
 const TagRow* FindTag(std::string_view name) {
   const auto* const row = std::find_if(kTags.begin(), kTags.end(), [&](const TagRow& candidate) {
-    return SameText(candidate.name, name);
+    return EqualNoCase(candidate.name, name);
   });
   return row == kTags.end() ? nullptr : row;
 }

@@ -112,9 +112,9 @@ class DottedWords {
       }
       lower.remove_prefix(at + 1);
     }
-    if (SameText(word.previous, "http")) {
+    if (EqualNoCase(word.previous, "http")) {
       m_urls->Add("http://", lower, 1);
-    } else if (SameText(word.previous, "ftp")) {
+    } else if (EqualNoCase(word.previous, "ftp")) {
       m_urls->Add("ftp://", lower, 1);
     } else if (IsUrlLike(&lower)) {
       m_urls->Add(lower, 1);
@@ -225,7 +225,7 @@ std::string UpperLettersOf(std::string_view word, size_t minimum) {
 bool HoldsRndMacro(std::string_view text) {
   constexpr std::string_view kMacro = "%rnd";
   for (size_t at = text.find('%'); at != std::string_view::npos; at = text.find('%', at + 1)) {
-    if (SameText(text.substr(at, kMacro.size()), kMacro)) {
+    if (EqualNoCase(text.substr(at, kMacro.size()), kMacro)) {
       return true;
     }
   }

@@ -90,7 +90,7 @@ TEST(Tokenize, CountsDottedWordsWholeAndInPieces) {
 TEST(Tokenize, KeepsNumbersWholeAndTestsNoUrl) {
   const Tokenized text("1,000.50 2.3.4.5");
   EXPECT_EQ(Listed(text.tokens), "1,000.50 2.3.4.5");
-  EXPECT_TRUE(text.urls.Empty());
+  EXPECT_TRUE(text.urls.IsEmpty());
 }
 
 TEST(Tokenize, AddressesAreCountedInLowerCase) {
@@ -147,7 +147,7 @@ TEST(CollectTextUrls, FindsWhatTokenizeFinds) {
       "x http://www.Example.com/a?b Joe@Host.org 1.2.3 ftp x.y.zz c.d. www.q e.f";
   TokenCountMap urls;
   CollectTextUrls(kText, &urls);
-  EXPECT_FALSE(urls.Empty());
+  EXPECT_FALSE(urls.IsEmpty());
   EXPECT_EQ(Listed(urls), Listed(Tokenized(kText).urls));
 }
 

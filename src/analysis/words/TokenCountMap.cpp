@@ -79,7 +79,7 @@ inline size_t TokenCountMap::PlaceOf(std::string_view key, uint32_t hash) const 
 }
 
 const TokenCountMap::Entry* TokenCountMap::Find(std::string_view key) const {
-  if (Empty()) {
+  if (IsEmpty()) {
     return nullptr;
   }
   const size_t place = PlaceOf(key, TextHash(key).Bits());
@@ -207,7 +207,7 @@ int32_t TokenCountMap::Count(std::string_view key) const {
 }
 
 void TokenCountMap::Clear() {
-  if (Empty()) {
+  if (IsEmpty()) {
     return;
   }
   m_entries.Clear();

@@ -96,7 +96,7 @@ class TokenCountMap {
   [[nodiscard]] int32_t Count(std::string_view key) const;
   [[nodiscard]] bool Contains(std::string_view key) const { return Find(key) != nullptr; }
   [[nodiscard]] size_t Size() const { return m_entries.Size(); }
-  [[nodiscard]] bool Empty() const { return Size() == 0; }
+  [[nodiscard]] bool IsEmpty() const { return Size() == 0; }
 
   // Empties the map. Some memory is kept for what comes next.
   void Clear();

@@ -37,7 +37,7 @@ TEST(TokenCountMap, AddCountIgnoresAnEmptyKey) {
   TokenCountMap map;
   AddCount("", &map, 1);
   map.Add("", "", 1);
-  EXPECT_TRUE(map.Empty());
+  EXPECT_TRUE(map.IsEmpty());
 }
 
 TEST(TokenCountMap, CountsAndKeepsCase) {
@@ -144,7 +144,7 @@ TEST(TokenCountMap, CountsALotAndAgainAfterClear) {
     model[large] = 7;
     EXPECT_EQ(Content(map), model);
     map.Clear();
-    EXPECT_TRUE(map.Empty());
+    EXPECT_TRUE(map.IsEmpty());
     EXPECT_FALSE(map.Contains("1"));
   }
 }

@@ -59,7 +59,7 @@ class WordList {
   void Clear();
 
   [[nodiscard]] size_t Size() const { return m_size; }
-  [[nodiscard]] bool Empty() const { return m_size == 0; }
+  [[nodiscard]] bool IsEmpty() const { return m_size == 0; }
 
   // The bytes of all words.
   [[nodiscard]] size_t TextSize() const { return m_textSize; }

@@ -26,7 +26,7 @@ TEST(WordList, KeepsOrderAndLeavesEmptyWordsOut) {
   EXPECT_EQ(words.TextSize(), 6U);
   EXPECT_EQ(Listed(words), "one,two,");
   words.Clear();
-  EXPECT_TRUE(words.Empty());
+  EXPECT_TRUE(words.IsEmpty());
   EXPECT_EQ(words.TextSize(), 0U);
 }
 
