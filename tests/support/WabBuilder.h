@@ -12,8 +12,8 @@ inline constexpr size_t kWabEntry = 68;    // the size of an entry
 
 // Sets the field that tells where the table begins.
 inline void SetWabTable(std::string* file, uint32_t offset) {
-  for (int i = 0; i < 4; ++i) {
-    (*file)[static_cast<size_t>(0x60 + i)] = static_cast<char>(offset >> (8 * i));
+  for (size_t i = 0; i < sizeof(offset); ++i) {
+    (*file)[0x60 + i] = static_cast<char>(offset >> (8 * i));
   }
 }
 

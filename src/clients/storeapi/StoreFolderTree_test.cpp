@@ -9,7 +9,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::SizeIs;
 
 constexpr int32_t kPlain = -1;
 

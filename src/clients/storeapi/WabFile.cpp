@@ -41,7 +41,7 @@ std::vector<std::string> ParseWabFile(std::string_view bytes) {
   // Deliberate: a signed byte, so that a damaged count of 128 or more means no entries.
   const auto count = static_cast<int8_t>(bytes[kEntryCountAt]);
   for (int i = 0; i < count && position < bytes.size(); ++i, position += kEntrySize) {
-    addresses.push_back(ReadEntry(bytes.substr(position)));
+    addresses.push_back(ReadEntry(bytes.substr(static_cast<size_t>(position))));
   }
   return addresses;
 }
