@@ -90,7 +90,8 @@ std::vector<BYTE> LanguageModule::Bytes(UINT id, const wchar_t* type) const {
 }
 
 bool Control::IsStaticText() const {
-  return className == L"Static" && (style & SS_TYPEMASK) != SS_BITMAP;
+  const DWORD kind = style & SS_TYPEMASK;
+  return className == L"Static" && kind != SS_BITMAP && kind != SS_ETCHEDHORZ;
 }
 
 bool Control::IsCheckBox() const {

@@ -24,11 +24,12 @@ constexpr UINT kTexts[] = {
     IDS_ADDRESS_IS_THERE,   IDS_ADDRESS_INVALID,    IDS_NO_ADDRESSES,
     IDS_ADDRESS_GRID,       IDS_DOMAIN_COLUMN,      IDS_TYPE_ADDRESS,
     IDS_ADDRESSES_LEFT_OUT, IDS_ADDRESS_COLUMN,     IDS_TRAIN_FIRST,
-    IDS_TRAIN_SECOND};
+    IDS_TRAIN_SECOND,       IDS_PROGRESS_CAPTION,   IDS_SUPPORT_SITE};
 
 constexpr UINT kDialogs[] = {IDD_PAGE_WELCOME, IDD_PAGE_CHOOSE_CLIENT, IDD_PAGE_SPAM_FOLDER,
                              IDD_PAGE_PREFILL, IDD_PAGE_TRAIN,         IDD_PAGE_SETTINGS,
-                             IDD_NEW_FOLDER};
+                             IDD_NEW_FOLDER,   IDD_PROGRESS,           IDD_TRAIN,
+                             IDD_CONFIRMATION};
 
 constexpr UINT kTiles[] = {IDB_TILE_OUTLOOK,     IDB_TILE_WINDOWS_MAIL, IDB_TILE_OUTLOOK_EXPRESS,
                            IDB_TILE_THUNDERBIRD, IDB_TILE_INCREDIMAIL,  IDB_TILE_WINDOWS_LIVE_MAIL};
@@ -48,7 +49,8 @@ std::vector<std::wstring> AllTexts(const LanguageModule& module) {
     texts.push_back(module.Text(id));
   }
   for (const UINT id : kDialogs) {
-    for (const Control& control : HiddenDialog(module, id, 96).Controls()) {
+    const HiddenDialog dialog(module, id, 96);
+    for (const Control& control : dialog.Controls()) {
       texts.push_back(control.text);
     }
   }
@@ -205,7 +207,7 @@ TEST_P(ContentTest, BannerIsTwiceTheSizeOfItsControl) {
   ASSERT_TRUE(banner);
   BITMAP bitmap = {};
   ASSERT_NE(0, ::GetObjectW(banner.Get(), sizeof(bitmap), &bitmap));
-  for (const UINT id : {IDD_PAGE_WELCOME, IDD_PAGE_SETTINGS}) {
+  for (const UINT id : {IDD_PAGE_WELCOME, IDD_PAGE_SETTINGS, IDD_TRAIN}) {
     const HiddenDialog page(m_module, id, 96);
     const Control* control = page.Find(IDC_BANNER);
     ASSERT_NE(nullptr, control);
@@ -263,8 +265,7 @@ TEST_P(ContentTest, ResourcesAreMarkedWithTheModulesLanguage) {
   const bool german = IsGerman();
   const WORD language = german ? MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN)
                                : MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US);
-  for (const UINT id : {IDD_PAGE_WELCOME, IDD_PAGE_CHOOSE_CLIENT, IDD_PAGE_SPAM_FOLDER,
-                        IDD_PAGE_PREFILL, IDD_PAGE_TRAIN, IDD_PAGE_SETTINGS, IDD_NEW_FOLDER}) {
+  for (const UINT id : kDialogs) {
     EXPECT_NE(nullptr,
               ::FindResourceExW(m_module.Handle(), RT_DIALOG, MAKEINTRESOURCEW(id), language))
         << id;

@@ -4,6 +4,7 @@
 
 #include <commctrl.h>
 
+#include <algorithm>
 #include <cwctype>
 #include <iterator>
 #include <ostream>
@@ -24,7 +25,8 @@ constexpr UINT kPages[] = {IDD_PAGE_WELCOME, IDD_PAGE_CHOOSE_CLIENT, IDD_PAGE_SP
                            IDD_PAGE_PREFILL, IDD_PAGE_TRAIN,         IDD_PAGE_SETTINGS};
 constexpr UINT kDialogs[] = {IDD_PAGE_WELCOME, IDD_PAGE_CHOOSE_CLIENT, IDD_PAGE_SPAM_FOLDER,
                              IDD_PAGE_PREFILL, IDD_PAGE_TRAIN,         IDD_PAGE_SETTINGS,
-                             IDD_NEW_FOLDER};
+                             IDD_NEW_FOLDER,   IDD_PROGRESS,           IDD_TRAIN,
+                             IDD_CONFIRMATION};
 
 // Letters of the sheet's own buttons, in the languages of the system that the module can meet:
 // Back, Next, Finish, Help; Zurück, Weiter.
@@ -35,16 +37,17 @@ constexpr int kHeadingNumerator = 3;
 constexpr int kHeadingDenominator = 2;
 
 bool IsPage(UINT dialog) {
-  return dialog != IDD_NEW_FOLDER;
+  return std::find(std::begin(kPages), std::end(kPages), dialog) != std::end(kPages);
 }
 
-// Some dialogs have two faces, whose controls share the room: the prefill page one while addresses
-// are read and one afterward, the training pages one for each of the two. What belongs to no face,
-// as everything on other pages, is always shown.
-enum class Face { kBoth, kFirst, kSecond };
+// Some dialogs have faces, whose controls share the room: the prefill page one while addresses are
+// read and one afterward, the training pages one for each of the two, the progress window one while
+// the job runs and two afterward, of which the last has just a text of its own. What belongs to no
+// face, as everything on other pages, is always shown.
+enum class Face { kBoth, kFirst, kSecond, kThird };
 
 Face FaceOf(UINT dialog, int control) {
-  if (dialog != IDD_PAGE_PREFILL && dialog != IDD_PAGE_TRAIN) {
+  if (dialog != IDD_PAGE_PREFILL && dialog != IDD_PAGE_TRAIN && dialog != IDD_TRAIN) {
     return Face::kBoth;
   }
   switch (control) {
@@ -52,13 +55,26 @@ Face FaceOf(UINT dialog, int control) {
     case IDC_PREFILL_PROGRESS:
     case IDC_PREFILL_STOP:
     case IDC_TRAIN_NOTE_FIRST:
+    case IDC_PROGRESS_BODY:
+    case IDC_PROGRESS_TEXT:
+    case IDC_PROGRESS_BAR:
+    case IDC_PROGRESS_STOP:
+    case IDC_PROGRESS_NOTE:
       return Face::kFirst;
     case IDC_ADDRESS_LABEL:
     case IDC_ADDRESS_GRID:
     case IDC_ADD_ADDRESS:
     case IDC_REMOVE_ADDRESS:
     case IDC_TRAIN_NOTE_SECOND:
+    case IDC_PROGRESS_FINISHED:
+    case IDC_PROGRESS_HELP:
+    case IDC_SUPPORT_LABEL:
+    case IDC_SUPPORT_LINK:
+    case IDC_SECOND_LABEL:
+    case IDC_SECOND_LINK:
       return Face::kSecond;
+    case IDC_PROGRESS_STOPPED:
+      return Face::kThird;
     default:
       return Face::kBoth;
   }
@@ -67,6 +83,10 @@ Face FaceOf(UINT dialog, int control) {
 // A static text whose tags a label reads. ResourceMarkup_win_test.cpp measures it.
 bool IsMarkup(int control) {
   return control == IDC_TRAIN_NOTE_FIRST || control == IDC_TRAIN_NOTE_SECOND;
+}
+
+bool IsHeading(int control) {
+  return control == IDC_HEADING || control == IDC_PROGRESS_HEADING;
 }
 
 // The letter behind the single ampersand of a text, in upper case; 0 without one.
@@ -172,7 +192,7 @@ TEST_P(LayoutTest, TextsFitTheirControls) {
     }
     const UINT wrap = control.IsPushButton() ? DT_SINGLELINE : DT_WORDBREAK;
     const UINT prefix = (control.style & SS_NOPREFIX) != 0 && isStatic ? DT_NOPREFIX : 0;
-    const HFONT font = control.id == IDC_HEADING ? heading.Get() : plain.Get();
+    const HFONT font = IsHeading(control.id) ? heading.Get() : plain.Get();
     const std::wstring text = ShownText(control);
     EXPECT_FALSE(text.empty());
     const SIZE size = Measure(font, text, width, wrap | prefix);
@@ -241,7 +261,7 @@ TEST_P(LayoutTest, ControlsHaveTheUsualSizes) {
 }
 
 TEST_P(LayoutTest, OrderOfControlsIsReadingOrder) {
-  for (const Face face : {Face::kFirst, Face::kSecond}) {
+  for (const Face face : {Face::kFirst, Face::kSecond, Face::kThird}) {
     const Control* before = nullptr;
     for (const Control& control : m_dialog.Controls()) {
       const Face own = FaceOf(GetParam().dialog, control.id);
@@ -330,6 +350,38 @@ TEST(LayoutOfLanguagesTest, PagesHaveTheStandardSizeAndTheSheetsCaption) {
       wchar_t caption[200] = {};
       ::GetWindowTextW(page.Window(), caption, static_cast<int>(std::size(caption)));
       EXPECT_EQ(module.Text(IDS_SHEET_CAPTION), caption);
+    }
+  }
+}
+
+TEST(LayoutOfLanguagesTest, ProgressWindowsHoldTheControlsThatTheCodeUses) {
+  const LanguageModule module(kLanguages[0]);
+  const HiddenDialog train(module, IDD_TRAIN, 96);
+  for (const int id :
+       {IDC_BANNER, IDC_PROGRESS_HEADING, IDC_PROGRESS_BODY, IDC_PROGRESS_NOTE, IDC_PROGRESS_TEXT,
+        IDC_PROGRESS_BAR, IDC_PROGRESS_STOP, IDC_PROGRESS_CLOSE, IDC_PROGRESS_FINISHED,
+        IDC_PROGRESS_STOPPED, IDC_PROGRESS_HELP, IDC_PROGRESS_SEPARATOR, IDC_SUPPORT_LABEL,
+        IDC_SUPPORT_LINK, IDC_SECOND_LABEL, IDC_SECOND_LINK}) {
+    EXPECT_NE(nullptr, train.Find(id)) << id;
+  }
+  const HiddenDialog plain(module, IDD_PROGRESS, 96);
+  for (const int id : {IDC_PROGRESS_TEXT, IDC_PROGRESS_BAR, IDCANCEL}) {
+    EXPECT_NE(nullptr, plain.Find(id)) << id;
+  }
+  const HiddenDialog question(module, IDD_CONFIRMATION, 96);
+  for (const int id : {IDC_BODY, IDOK, IDCANCEL}) {
+    EXPECT_NE(nullptr, question.Find(id)) << id;
+  }
+}
+
+TEST(LayoutOfLanguagesTest, ProgressWindowsHaveTheirCaption) {
+  for (const wchar_t* language : kLanguages) {
+    const LanguageModule module(language);
+    for (const UINT id : {IDD_PROGRESS, IDD_TRAIN, IDD_CONFIRMATION}) {
+      const HiddenDialog dialog(module, id, 96);
+      wchar_t caption[200] = {};
+      ::GetWindowTextW(dialog.Window(), caption, static_cast<int>(std::size(caption)));
+      EXPECT_EQ(module.Text(IDS_PROGRESS_CAPTION), caption) << id;
     }
   }
 }

@@ -19,11 +19,14 @@
 
 // Dialogs.
 #define IDD_NEW_FOLDER 10012          // asks for a new folder's name
+#define IDD_CONFIRMATION 10014        // asks whether a job is to stop
 #define IDD_PAGE_CHOOSE_CLIENT 10015  // page with the tiles of the mail clients
 #define IDD_PAGE_WELCOME 13000        // first page
 #define IDD_PAGE_SPAM_FOLDER 13001    // page with the tree of folders
 #define IDD_PAGE_PREFILL 13002        // page with the addresses for the list of allowed senders
 #define IDD_PAGE_TRAIN 13003          // both pages with folders for the training of the filter
+#define IDD_PROGRESS 13004            // the plain progress window
+#define IDD_TRAIN 13005               // the progress window of the service
 #define IDD_PAGE_SETTINGS 13006       // last page, with the three switches
 
 // Controls that mean the same on every page.
@@ -68,6 +71,24 @@
 #define IDC_ADD_BLOCKED 13030      // add senders of blocked mails to the blocked list
 #define IDC_ADD_UNBLOCKED 13031    // add senders of unblocked mails to the allowed list
 
+// Progress windows. The first two are also those of the plain one; of the others, some are shown
+// while the job runs, some afterwards.
+#define IDC_PROGRESS_TEXT 10025      // what the host says
+#define IDC_PROGRESS_BAR 10021       // how far it is
+#define IDC_PROGRESS_HEADING 13007   // the window's title
+#define IDC_PROGRESS_BODY 13008      // running: what is being done
+#define IDC_PROGRESS_NOTE 13009      // running: how to end it
+#define IDC_PROGRESS_STOP 13014      // running: ends it
+#define IDC_PROGRESS_CLOSE 13015     // closes the window; enabled afterwards
+#define IDC_PROGRESS_FINISHED 13017  // afterwards: it was finished
+#define IDC_PROGRESS_HELP 13018      // afterwards: what the links are for
+#define IDC_PROGRESS_SEPARATOR 13019 // a line above the button
+#define IDC_SUPPORT_LABEL 13020      // afterwards: stands before the first link
+#define IDC_SUPPORT_LINK 13022       // afterwards: a markup label with the link
+#define IDC_SECOND_LABEL 13021       // afterwards: stands before the second link
+#define IDC_SECOND_LINK 13023        // afterwards: a markup label with the link
+#define IDC_PROGRESS_STOPPED 13025   // afterwards: it was stopped
+
 // Texts of the message box's buttons, in the order of the results 1 to 7.
 #define IDS_BUTTON_OK 800
 #define IDS_BUTTON_CANCEL 801
@@ -99,5 +120,7 @@
 #define IDS_ADDRESS_COLUMN 10028       // heading of the grid's first column
 #define IDS_FOLDER_CAN_BE_CREATED 10029  // sentence that follows the folder page's body text
 #define IDS_CLIENT_NOT_READY 10030       // under a client's name: its extension is missing
+#define IDS_PROGRESS_CAPTION 10021     // the progress window's skinned caption; its own says the same
+#define IDS_SUPPORT_SITE 10033         // host name of the suite's web site
 
 #endif

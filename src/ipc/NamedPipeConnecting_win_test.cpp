@@ -12,7 +12,7 @@
 #include "ipc/ObjectSecurity_win.h"
 #include "ipc/PipeOwner_win.h"
 #include "support/NamedPipeFixture_win.h"
-#include "support/ProcessResources_win.h"
+#include "support/ObjectCount_win.h"
 
 namespace postmarker {
 namespace {
@@ -187,11 +187,11 @@ TEST_F(NamedPipeConnectingTest, ShutdownGivesEverythingBack) {
     EXPECT_TRUE(client.Open());
   };
   cycle();
-  const size_t before = test::HandleCount();
+  const int64_t before = test::CountKernelHandles();
   for (int i = 0; i < 5; ++i) {
     cycle();
   }
-  EXPECT_EQ(test::HandleCount(), before);
+  EXPECT_EQ(test::CountKernelHandles(), before);
 }
 
 // A client that takes the pipe's server for another user's.

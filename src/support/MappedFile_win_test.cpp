@@ -6,7 +6,7 @@
 #include <thread>
 
 #include "support/MappedFile.h"
-#include "support/ProcessResources_win.h"
+#include "support/ObjectCount_win.h"
 
 namespace postmarker {
 namespace {
@@ -67,13 +67,13 @@ TEST(MappedFileHeldByAClient, LeavesNoHandleBehind) {
   const std::wstring path = TemporaryFile();
   WriteBytes(OpenForWriting(path, 0), "x");
   { const MappedFile warmUp(path, 1); }
-  const size_t before = test::HandleCount();
+  const int64_t before = test::CountKernelHandles();
   for (int i = 0; i < 100; ++i) {
     const MappedFile file(path, 1);
     const MappedFile missing(path + L".missing", 1);
     ASSERT_EQ(file.Status(), kOk);
   }
-  EXPECT_EQ(test::HandleCount(), before);
+  EXPECT_EQ(test::CountKernelHandles(), before);
   EXPECT_TRUE(::DeleteFileW(path.c_str()));
 }
 

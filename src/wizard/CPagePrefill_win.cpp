@@ -10,6 +10,7 @@
 #include "ui/CPropertySheet.h"
 #include "ui/CWinApp.h"
 #include "wizard/CPostmarkerApp_win.h"
+#include "wizard/PostedTexts_win.h"
 #include "wizard/PrefillWorker_win.h"
 #include "wizard/ProgressBar_win.h"
 #include "wizard/WizardServices_win.h"
@@ -121,15 +122,8 @@ void CPagePrefill::OnReset() {
 
 LRESULT CPagePrefill::HandleDestroy(const MessageArgs& args) {
   StopWorker();
-  DropPostedAddresses();
+  DropPostedTexts(Handle(), kPrefillAddress);
   return Default(args);
-}
-
-void CPagePrefill::DropPostedAddresses() const {
-  MSG message = {};
-  while (::PeekMessageW(&message, Handle(), kPrefillAddress, kPrefillAddress, PM_REMOVE)) {
-    const Bstr address(reinterpret_cast<BSTR>(message.wParam));
-  }
 }
 
 void CPagePrefill::ShowFinished(uint32_t finished) {

@@ -49,9 +49,6 @@ class CPagePrefill : public CPageWizardDefault {
   // Ends the worker and waits for it without a limit. A second call finds nothing to do.
   void StopWorker();
 
-  // Frees what the worker has posted and nobody will read.
-  void DropPostedAddresses() const;
-
   // Shows the face for a running worker (0) or for one that has ended.
   void ShowFinished(uint32_t finished);
 

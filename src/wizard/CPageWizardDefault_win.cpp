@@ -5,6 +5,7 @@
 #include "wizard/Banner_win.h"
 #include "wizard/Colors_win.h"
 #include "wizard/FolderTreeControl_win.h"
+#include "wizard/HeadingFont_win.h"
 #include "wizard/WindowHook_win.h"
 #include "wizard/WizardServices_win.h"
 
@@ -15,10 +16,6 @@ constexpr UINT kToolTipDelayMs = 0;
 constexpr UINT kToolTipDurationMs = 3000;
 constexpr int kNextButton = 12324;  // of every wizard sheet
 constexpr UINT WM_CTLCOLOR = 0x19;  // the message of old controls, which carry no kind
-
-// Headings are half as large again as the text.
-constexpr int kHeadingNumerator = 3;
-constexpr int kHeadingDenominator = 2;
 
 }  // namespace
 
@@ -35,7 +32,7 @@ const MessageTable CPageWizardDefault::kMessages = {&CPropertyPage::kMessages,
 
 bool CPageWizardDefault::OnInitDialog() {
   CPropertyPage::OnInitDialog();
-  SetHeadingFont(Item(IDC_HEADING));
+  m_headingFont = SetHeadingFont(Handle(), Item(IDC_HEADING));
   SetSkinnedHeading(Item(IDC_HEADING));
   SetSkinnedBody(Item(IDC_BODY));
   m_tooltip.Create(Handle(), kToolTipDelayMs, kToolTipDurationMs, true);
@@ -46,21 +43,6 @@ bool CPageWizardDefault::OnInitDialog() {
     ShowBanner(banner, Wizard().BannerBitmap({rect.right, rect.bottom}));
   }
   return true;
-}
-
-void CPageWizardDefault::SetHeadingFont(HWND heading) {
-  if (heading == nullptr) {
-    return;
-  }
-  LOGFONTW description = {};
-  const auto font = reinterpret_cast<HFONT>(Send(WM_GETFONT));
-  if (::GetObjectW(font, sizeof(description), &description) == 0) {
-    return;
-  }
-  description.lfHeight = ::MulDiv(description.lfHeight, kHeadingNumerator, kHeadingDenominator);
-  description.lfWidth = 0;
-  m_headingFont.Reset(::CreateFontIndirectW(&description));
-  ::SendMessageW(heading, WM_SETFONT, reinterpret_cast<WPARAM>(m_headingFont.Get()), TRUE);
 }
 
 bool CPageWizardDefault::OnSetActive() {

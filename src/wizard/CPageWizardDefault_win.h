@@ -62,7 +62,6 @@ class CPageWizardDefault : public CPropertyPage {
  private:
   LRESULT HandleColor(const MessageArgs& args);
   LRESULT HandlePlainColor(const MessageArgs& args);
-  void SetHeadingFont(HWND heading);
 
   WizardServices* m_wizard;
   FontHandle m_headingFont;

@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include "resource.h"
 #include "ui/MessageTable.h"
 
 namespace postmarker {
@@ -10,7 +11,8 @@ namespace postmarker {
 // The white brush of all backgrounds. Never to be deleted.
 HBRUSH BackgroundBrush();
 
-// Answers a WM_CTLCOLORxxx message: sets the device's colours and returns the brush.
-LRESULT ColorForControl(const MessageArgs& args);
+// Answers a WM_CTLCOLORxxx message: sets the device's colours and returns the brush. `headingId` is
+// the control whose text is red.
+LRESULT ColorForControl(const MessageArgs& args, int headingId = IDC_HEADING);
 
 }  // namespace postmarker

@@ -13,11 +13,13 @@ void SetProgressRange(HWND bar, int32_t total) {
   ::SendMessageW(bar, PBM_SETPOS, static_cast<WPARAM>(range.position), 0);
 }
 
-void AdvanceProgress(HWND bar, int32_t steps) {
-  const auto upper = static_cast<int32_t>(::SendMessageW(bar, PBM_GETRANGE, FALSE, 0));
-  for (int32_t step = StepsToTake(steps, upper); step > 0; --step) {
-    ::SendMessageW(bar, PBM_STEPIT, 0, 0);
+void AdvanceProgress(HWND bar, int64_t steps) {
+  if (steps <= 0) {
+    return;
   }
+  const auto upper = static_cast<int32_t>(::SendMessageW(bar, PBM_GETRANGE, FALSE, 0));
+  const auto position = static_cast<int32_t>(::SendMessageW(bar, PBM_GETPOS, 0, 0));
+  ::SendMessageW(bar, PBM_SETPOS, static_cast<WPARAM>(PositionAfter(position, steps, upper)), 0);
 }
 
 }  // namespace postmarker

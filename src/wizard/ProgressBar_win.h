@@ -11,7 +11,7 @@ namespace postmarker {
 // (see RangeFor). A null bar is passed over, here and below.
 void SetProgressRange(HWND bar, int32_t total);
 
-// Moves the bar by `steps` single steps.
-void AdvanceProgress(HWND bar, int32_t steps);
+// Moves the bar as far as `steps` single steps do, in a time that doesn't depend on them.
+void AdvanceProgress(HWND bar, int64_t steps);
 
 }  // namespace postmarker

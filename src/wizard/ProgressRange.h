@@ -1,4 +1,4 @@
-// How the prefill page's bar follows what a client reports.
+// How a progress bar follows what a long operation reports.
 #pragma once
 
 #include <cstdint>
@@ -19,6 +19,9 @@ ProgressRange RangeFor(int32_t total);
 
 // How many single steps move a bar of the range 0 to `upper` as far as `steps` do. It begins anew
 // behind its end, so rounds are left out; a number below 1 moves nothing.
-int32_t StepsToTake(int32_t steps, int32_t upper);
+int32_t StepsToTake(int64_t steps, int32_t upper);
+
+// Where so many single steps lead from a position of such a bar.
+int32_t PositionAfter(int32_t position, int64_t steps, int32_t upper);
 
 }  // namespace postmarker

@@ -47,5 +47,23 @@ TEST(PrefillSteps, NumberBelowOneMovesNothing) {
   EXPECT_EQ(StepsToTake(-7, 300), 0);
 }
 
+TEST(ProgressSteps, LeadToThePositionThatSingleStepsLeadTo) {
+  for (const int32_t upper : {0, 1, 7}) {
+    for (int32_t start = 0; start <= upper; ++start) {
+      int32_t single = start;
+      for (int32_t steps = 0; steps < 20; ++steps) {
+        EXPECT_EQ(PositionAfter(start, steps, upper), single) << upper << " " << steps;
+        single = single == upper ? 0 : single + 1;
+      }
+    }
+  }
+}
+
+TEST(ProgressSteps, AreSoManyAsAnyNumberOfReportsCanCome) {
+  EXPECT_EQ(PositionAfter(5, 101LL * std::numeric_limits<int32_t>::max(), 100), 5);
+  EXPECT_EQ(PositionAfter(5, std::numeric_limits<int64_t>::max(), 0), 0);
+  EXPECT_EQ(PositionAfter(5, -3, 100), 5);
+}
+
 }  // namespace
 }  // namespace postmarker

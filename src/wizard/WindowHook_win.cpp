@@ -8,7 +8,9 @@ WindowHookModule g_windowHook;
 constexpr WPARAM kSkinFrame = 2;
 constexpr LPARAM kFrameFirstBit = 0x1000001;
 constexpr LPARAM kFrameSecondBit = 0x2000001;
+constexpr WPARAM kSkinPlain = 2;
 constexpr WPARAM kSkinTextColor = 9;
+constexpr WPARAM kSkinButton = 64;
 
 template <class Function>
 Function EntryPoint(HMODULE module, const char* name) {
@@ -57,8 +59,22 @@ bool BeginWindowHook(HWND window) {
 void EndWindowHook() {
   // Without a way to end it the hook stays, and with it the mark.
   if (WindowHook().UninitHook != nullptr) {
-    HookActive = 0;
+    // The mark last: whoever finds it cleared begins a hook, which must not be ended here.
     WindowHook().UninitHook();
+    HookActive = 0;
+  }
+}
+
+HookableThread::HookableThread()
+    : m_isKnown(HookActive != 0 && WindowHook().AddHookableThread != nullptr) {
+  if (m_isKnown) {
+    WindowHook().AddHookableThread(::GetCurrentThreadId());
+  }
+}
+
+HookableThread::~HookableThread() {
+  if (m_isKnown && WindowHook().ReleaseHookableThread != nullptr) {
+    WindowHook().ReleaseHookableThread(::GetCurrentThreadId());
   }
 }
 
@@ -83,6 +99,18 @@ void SetSkinnedHeading(HWND control) {
 void SetSkinnedBody(HWND control) {
   if (control != nullptr) {
     ::SendMessageW(control, WM_KS_SKIN_STYLE, kSkinBody, 0);
+  }
+}
+
+void SetSkinnedPlain(HWND control) {
+  if (control != nullptr) {
+    ::SendMessageW(control, WM_KS_SKIN_STYLE, kSkinPlain, 0);
+  }
+}
+
+void SetSkinnedButton(HWND button) {
+  if (button != nullptr) {
+    ::SendMessageW(button, WM_KS_SKIN_BUTTON, kSkinButton, 0);
   }
 }
 

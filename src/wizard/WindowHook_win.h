@@ -41,9 +41,23 @@ extern std::atomic<uint32_t> HookActive;
 bool BeginWindowHook(HWND window);
 void EndWindowHook();
 
+// Makes this thread known to the hook module while it lives, if some window is hooked when it
+// begins: then the windows of the thread are to have the skin as well.
+class HookableThread {
+ public:
+  HookableThread();
+  HookableThread(const HookableThread&) = delete;
+  HookableThread& operator=(const HookableThread&) = delete;
+  ~HookableThread();
+
+ private:
+  bool m_isKnown;
+};
+
 // Messages to skinned windows; without the hook module they have no effect.
 inline constexpr UINT WM_KS_SKIN_TITLE = 0x825A;
 inline constexpr UINT WM_KS_SKIN_STYLE = 0x8259;
+inline constexpr UINT WM_KS_SKIN_BUTTON = 0x81FC;
 
 // What a skinned control is.
 inline constexpr WPARAM kSkinHeading = 3;
@@ -59,5 +73,9 @@ void SetSkinnedCaption(HWND window, const std::wstring& caption, bool secondBit)
 // Makes a control a heading, with its colour, or body text. A null control is passed over.
 void SetSkinnedHeading(HWND control);
 void SetSkinnedBody(HWND control);
+
+// Makes a control a plain one, or a button a skinned button. A null control is passed over.
+void SetSkinnedPlain(HWND control);
+void SetSkinnedButton(HWND button);
 
 }  // namespace postmarker

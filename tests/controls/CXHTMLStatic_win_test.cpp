@@ -6,7 +6,7 @@
 #include <set>
 
 #include "controls/LabelFixture_win.h"
-#include "support/ProcessResources_win.h"
+#include "support/ObjectCount_win.h"
 #include "support/Text.h"
 
 namespace postmarker::test {
@@ -187,14 +187,14 @@ TEST_F(CXHTMLStaticTest, FreesAllThatItDrawsWith) {
   Show(text);
   const LabelPicture first(m_label.Handle());
   ::UpdateWindow(m_label.Handle());
-  const auto before = GdiObjectCount();
+  const auto before = CountGdiObjects();
   for (int i = 0; i < 50; ++i) {
     m_label.SetText(text);
     ::UpdateWindow(m_label.Handle());
     const LabelPicture again(m_label.Handle());
     EXPECT_EQ(again.Pixels(), first.Pixels());
   }
-  EXPECT_EQ(GdiObjectCount(), before);
+  EXPECT_EQ(CountGdiObjects(), before);
 }
 
 TEST_F(CXHTMLStaticTest, ShowsTheHandOverLinks) {

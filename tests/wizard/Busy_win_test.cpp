@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "support/ProcessResources_win.h"
+#include "support/ObjectCount_win.h"
 #include "ui/CWaitCursor.h"
 #include "wizard/WizardFixture_win.h"
 
@@ -174,11 +174,12 @@ TEST_F(BusyTest, AddressesThatNobodyReadsAreFreedWithThePage) {
     EXPECT_EQ(session->Result(), IDCANCEL);
   };
   runOnce();
-  const size_t before = HeapBytes();
+  const int64_t before = ReadHeapUse().bytes;
   for (int i = 0; i < 4; ++i) {
     runOnce();
   }
-  EXPECT_LT(HeapBytes(), before + 2 * bytes) << "of " << 4 * bytes << " bytes posted";
+  EXPECT_LT(ReadHeapUse().bytes, before + 2 * static_cast<int64_t>(bytes))
+      << "of " << 4 * bytes << " bytes posted";
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 #include <random>
 
 #include "settings/FilterSettings.h"
-#include "support/ProcessResources_win.h"
+#include "support/ObjectCount_win.h"
 #include "wizard/WindowHook_win.h"
 #include "wizard/WizardFixture_win.h"
 #include "wizard/WorkerMap_win.h"
@@ -262,20 +262,20 @@ TEST_F(SheetTest, ClientWithoutLocalIdsKeepsTheChosenFoldersOwnId) {
 // What a round of work leaves behind for good, counting as little as the best of several rounds
 // does: the first fill caches, and a thread may be about to end.
 struct LeftBehind {
-  size_t bytes = std::numeric_limits<size_t>::max();
-  size_t handles = std::numeric_limits<size_t>::max();
+  int64_t bytes = std::numeric_limits<int64_t>::max();
+  int64_t handles = std::numeric_limits<int64_t>::max();
 };
 
 template <class Round>
 LeftBehind LeftBehindBy(Round round) {
   LeftBehind least;
-  for (int i = 0; i < 4 && (least.bytes != 0 || least.handles != 0); ++i) {
-    const size_t bytes = HeapBytes();
-    const size_t handles = HandleCount();
+  for (int i = 0; i < 4 && (least.bytes > 0 || least.handles > 0); ++i) {
+    const int64_t bytes = ReadHeapUse().bytes;
+    const int64_t handles = CountKernelHandles();
     round();
     ::Sleep(100);
-    least.bytes = std::min(least.bytes, HeapBytes() - std::min(HeapBytes(), bytes));
-    least.handles = std::min(least.handles, HandleCount() - std::min(HandleCount(), handles));
+    least.bytes = std::min(least.bytes, ReadHeapUse().bytes - bytes);
+    least.handles = std::min(least.handles, CountKernelHandles() - handles);
   }
   return least;
 }
@@ -300,8 +300,8 @@ TEST_F(SheetTest, SheetsDestroyedWhileTheirWorkersReadLeaveNothingBehind) {
     }
     WaitUntil([&] { return running == 0; });
   });
-  EXPECT_EQ(left.bytes, 0U);
-  EXPECT_EQ(left.handles, 0U);
+  EXPECT_LE(left.bytes, 0);
+  EXPECT_LE(left.handles, 0);
 }
 
 // A host's way to do the same, with windows.
@@ -331,7 +331,7 @@ TEST_F(SheetTest, WizardsCancelledWhileReadingLeaveNothingBehind) {
     WaitUntil([&] { return running == 0; });
   });
   EXPECT_LE(left.bytes, kWizards * kBytesThatWineKeeps);
-  EXPECT_EQ(left.handles, 0U);
+  EXPECT_LE(left.handles, 0);
 }
 
 // The window hook module, stood in for by functions.

@@ -6,7 +6,7 @@
 
 #include "support/Handles_win.h"
 #include "support/ImInstallation_win.h"
-#include "support/ProcessResources_win.h"
+#include "support/ObjectCount_win.h"
 #include "support/TempFolder.h"
 #include "support/Text.h"
 
@@ -103,9 +103,9 @@ TEST_F(ImClientWindowsTest, WalkEndsAndKeepsNoHandle) {
   std::filesystem::copy(test::TestProgramFolder() / "incmail.exe", program);
   const RunningClient client(program.wstring(), L"Afx:400000" + m_suffix, 3);
   LocateClientFolderTree();
-  const size_t before = test::HandleCount();
+  const int64_t before = test::CountKernelHandles();
   LocateClientFolderTree();
-  EXPECT_EQ(test::HandleCount(), before);
+  EXPECT_EQ(test::CountKernelHandles(), before);
   EXPECT_TRUE(::IsWindow(client.Window()));
 }
 
