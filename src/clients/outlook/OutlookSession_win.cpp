@@ -1,9 +1,7 @@
 #include "clients/outlook/OutlookSession_win.h"
 
-#include <array>
-
+#include "clients/outlook/OutlookTexts.h"
 #include "support/Registry_win.h"
-#include "support/Variant_win.h"
 
 namespace postmarker {
 namespace {
@@ -12,42 +10,10 @@ namespace {
 constexpr CLSID kOutlookApplication = {0x0006F03A, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 constexpr CLSID kGlobalInterfaceTable = {0x00000323, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 
-// Outlook's published dispatch ids.
-constexpr DISPID kSessionProperty = 0xF00B;
-constexpr DISPID kLogonMethod = 0x2105;
-constexpr DISPID kLogoffMethod = 0x2106;
-
 constexpr wchar_t kProfilesKey[] =
     L"Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem\\Profiles\\";
 constexpr DWORD kProfileRoom = 8711 * sizeof(wchar_t);
 constexpr REGSAM kProfileAccess = 0x2001F;
-
-HRESULT GetObjectProperty(IDispatch* object, DISPID id, ComPtr<IDispatch>* out) {
-  Variant result;
-  DISPPARAMS none = {};
-  const HRESULT hr =
-      object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET | DISPATCH_METHOD,
-                     &none, result.Put(), nullptr, nullptr);
-  if (FAILED(hr)) {
-    return hr;
-  }
-  if (result.Get().vt != VT_DISPATCH || result.Get().pdispVal == nullptr) {
-    return E_POINTER;
-  }
-  return result.Get().pdispVal->QueryInterface(IID_IDispatch, out->PutVoid());
-}
-
-HRESULT LogOn(IDispatch* nameSpace) {
-  std::wstring name;
-  (void)GetOutlookDefaultProfile(&name);
-  const Bstr profile = MakeBstr(name);
-  // In reverse order: new session, show dialog, password, profile.
-  std::array<VARIANT, 4> arguments = {MissingVariant(), MissingVariant(), MissingVariant(),
-                                      TextVariant(profile)};
-  DISPPARAMS parameters = {arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
-  return nameSpace->Invoke(kLogonMethod, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
-                           &parameters, nullptr, nullptr, nullptr);
-}
 
 }  // namespace
 
@@ -72,20 +38,46 @@ ResultCode GetOutlookNamespace(IDispatch* application, ComPtr<IDispatch>* nameSp
   if (application == nullptr || nameSpace == nullptr) {
     return kNullPointer;
   }
-  HRESULT hr = GetObjectProperty(application, kSessionProperty, nameSpace);
+  nameSpace->Reset();
+  OutlookApplication outlook;
+  OutlookNameSpace session;
+  std::wstring profile;
+  // Without a profile the name is empty, and the logon decides.
+  (void)GetOutlookDefaultProfile(&profile);
+  HRESULT hr = outlook.Attach(application);
   if (SUCCEEDED(hr)) {
-    hr = LogOn(nameSpace->Get());
+    hr = outlook.Session(&session);
   }
-  if (FAILED(hr)) {
-    nameSpace->Reset();
+  if (SUCCEEDED(hr)) {
+    hr = session.Logon(profile);
+  }
+  return SUCCEEDED(hr) ? session.GetDispatch(nameSpace) : hr;
+}
+
+ResultCode OpenOutlookNamespace(IUnknown* application, OutlookNameSpace* nameSpace) {
+  OutlookApplication outlook;
+  const HRESULT hr = outlook.Attach(application);
+  return SUCCEEDED(hr) ? outlook.GetNamespace(L"MAPI", nameSpace) : hr;
+}
+
+ResultCode GetOutlookVersionName(IUnknown* application, std::wstring* name) {
+  OutlookApplication outlook;
+  std::wstring version;
+  HRESULT hr = outlook.Attach(application);
+  if (SUCCEEDED(hr)) {
+    hr = outlook.Version(&version);
+  }
+  if (SUCCEEDED(hr)) {
+    name->assign(OutlookVersionName(version));
   }
   return hr;
 }
 
 void LogOffOutlook(IDispatch* nameSpace) {
-  DISPPARAMS none = {};
-  nameSpace->Invoke(kLogoffMethod, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none, nullptr,
-                    nullptr, nullptr);
+  OutlookNameSpace session;
+  if (SUCCEEDED(session.Attach(nameSpace))) {
+    (void)session.Logoff();
+  }
 }
 
 ComPtr<IGlobalInterfaceTable> GetGlobalInterfaceTable() {

@@ -6,16 +6,13 @@
 #include <oaidl.h>
 #include <objidl.h>
 
-#include <memory>
 #include <string>
 
+#include "clients/outlook/OutlookObjects_win.h"
 #include "support/ComPtr_win.h"
 #include "support/Results.h"
 
 namespace postmarker {
-
-// Outlook's objects are called by dispatch id: a proxy for the application's own interface would
-// need the client's type library on this side.
 
 // The name of the default MAPI profile of the current user. E_FAIL, and an empty name, if there is
 // none. Any thread.
@@ -28,6 +25,13 @@ ResultCode StartOutlook(ComPtr<IDispatch>* application);
 // Logs on with the default profile, with an empty name if there is none, and returns the logged-on
 // namespace. E_POINTER for a null argument; a failure leaves *nameSpace empty.
 ResultCode GetOutlookNamespace(IDispatch* application, ComPtr<IDispatch>* nameSpace);
+
+// The namespace of mail, without a logon. E_POINTER for a null application.
+ResultCode OpenOutlookNamespace(IUnknown* application, OutlookNameSpace* nameSpace);
+
+// The name of the application's release, such as "2003"; see OutlookVersionName. E_POINTER for a
+// null application.
+ResultCode GetOutlookVersionName(IUnknown* application, std::wstring* name);
 
 // Ends the logon.
 void LogOffOutlook(IDispatch* nameSpace);

@@ -1,0 +1,36 @@
+// Tests with the stand-in for Outlook in this process: nothing that it gave may be left at the end.
+#pragma once
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include "support/ComPtr_win.h"
+#include "support/OutlookInstallation_win.h"
+#include "support/StopQuery.h"
+
+namespace postmarker::test {
+
+class OutlookTest : public testing::Test {
+ protected:
+  explicit OutlookTest(OutlookClassServer server = OutlookClassServer::kNone) : m_outlook(server) {}
+
+  void TearDown() override { ExpectNothingLeft(); }
+
+  void ExpectNothingLeft() const {
+    EXPECT_EQ(Peer().Live(), 0) << "Outlook's objects were not released";
+    EXPECT_EQ(Peer().FalseReleases(), 0) << "what was not Outlook's was given back to it";
+  }
+
+  [[nodiscard]] peer::PeerControl& Peer() const { return m_outlook.Peer(); }
+
+  // A stop query that says yes from its n-th question on.
+  static StopQuery StopAtQuestion(int number) {
+    return [number, asked = 0]() mutable { return ++asked >= number; };
+  }
+
+  OutlookInstallation m_outlook;
+  ComApartment m_apartment;
+};
+
+}  // namespace postmarker::test
