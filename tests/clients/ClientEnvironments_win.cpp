@@ -2,8 +2,11 @@
 
 #include <windows.h>
 
+#include <gtest/gtest.h>
+
 #include "support/ImInstallation_win.h"
 #include "support/LiveMailInstallation_win.h"
+#include "support/OutlookInstallation_win.h"
 #include "support/RegistrySandbox_win.h"
 #include "support/StoreInstallation_win.h"
 #include "support/Text.h"
@@ -159,6 +162,38 @@ class StoreEnvironment : public ClientEnvironment {
   StoreInstallation m_client;
 };
 
+class OutlookEnvironment : public ClientEnvironment {
+ public:
+  ~OutlookEnvironment() override {
+    EXPECT_EQ(m_client.Peer().Live(), 0) << "Outlook's objects were not released";
+  }
+
+  void Fill() override { m_client.SetMailbox(OutlookMailbox()); }
+  void Empty() override { m_client.SetMailbox(nlohmann::json::object()); }
+  void Damage() override {
+    Fill();
+    m_client.Peer().SetFault({.call = 1, .andLater = true, .result = E_FAIL});
+  }
+
+  // The numbers of the calls from which on it is gone.
+  [[nodiscard]] std::vector<std::string> Steps() const override {
+    return {"1", "10", "60", "130", "200", "300", "400"};
+  }
+  void GoAwayAt(const std::string& step) override {
+    Fill();
+    m_client.Peer().SetFault(
+        {.call = std::stoi(step), .andLater = true, .result = RPC_E_DISCONNECTED});
+  }
+  [[nodiscard]] std::shared_ptr<IUnknown> MakeApplication() const override {
+    return {m_client.MakeApplication().Detach(),
+            [](IUnknown* object) { const ComPtr<IUnknown> last(object); }};
+  }
+  [[nodiscard]] bool HasStandIn() const override { return true; }
+
+ private:
+  OutlookInstallation m_client{OutlookClassServer::kInProcess};
+};
+
 template <class Environment>
 std::unique_ptr<ClientEnvironment> Make() {
   return std::make_unique<Environment>();
@@ -169,6 +204,7 @@ constexpr struct {
   std::unique_ptr<ClientEnvironment> (*make)();
 } kEnvironments[] = {
     {L"IncrediMail", &Make<IncrediMailEnvironment>},
+    {L"Microsoft Outlook", &Make<OutlookEnvironment>},
     {L"Mozilla Thunderbird", &Make<ThunderbirdEnvironment>},
     {L"Outlook Express", &Make<StoreEnvironment>},
     {L"Windows Mail", &Make<StoreEnvironment>},

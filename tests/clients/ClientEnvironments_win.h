@@ -1,6 +1,10 @@
 // The surroundings of each client for the promises that hold for all of them.
 #pragma once
 
+#include <windows.h>
+
+#include <unknwn.h>
+
 #include <memory>
 #include <string>
 #include <string_view>
@@ -28,6 +32,9 @@ class ClientEnvironment {
   [[nodiscard]] virtual std::vector<std::string> Steps() const { return {}; }
   // Lets that process go away at a step.
   virtual void GoAwayAt(const std::string& /*step*/) {}
+
+  // Outlook's application as the calling thread may call it, for the client that is Outlook.
+  [[nodiscard]] virtual std::shared_ptr<IUnknown> MakeApplication() const { return nullptr; }
 
   // Does Fill give the adapter anything to find.
   [[nodiscard]] virtual bool HasStandIn() const { return false; }

@@ -99,6 +99,11 @@ class OutlookInstallation {
     return ::WaitForSingleObject(m_released.Get(), 20'000) == WAIT_OBJECT_0;
   }
 
+  // Waits until a call of the program hangs.
+  [[nodiscard]] bool WaitUntilProgramHangs() const {
+    return ::WaitForSingleObject(m_hangs.Get(), 20'000) == WAIT_OBJECT_0;
+  }
+
   // Another mailbox, with no fault and no calls counted.
   void SetMailbox(const nlohmann::json& mailbox) {
     SetMailboxFile(mailbox);
@@ -130,6 +135,7 @@ class OutlookInstallation {
   std::wstring ProgramCommand() {
     m_program = FreshObjectName();
     m_released.Reset(::CreateEventW(nullptr, TRUE, FALSE, (m_program + L"-released").c_str()));
+    m_hangs.Reset(::CreateEventW(nullptr, TRUE, FALSE, (m_program + L"-hangs").c_str()));
     m_end.Reset(::CreateEventW(nullptr, TRUE, FALSE, (m_program + L"-end").c_str()));
     std::wstring command = L"\"" + PeerPath(L"outlook\\outlook.exe") + L"\"";
     for (const std::wstring& argument :
@@ -172,6 +178,7 @@ class OutlookInstallation {
   std::wstring m_mailboxFile;
   std::wstring m_program;
   KernelHandle m_released;
+  KernelHandle m_hangs;
   KernelHandle m_end;
   OutlookRegistration m_registration;
   std::optional<RegistrySandbox> m_registry;

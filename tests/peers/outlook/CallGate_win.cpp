@@ -17,6 +17,9 @@ std::optional<HRESULT> CallGate::Enter(const std::string& name) {
   const std::optional<HRESULT> result = Decide(name, &hangMs);
   if (hangMs != 0) {
     ++m_hanging;
+    if (hangSignal != nullptr) {
+      ::SetEvent(hangSignal);
+    }
     ::Sleep(hangMs);
     --m_hanging;
   }

@@ -31,6 +31,7 @@ class CallGate {
   [[nodiscard]] bool IsHanging() const { return m_hanging != 0; }
 
   Mailbox mailbox;
+  HANDLE hangSignal = nullptr;  // not owned; set when a call begins to hang
   std::atomic<long> live = 0;
   std::atomic<long> falseReleases = 0;
 

@@ -1,7 +1,8 @@
 // The stand-in as a program: a local server of Outlook's class.
 // Usage: outlook MAILBOX.json NAME PROCESS [-Embedding]. The test, whose process' id that is, has
 // events whose names begin with NAME: "-released" is set when the last object has been released,
-// and the program ends when "-end" is set or the process has ended. While it runs it has "-runs".
+// "-hangs" when a call begins to hang, and the program ends when "-end" is set or the process has
+// ended. While it runs it has "-runs".
 #include <windows.h>
 
 #include <objbase.h>
@@ -32,12 +33,14 @@ int Serve(wchar_t** arguments) {
   const KernelHandle runs(::CreateEventW(nullptr, TRUE, FALSE, (name + L"-runs").c_str()));
   const KernelHandle released(
       ::OpenEventW(EVENT_MODIFY_STATE, FALSE, (name + L"-released").c_str()));
+  const KernelHandle hangs(::OpenEventW(EVENT_MODIFY_STATE, FALSE, (name + L"-hangs").c_str()));
+  CallGate::Instance().hangSignal = hangs.Get();
   const KernelHandle end(::OpenEventW(SYNCHRONIZE, FALSE, (name + L"-end").c_str()));
   const KernelHandle test(
       ::OpenProcess(SYNCHRONIZE, FALSE, std::wcstoul(arguments[3], nullptr, 10)));
   const ComApartment apartment;
   DWORD cookie = 0;
-  if (!released || !end || !test ||
+  if (!released || !hangs || !end || !test ||
       FAILED(::CoRegisterClassObject(kOutlookClass, MakeFactory(), CLSCTX_LOCAL_SERVER,
                                      REGCLS_MULTIPLEUSE, &cookie))) {
     return 1;
