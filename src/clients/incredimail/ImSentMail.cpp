@@ -35,6 +35,7 @@ constexpr size_t kLongestRecentList = 512;
 // Addresses of this size are sorted before there are more, so that a store that repeats itself
 // takes no memory. Few stores have as many.
 constexpr size_t kBytesToSort = size_t{16} * 1024 * 1024;
+constexpr size_t kViewBytes = sizeof(std::string_view);
 
 // What is rebuilt of one message. A header block is never so long.
 constexpr uint32_t kMaxHeadBytes = 4 * 1024 * 1024;
@@ -163,7 +164,7 @@ void ImAddressCollector::AddList(std::string_view recipients) {
   }
   ForEachAddress(recipients, [this](std::string_view address) {
     m_addresses.push_back(CopyTo(m_texts.get(), address));
-    m_bytes += sizeof(address) + address.size();
+    m_bytes += kViewBytes + address.size();
   });
   if (m_bytes >= m_bytesToSort) {
     DropRepeats();
@@ -194,7 +195,7 @@ void ImAddressCollector::DropRepeats() {
   m_bytes = 0;
   for (std::string_view& address : m_addresses) {
     address = CopyTo(texts.get(), address);
-    m_bytes += sizeof(address) + address.size();
+    m_bytes += kViewBytes + address.size();
   }
   m_texts = std::move(texts);
   m_bytesToSort = std::max(kBytesToSort, 2 * m_bytes);
