@@ -31,6 +31,9 @@ class Module {
   PostmarkerStartWhitelistPrefill m_startWhitelistPrefill = nullptr;
 };
 
+// The addresses that are allowed.
+AddressSet Whitelist();
+
 // An IncrediMail installation with two identities of a few folders, in a registry of the test's
 // own.
 class ModuleFixture : public testing::Test {

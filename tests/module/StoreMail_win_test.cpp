@@ -6,7 +6,6 @@
 
 #include "clients/storeapi/StoreAdapter_win.h"
 #include "module/ModuleFixture_win.h"
-#include "settings/AddressLists.h"
 #include "settings/FilterSettings.h"
 #include "support/HookModuleFixture_win.h"
 #include "support/StoreInstallation_win.h"
@@ -115,15 +114,6 @@ class StoreMail : public testing::Test {
     settings.GetMessageStoreId(id.data(), &size);
     id.resize(size);
     return id;
-  }
-  static AddressSet Whitelist() {
-    ListEntries entries;
-    GetWhitelistAddresses(&entries);
-    AddressSet addresses;
-    for (const auto& [address, unused] : entries) {
-      addresses.insert(address);
-    }
-    return addresses;
   }
   static std::optional<std::wstring> Rule() {
     return RegistryKey::Open(HKEY_CURRENT_USER, L"Software\\PostmarkerPeers", KEY_READ)

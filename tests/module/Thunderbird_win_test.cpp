@@ -6,7 +6,6 @@
 #include <chrono>
 
 #include "module/ModuleFixture_win.h"
-#include "settings/AddressLists.h"
 #include "settings/FilterSettings.h"
 #include "support/ThunderbirdInstallation_win.h"
 
@@ -72,16 +71,6 @@ class ThunderbirdWizardTest : public testing::Test {
     auto session = StartAtAddresses();
     session->PassAddresses();
     return session;
-  }
-
-  static AddressSet Whitelist() {
-    ListEntries entries;
-    GetWhitelistAddresses(&entries);
-    AddressSet addresses;
-    for (const auto& [address, ignored] : entries) {
-      addresses.insert(address);
-    }
-    return addresses;
   }
 
   ThunderbirdInstallation m_client;
