@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "ProgressJob_win.h"
 #include "RecordText.h"
 #include "postmarker/Postmarker.h"
 #include "support/Handles_win.h"
@@ -30,19 +31,22 @@ constexpr DWORD kLookMs = 50;
 constexpr char kUsage[] =
     "usage: postmarker-host [--client NAME] [--training] [--hook] [--language LL] [--json]\n"
     "       postmarker-host --prefill\n"
+    "       postmarker-host --progress [--language LL]\n"
     "  --client NAME   set up this mail client, such as IncrediMail; without it the wizard asks\n"
     "  --training      offer the training pages; their folders are in the record\n"
     "  --hook          hand the sheet's window to the suite's window hook module\n"
     "  --language LL   use the texts of res\\LL (sets the suite's language in the registry)\n"
     "  --json          print the record as JSON\n"
     "  --prefill       show no wizard, but fill the list of allowed senders from all mail "
-    "clients\n";
+    "clients\n"
+    "  --progress      show no wizard, but the progress window on a sample job\n";
 
 struct Options {
   WizardRequest request;
   std::optional<std::wstring> language;
   bool json = false;
   bool prefill = false;
+  bool progress = false;
 };
 
 std::vector<std::wstring> Arguments() {
@@ -69,6 +73,8 @@ std::optional<Options> ParseOptions(const std::vector<std::wstring>& arguments) 
       options.json = true;
     } else if (name == L"--prefill") {
       options.prefill = true;
+    } else if (name == L"--progress") {
+      options.progress = true;
     } else {
       return std::nullopt;
     }
@@ -128,6 +134,10 @@ int Run(Options options) {
   }
   if (options.prefill) {
     PrefillAndWait(std::move(module), startWhitelistPrefill);
+    return kExitOk;
+  }
+  if (options.progress) {
+    (void)std::puts(RunProgressJob(module.Get()).c_str());
     return kExitOk;
   }
   const int32_t result = showWizard(&options.request);

@@ -46,7 +46,15 @@ constexpr char kUsage[] =
     "  tip                       a tip is shown\n"
     "  front behind              the sheet is the foreground window, or another one is\n"
     "  notice                    a message box is shown\n"
-    "  gone                      there is no wizard\n";
+    "  gone                      there is no wizard\n"
+    "  running finished stopped  the face of the progress window, whose place is that of a sheet\n"
+    "  question                  its question before a stop is open\n";
+
+// Controls of the progress window that only one of its faces shows.
+constexpr int kProgressStop = 13014;
+constexpr int kProgressClose = 13015;
+constexpr int kProgressFinished = 13017;
+constexpr int kProgressStopped = 13025;
 
 // Pages by a control that each has alone.
 struct PageMark {
@@ -70,14 +78,31 @@ LRESULT Ask(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
   return static_cast<LRESULT>(answer);
 }
 
-HWND FindSheet() {
+HWND FindDialog(int control) {
   for (HWND window = nullptr;
        (window = ::FindWindowExW(nullptr, window, L"#32770", nullptr)) != nullptr;) {
-    if (::IsWindowVisible(window) && ::GetDlgItem(window, kNextButton) != nullptr) {
+    if (::IsWindowVisible(window) && ::GetDlgItem(window, control) != nullptr) {
       return window;
     }
   }
   return nullptr;
+}
+
+HWND FindProgress() {
+  return FindDialog(kProgressStop);
+}
+
+// The dialog over the progress window.
+HWND FindQuestion() {
+  const HWND progress = FindProgress();
+  const HWND popup = progress != nullptr ? ::GetLastActivePopup(progress) : nullptr;
+  return popup != progress && ::IsWindowVisible(popup) ? popup : nullptr;
+}
+
+// The wizard's sheet, or the progress window.
+HWND FindSheet() {
+  const HWND sheet = FindDialog(kNextButton);
+  return sheet != nullptr ? sheet : FindProgress();
 }
 
 HWND FindTip() {
@@ -136,6 +161,15 @@ bool IsShown(HWND sheet, const std::string& fact) {
   if (fact == "notice") {
     return FindNotice() != nullptr;
   }
+  if (fact == "question") {
+    return FindQuestion() != nullptr;
+  }
+  if (fact == "running" || fact == "finished" || fact == "stopped") {
+    const int control = fact == "running"    ? kProgressStop
+                        : fact == "finished" ? kProgressFinished
+                                             : kProgressStopped;
+    return ::IsWindowVisible(::GetDlgItem(FindProgress(), control));
+  }
   if (fact == "front" || fact == "behind") {
     return sheet != nullptr && (::GetForegroundWindow() == sheet) == (fact == "front");
   }
@@ -193,6 +227,14 @@ void PrintPlaces() {
     PrintPlace("next", ::GetDlgItem(sheet, kNextButton));
     PrintPlace("finish", ::GetDlgItem(sheet, kFinishButton));
     PrintPlace("cancel", ::GetDlgItem(sheet, IDCANCEL));
+  }
+  if (const HWND progress = FindProgress()) {
+    PrintPlace("stop", ::GetDlgItem(progress, kProgressStop));
+    PrintPlace("close", ::GetDlgItem(progress, kProgressClose));
+  }
+  if (const HWND question = FindQuestion()) {
+    PrintPlace("question", question);
+    PrintPlace("question-stop", ::GetDlgItem(question, IDOK));
   }
   PrintPlace("tip", FindTip());
   PrintPlace("notice", FindNotice());

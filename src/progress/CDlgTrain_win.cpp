@@ -25,6 +25,9 @@ struct SupportPage {
 constexpr SupportPage kPages[] = {{L"/support/spamfilter.aspx", L"/support/spamfilter"},
                                   {L"/support", L"/support"}};
 
+// On white, as all of the window is.
+constexpr COLORREF kLinkColor = RGB(0, 0, 192);
+
 constexpr int kRunningControls[] = {IDC_PROGRESS_BODY, IDC_PROGRESS_NOTE, IDC_PROGRESS_TEXT,
                                     IDC_PROGRESS_BAR, IDC_PROGRESS_STOP};
 constexpr int kFinishedControls[] = {IDC_PROGRESS_HELP, IDC_SUPPORT_LABEL, IDC_SUPPORT_LINK,
@@ -85,11 +88,10 @@ void CDlgTrain::MakeLinks() {
   for (const SupportPage& page : kPages) {
     addresses.push_back(L"https://" + site + page.path);
   }
-  const CXNamedColors linkColor(::GetSysColor(COLOR_HOTLIGHT));
   for (const auto& [link, id] :
        {std::pair(&m_supportLink, IDC_SUPPORT_LINK), std::pair(&m_secondLink, IDC_SECOND_LINK)}) {
     link->Attach(Item(id));
-    link->SetTextColor(linkColor);
+    link->SetTextColor(CXNamedColors(kLinkColor));
     link->SetBackColor(CXNamedColors(RGB(255, 255, 255)));
   }
   m_links.emplace(m_route, std::move(addresses), Handle(), kLinkKnown);
