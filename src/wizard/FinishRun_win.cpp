@@ -3,6 +3,7 @@
 #include <exception>
 #include <utility>
 
+#include "clients/AdapterCall_win.h"
 #include "clients/ClientTable.h"
 #include "clients/HookModule_win.h"
 #include "controls/KsMessageBoxDlg_win.h"
@@ -116,7 +117,9 @@ FinishOutcome FinishRun::RefreshStoreId() {
     return FinishOutcome::kNotNeeded;
   }
   std::string storeId;
-  if (!m_client.adapter->ReadStoreId(&storeId)) {
+  const ResultCode read =
+      CallAdapter([&] { return m_client.adapter->ReadStoreId(&storeId) ? kOk : kFail; });
+  if (Failed(read)) {
     return FinishOutcome::kFailed;
   }
   FilterSettings settings(m_settingsName);

@@ -130,18 +130,45 @@ TEST_F(FinishRunTest, LocalClientsStoreIdComesFromTheClientAndNotFromTheFolder) 
   EXPECT_EQ(std::string(id, size), "store-of-today");
 }
 
-TEST_F(FinishRunTest, StoreIdThatCannotBeReadLeavesTheSavedOne) {
-  m_request.clientName = L"Local";
-  {
-    FilterSettings settings(L"Local");
-    settings.SetSpamFolderId("2");
-    settings.SetMessageStoreId("saved", 5);
+// The saved id after a wizard whose client has none to read.
+class UnreadableStoreId : public FinishRunTest {
+ protected:
+  std::string IdAfterFinish() {
+    m_request.clientName = L"Local";
+    {
+      FilterSettings settings(L"Local");
+      settings.SetSpamFolderId("2");
+      settings.SetMessageStoreId("saved", 5);
+    }
+    EXPECT_EQ(Finish(L"Friends"), kFinishButton);
+    char id[32] = {};
+    uint32_t size = sizeof(id);
+    FilterSettings(L"Local").GetMessageStoreId(id, &size);
+    return {id, size};
   }
-  EXPECT_EQ(Finish(L"Friends"), kFinishButton);
-  char id[32] = {};
-  uint32_t size = sizeof(id);
-  FilterSettings(L"Local").GetMessageStoreId(id, &size);
-  EXPECT_EQ(std::string(id, size), "saved");
+};
+
+TEST_F(UnreadableStoreId, LeavesTheSavedOne) {
+  EXPECT_EQ(IdAfterFinish(), "saved");
+}
+
+// Its store is on a drive that goes away.
+class ClientOfALostDrive : public ScriptedClient {
+ public:
+  bool ReadStoreId(std::string* out) const override {
+    *out = "not read to its end";
+    ::RaiseException(EXCEPTION_IN_PAGE_ERROR, EXCEPTION_NONCONTINUABLE, 0, nullptr);
+    return true;
+  }
+};
+
+TEST_F(UnreadableStoreId, LeavesTheSavedOneIfItsDriveGoesAway) {
+  ClientOfALostDrive client;
+  client.folders = m_clients.client.folders;
+  ClientRow row = *FindClient(L"Local");
+  row.adapter = &client;
+  const ScopedClientTable table({&row, 1});
+  EXPECT_EQ(IdAfterFinish(), "saved");
 }
 
 TEST_F(FinishRunTest, ChangedFolderOfALocalClientShowsTheNoticeAndWaitsForIt) {
