@@ -15,10 +15,16 @@ namespace postmarker::test {
 
 // The store and the contacts of this process, from construction to destruction; without a state
 // there are none. Registers their classes for the machine: in other processes they come without a
-// store. One at a time.
+// store. One at a time on the machine, as programs of two builds register two files: the next one
+// waits. Constructed and destroyed on one thread.
 class StorePeer {
  public:
   StorePeer() : m_path(PeerPath(L"storeapi\\storeapi.dll")) {
+    constexpr DWORD kTurnMs = 120'000;
+    const DWORD turn = ::WaitForSingleObject(m_turn.Get(), kTurnMs);
+    if (turn != WAIT_OBJECT_0 && turn != WAIT_ABANDONED) {
+      throw std::runtime_error("another program keeps the store's stand-in");
+    }
     Register(L"{E70C92A9-4BFD-11D1-8A95-00C04FB951F3}");
     Register(L"{7165C8AB-AF88-42BD-86FD-5310B4285A02}");
     m_library.Reset(::LoadLibraryW(m_path.c_str()));
@@ -32,7 +38,10 @@ class StorePeer {
   }
   StorePeer(const StorePeer&) = delete;
   StorePeer& operator=(const StorePeer&) = delete;
-  ~StorePeer() { m_control->setState("{}"); }
+  ~StorePeer() {
+    m_control->setState("{}");
+    ::ReleaseMutex(m_turn.Get());
+  }
 
   void SetState(const nlohmann::json& state) const { m_control->setState(state.dump().c_str()); }
 
@@ -56,6 +65,7 @@ class StorePeer {
     }
   }
 
+  KernelHandle m_turn{::CreateMutexW(nullptr, FALSE, L"Local\\PostmarkerTest-StorePeer")};
   std::wstring m_path;
   LibraryHandle m_library;
   const peer::StorePeerControl* m_control = nullptr;

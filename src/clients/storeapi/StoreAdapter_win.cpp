@@ -133,8 +133,12 @@ void CollectStoreContacts(const StopQuery& stop, bool useHook, AddressSet* addre
     if (ShouldStop(stop)) {
       return kOk;
     }
-    const ComApartment apartment;
-    (void)ReadWindowsContacts(stop, addresses);
+    {
+      const ComApartment apartment;
+      (void)ReadWindowsContacts(stop, addresses);
+    }
+    // Outside of the apartment: a file on a drive that goes away ends the call here, and no
+    // destructor runs.
     ReadWabFile(ThisMachine(), addresses);
     return kOk;
   };

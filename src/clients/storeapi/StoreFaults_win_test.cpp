@@ -7,6 +7,7 @@
 #include "clients/storeapi/StoreAdapter_win.h"
 #include "clients/storeapi/StoreMessages_win.h"
 #include "clients/storeapi/StoreSession_win.h"
+#include "support/HangGuard_win.h"
 #include "support/StoreInstallation_win.h"
 
 namespace postmarker::storeapi {
@@ -60,6 +61,9 @@ const Operation kOperations[] = {
        (void)MarkStoreMessagesRead(session.Store(), {{4, {1}}, {6, {1}}}, true);
      }},
 };
+
+// A crash waits for a debugger under Wine, and a walk may lose its end.
+[[maybe_unused]] const bool s_isGuarded = test::HangGuard::Install(120);
 
 class StoreFaults : public testing::TestWithParam<Operation> {
  protected:
