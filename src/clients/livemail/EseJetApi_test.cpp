@@ -288,6 +288,25 @@ TEST_F(EseJetApiTest, WhatIsHandedOutIsBounded) {
   EXPECT_LT(handedOut, bytes.size() * 64);
 }
 
+// A column that is null costs no bytes, and yet a walk over such columns must end.
+TEST_F(EseJetApiTest, ReadsOfNothingAreBoundedToo) {
+  TearDown();
+  const std::string bytes =
+      test::MakeEseFile({{.name = "Messages", .columns = {{"A", 1}}, .rows = {{{{1, {}}}}}}},
+                        {.pageSize = 2048, .hasCatalogCopy = false});
+  Open(bytes);
+  ASSERT_EQ(Move(kMoveFirst), kSuccess);
+  const size_t most = bytes.size() * 64 + 1024;
+  size_t reads = 0;
+  Code code = kColumnNull;
+  for (; code == kColumnNull && reads <= most; ++reads) {
+    uint32_t number = 0;
+    code = m_api.JetRetrieveColumn(m_session, m_table, 1, &number, 4, nullptr, 0, nullptr);
+  }
+  EXPECT_EQ(code, kOutOfMemory);
+  EXPECT_EQ(reads, most + 1);
+}
+
 TEST_F(EseJetApiTest, ThreadsMayReadAtOnce) {
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i) {

@@ -173,6 +173,23 @@ TEST_F(LiveStoreTest, MessagesAreQueriedByTheirFolder) {
   }
 }
 
+// The values of the filter are compared again, whatever an index says.
+TEST_F(LiveStoreTest, RowsThatAnIndexNamesWronglyAreDropped) {
+  LiveMailContent content = Ordinary();
+  content.hasFolderIndex = true;
+  test::EseTable table = test::live_mail_store::MakeMessages(content);
+  constexpr size_t kOfFolder2 = 3;
+  table.indexes.front().entries.emplace_back(test::EseKey(int64_t{3}), kOfFolder2);
+  test::WriteFile(m_path, test::MakeEseFile({table}, {.pageSize = 8192}));
+  LiveStore store(m_path, EseJetApi());
+  WlmFolder folder;
+  folder.Id = 3;
+  WlmMessages messages;
+  EXPECT_EQ(store.ListFolderMessages(folder, MessageFiles::kFind, &m_never, &messages), kOk);
+  EXPECT_EQ(messages.size(), 1U);
+  EXPECT_EQ(messages[3].size(), 3U);
+}
+
 TEST_F(LiveStoreTest, FolderIdIsSignExtendedForTheQuery) {
   Write({.messages = {{1, -2, std::nullopt, u"a@x", u"b"}, {2, 0xFFFFFFFE}}});
   LiveStore store(m_path, EseJetApi());
