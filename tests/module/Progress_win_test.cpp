@@ -143,6 +143,7 @@ TEST_F(ProgressTest, CompleteReturnsWithTheFinishedFace) {
 TEST_F(ProgressTest, CloseButtonEndsTheWindowOnlyWhenTheJobIsOver) {
   const Job job(m_progress);
   ::SendMessageW(job.Window(), WM_COMMAND, kClose, 0);
+  job.Settle();
   EXPECT_FALSE(job.IsFinished());
   job.Complete();
   job.Click(kClose);
@@ -183,6 +184,7 @@ TEST_F(ProgressTest, StopAfterTheEndDoesNothing) {
 TEST_F(ProgressTest, EnterEndsOnlyAWindowWhoseJobIsOver) {
   const Job job(m_progress);
   ::SendMessageW(job.Window(), WM_COMMAND, IDOK, 0);
+  job.Settle();
   EXPECT_FALSE(job.IsFinished());
   job.Complete();
   ::SendMessageW(job.Window(), WM_COMMAND, IDOK, 0);
