@@ -88,9 +88,12 @@ static inline int PostmarkerLoadProgress(HMODULE module, PostmarkerProgressFunct
   FARPROC found[sizeof(names) / sizeof(names[0])];
   size_t i;
   memset(functions, 0, sizeof(*functions));
+  if (!module) {
+    return 0;
+  }
   for (i = 0; i < sizeof(names) / sizeof(names[0]); ++i) {
-    found[i] = module != NULL ? GetProcAddress(module, names[i]) : NULL;
-    if (found[i] == NULL) {
+    found[i] = GetProcAddress(module, names[i]);
+    if (!found[i]) {
       return 0;
     }
   }
