@@ -34,8 +34,14 @@ bool OpenItem(const OutlookItems& items, LONG index, OutlookClass wanted, Outloo
 // Goes through the folders of sent items.
 class SentMailReader {
  public:
-  SentMailReader(const ProgressCallbacks* callbacks, const StopQuery& stop, AddressSet* addresses)
-      : m_callbacks(callbacks), m_stop(stop), m_reader(m_outlooks), m_addresses(addresses) {}
+  // Everything must outlive the object.
+  SentMailReader(const MapiLibrary& outlooks, MapiItemReader* reader,
+                 const ProgressCallbacks* callbacks, const StopQuery& stop, AddressSet* addresses)
+      : m_outlooks(outlooks),
+        m_reader(reader),
+        m_callbacks(callbacks),
+        m_stop(stop),
+        m_addresses(addresses) {}
 
   void Read(const OutlookNameSpace& nameSpace) {
     VisitOutlookStores(nameSpace, m_outlooks, OutlookSpecialFolder::kSentMail,
@@ -76,15 +82,15 @@ class SentMailReader {
   void ReadItem(const OutlookItems& items, LONG index) {
     OutlookItem item;
     if (OpenItem(items, index, OutlookClass::kMail, &item) &&
-        FAILED(m_reader.AddRecipients(item, m_stop, m_addresses))) {
+        FAILED(m_reader->AddRecipients(item, m_stop, m_addresses))) {
       AddRecipientsOf(item, m_stop, m_addresses);
     }
   }
 
+  const MapiLibrary& m_outlooks;
+  MapiItemReader* m_reader;
   const ProgressCallbacks* m_callbacks;
   const StopQuery& m_stop;
-  MapiLibrary m_outlooks = MapiLibrary::LoadOutlooks();
-  MapiItemReader m_reader;
   AddressSet* m_addresses;
 };
 
@@ -93,7 +99,9 @@ ResultCode CollectSent(IUnknown* application, const ProgressCallbacks* callbacks
   OutlookNameSpace nameSpace;
   const ResultCode result = OpenOutlookNamespace(application, &nameSpace);
   if (Succeeded(result)) {
-    SentMailReader(callbacks, stop, addresses).Read(nameSpace);
+    const MapiLibrary outlooks = MapiLibrary::LoadOutlooks();
+    MapiItemReader reader(outlooks);
+    SentMailReader(outlooks, &reader, callbacks, stop, addresses).Read(nameSpace);
   }
   return result;
 }
