@@ -25,16 +25,19 @@ struct Progress {
 
   Progress() {
     callbacks.handle = this;
-    callbacks.setProgress = [](void* handle, const wchar_t*, int32_t total) {
-      static_cast<Progress*>(handle)->totals.push_back(total);
-    };
-    callbacks.increaseProgress = [](void* handle, int32_t count) {
-      static_cast<Progress*>(handle)->steps += count;
-    };
-    callbacks.isCancelled = [](void* handle) -> int32_t {
-      const auto& self = *static_cast<Progress*>(handle);
-      return self.steps == self.cancelAtStep ? 1 : 0;
-    };
+    callbacks.setProgress = &Set;
+    callbacks.increaseProgress = &Increase;
+    callbacks.isCancelled = &IsCancelled;
+  }
+
+ private:
+  static Progress& Of(void* handle) { return *static_cast<Progress*>(handle); }
+  static void POSTMARKER_CALL Set(void* handle, const wchar_t* /*text*/, int32_t total) {
+    Of(handle).totals.push_back(total);
+  }
+  static void POSTMARKER_CALL Increase(void* handle, int32_t count) { Of(handle).steps += count; }
+  static int32_t POSTMARKER_CALL IsCancelled(void* handle) {
+    return Of(handle).steps == Of(handle).cancelAtStep ? 1 : 0;
   }
 };
 
