@@ -27,7 +27,8 @@ bool IsClientReady(std::wstring_view displayName, const MachineView& machine = T
 // Has the user a profile of Outlook with a store in it.
 bool IsOutlookConfigured(const MachineView& machine = ThisMachine());
 
-// The folder in which Windows Mail is installed, variables put in; nothing if the system knows none.
+// The folder in which Windows Mail is installed, variables put in; nothing if the system knows
+// none.
 std::optional<std::wstring> GetMailInstallRoot(const MachineView& machine = ThisMachine());
 
 // Has the user an identity of Outlook Express, or used Windows Mail.
