@@ -11,13 +11,14 @@ constexpr DWORD kPauseAfterFailure = 100;
 
 }  // namespace
 
-bool NamedPipeServer::Init(const wchar_t* name, int32_t bufferChars) {
+bool NamedPipeServer::Init(const wchar_t* name, int32_t bufferChars, PipeClients clients) {
   Shutdown();
   if (!ArePipeArgumentsValid(name, bufferChars)) {
     return false;
   }
   m_name = name;
   m_bufferChars = bufferChars;
+  m_clients = clients;
   if (!m_messages.Allocate(bufferChars) || !Create()) {
     Shutdown();
     return false;
@@ -30,14 +31,16 @@ bool NamedPipeServer::Create() {
     Close();
     return false;
   }
-  // The client may run under any account.
-  ObjectSecurity security = ObjectSecurity::Open();
+  const bool isPrivate = m_clients == PipeClients::kThisUser;
+  ObjectSecurity security = isPrivate ? ObjectSecurity::ForThisUser() : ObjectSecurity::Open();
   if (!security) {
     return false;
   }
   const DWORD size = static_cast<DWORD>(m_bufferChars) * sizeof(wchar_t);
   m_pipe.Reset(::CreateNamedPipeW(
-      m_name.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_NOWAIT,
+      m_name.c_str(), PIPE_ACCESS_DUPLEX,
+      PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_NOWAIT |
+          (isPrivate ? PIPE_REJECT_REMOTE_CLIENTS : PIPE_ACCEPT_REMOTE_CLIENTS),
       PIPE_UNLIMITED_INSTANCES, size, size, kDefaultTimeout, security.Attributes()));
   if (!m_pipe) {
     Close();

@@ -11,13 +11,19 @@
 
 namespace postmarker {
 
+// Who may connect to a pipe.
+enum class PipeClients {
+  kEveryone,  // also other users of the machine, and other machines
+  kThisUser,  // processes of the server's own account on this machine
+};
+
 // Serves one client at a time; several objects with one name serve several. Messages are as for
-// NamedPipeClient. Everyone on the machine may connect. For one thread; every failure is a false.
+// NamedPipeClient. For one thread; every failure is a false.
 class NamedPipeServer {
  public:
   // Makes the pipe with this full name, of at least kShortestPipeName characters, and a transfer
   // buffer of `bufferChars` wide characters, more than 0. What an earlier Init made is released.
-  bool Init(const wchar_t* name, int32_t bufferChars);
+  bool Init(const wchar_t* name, int32_t bufferChars, PipeClients clients = PipeClients::kEveryone);
 
   // Makes the pipe's end again. Deliberate: with an end already there it closes that one and fails,
   // as a client that is still connected must see the pipe break first.
@@ -48,6 +54,7 @@ class NamedPipeServer {
   FileHandle m_pipe;
   NamedPipeMessages m_messages;
   int32_t m_bufferChars = 0;
+  PipeClients m_clients = PipeClients::kEveryone;
 };
 
 }  // namespace postmarker

@@ -4,6 +4,8 @@
 
 #include <cwchar>
 
+#include "ipc/ProcessUser_win.h"
+
 namespace postmarker {
 namespace {
 
@@ -35,6 +37,16 @@ ObjectSecurity ObjectSecurity::ForEveryone(DWORD access, bool lowIntegrity) {
 
 ObjectSecurity ObjectSecurity::Open() {
   return ObjectSecurity(kAllToEveryone);
+}
+
+ObjectSecurity ObjectSecurity::ForThisUser() {
+  ProcessUser user = ProcessUser::Of(::GetCurrentProcess());
+  wchar_t* sid = nullptr;
+  if (!user || !::ConvertSidToStringSidW(user.Sid(), &sid)) {
+    return {};
+  }
+  const LocalMemory owner(sid);
+  return ObjectSecurity(std::wstring(L"D:P(A;;GA;;;").append(sid).append(L")"));
 }
 
 }  // namespace postmarker

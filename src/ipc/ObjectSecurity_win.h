@@ -28,6 +28,9 @@ class ObjectSecurity {
   // Grants everything to everyone.
   static ObjectSecurity Open();
 
+  // Grants everything to the account of this process, and nothing to anyone else.
+  static ObjectSecurity ForThisUser();
+
   // Whether there is a descriptor: the system can refuse to make one.
   explicit operator bool() const { return static_cast<bool>(m_descriptor); }
 
@@ -36,6 +39,7 @@ class ObjectSecurity {
   [[nodiscard]] SECURITY_ATTRIBUTES* Attributes() { return &m_attributes; }
 
  private:
+  ObjectSecurity() = default;  // without a descriptor
   explicit ObjectSecurity(const std::wstring& description);
 
   LocalMemory m_descriptor;

@@ -7,6 +7,7 @@
 
 #include "ipc/ChannelWaits_win.h"
 #include "ipc/Mutexes_win.h"
+#include "ipc/ProcessUser_win.h"
 #include "support/PeerProcess_win.h"
 
 namespace postmarker {
@@ -65,6 +66,21 @@ TEST(ObjectSecurity, GrantsOneMaskToEveryoneAndIsNotInherited) {
     EXPECT_EQ(entry.sid, L"S-1-1-0");
     EXPECT_EQ(Label(&security).type, 255);
   }
+}
+
+TEST(ObjectSecurity, GrantsEverythingToThisUserAlone) {
+  ObjectSecurity security = ObjectSecurity::ForThisUser();
+  ASSERT_TRUE(security);
+  EXPECT_FALSE(security.Attributes()->bInheritHandle);
+  wchar_t* sid = nullptr;
+  ProcessUser user = ProcessUser::Of(::GetCurrentProcess());
+  ASSERT_TRUE(user);
+  ASSERT_TRUE(::ConvertSidToStringSidW(user.Sid(), &sid));
+  const LocalMemory owner(sid);
+  const ListEntry entry = Granted(&security);
+  EXPECT_EQ(entry.type, ACCESS_ALLOWED_ACE_TYPE);
+  EXPECT_EQ(entry.mask, GENERIC_ALL);
+  EXPECT_EQ(entry.sid, sid);
 }
 
 TEST(ObjectSecurity, LowIntegrityAddsTheMandatoryLabel) {

@@ -1,34 +1,9 @@
 #include "ipc/PipeOwner_win.h"
 
-#include <cstddef>
-#include <vector>
-
+#include "ipc/ProcessUser_win.h"
 #include "support/Handles_win.h"
 
 namespace postmarker {
-namespace {
-
-// A TOKEN_USER and the identifier that it points to; empty if the system does not tell.
-std::vector<std::byte> UserOf(HANDLE process) {
-  KernelHandle token;
-  DWORD size = 0;
-  if (!::OpenProcessToken(process, TOKEN_QUERY, token.Put())) {
-    return {};
-  }
-  ::GetTokenInformation(token.Get(), TokenUser, nullptr, 0, &size);
-  std::vector<std::byte> user(size);
-  if (user.size() < sizeof(TOKEN_USER) ||
-      !::GetTokenInformation(token.Get(), TokenUser, user.data(), size, &size)) {
-    return {};
-  }
-  return user;
-}
-
-PSID Identifier(std::vector<std::byte>& user) {
-  return reinterpret_cast<TOKEN_USER*>(user.data())->User.Sid;
-}
-
-}  // namespace
 
 PipeOwner OwnerOfProcess(DWORD processId) {
   const KernelHandle process(::OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, processId));
@@ -40,16 +15,15 @@ PipeOwner OwnerOfProcess(DWORD processId) {
   if (!process) {
     return judged();
   }
-  std::vector<std::byte> theirs = UserOf(process.Get());
-  if (theirs.empty()) {
+  ProcessUser theirs = ProcessUser::Of(process.Get());
+  if (!theirs) {
     return judged();
   }
-  std::vector<std::byte> ours = UserOf(::GetCurrentProcess());
-  if (ours.empty()) {
+  ProcessUser ours = ProcessUser::Of(::GetCurrentProcess());
+  if (!ours) {
     return PipeOwner::kUnknown;
   }
-  return ::EqualSid(Identifier(theirs), Identifier(ours)) ? PipeOwner::kThisUser
-                                                          : PipeOwner::kAnotherUser;
+  return ::EqualSid(theirs.Sid(), ours.Sid()) ? PipeOwner::kThisUser : PipeOwner::kAnotherUser;
 }
 
 PipeOwner OwnerOfPipe(HANDLE pipe) {
