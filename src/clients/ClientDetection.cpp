@@ -47,12 +47,6 @@ std::wstring ReadVersion(const MachineView& machine, const wchar_t* path, const 
   return text && *text != L"null" ? *text : std::wstring();
 }
 
-std::optional<std::wstring> ReadInstallRoot(const MachineView& machine, const wchar_t* path,
-                                            RegistryView view) {
-  const auto text = machine.ReadText(RegistryRoot::kMachine, path, L"InstallRoot", view);
-  return text ? machine.Expand(*text) : std::nullopt;
-}
-
 bool HasUsableWinMail(const MachineView& machine) {
   const auto root = GetMailInstallRoot(machine);
   const auto version = root ? machine.FileVersionText(*root + L"\\winmail.exe") : std::nullopt;
@@ -92,7 +86,9 @@ bool IsOutlookConfigured(const MachineView& machine) {
 }
 
 std::optional<std::wstring> GetMailInstallRoot(const MachineView& machine) {
-  return ReadInstallRoot(machine, kWindowsMail, RegistryView::kSuite);
+  const auto text =
+      machine.ReadText(RegistryRoot::kMachine, kWindowsMail, L"InstallRoot", RegistryView::kSuite);
+  return text ? machine.Expand(*text) : std::nullopt;
 }
 
 bool HasMailIdentity(const MachineView& machine) {
