@@ -102,6 +102,8 @@ void Job::Click(int id) const {
 void Job::WaitForFace(bool finished) const {
   Require([&] { return IsShown(kHelp) == finished && IsShown(kBar) != finished; },
           "the face did not come");
+  // The window may be in the midst of changing it.
+  ::SendMessageW(m_window, WM_NULL, 0, 0);
 }
 
 HWND Job::Question() const {
