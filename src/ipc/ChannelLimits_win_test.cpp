@@ -24,7 +24,7 @@ namespace postmarker {
 namespace {
 
 // Nearly everything that this program tests waits for somebody.
-[[maybe_unused]] const bool s_isGuarded = test::HangGuard::Install(30);
+[[maybe_unused]] const bool s_isGuarded = test::HangGuard::Install(90);
 
 using peer::ServerStep;
 using test::ChannelEnd;
@@ -32,13 +32,13 @@ using test::FreshObjectName;
 using test::PatientListening;
 
 // Within this time every attempt ends that ends at all, on a busy machine as well.
-constexpr uint32_t kSoon = 6'000;
+constexpr uint32_t kSoon = 20'000;
 
 constexpr uint32_t kLate = 60;  // until a late cancel, and until a server that recovers goes on
 constexpr uint32_t kShortLimit = 120;  // of a server that does not recover
 constexpr uint32_t kShorter = 30;      // a limit that must not be the one that ends it
-constexpr uint32_t kLonger = 19'000;   // the same
-constexpr uint32_t kLongest = 20'000;
+constexpr uint32_t kLonger = 60'000;   // the same
+constexpr uint32_t kLongest = 61'000;
 
 enum class ServerState {
   kAbsent,
