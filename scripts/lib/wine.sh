@@ -76,13 +76,19 @@ wine_register_desktop() {
   wine reg add "$key\\Desktops" /v Postmarker /d 1280x1024 /f
 }
 
+# A program that crashes says where, and ends. By default a dialog would wait for a person.
+wine_register_crashes() {
+  wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f
+}
+
 wine_make_prefix() {
   if [ -e "$WINEPREFIX/postmarker-ready" ]; then return; fi
   # Wine's own fonts, Tahoma above all: Debian puts them where Wine 8 does not look. They must be there before
   # the first program starts, as the list of fonts is kept for the server's life.
   mkdir -p "$WINEPREFIX/drive_c/windows/Fonts"
   cp /usr/share/wine/fonts/*.ttf "$WINEPREFIX/drive_c/windows/Fonts/"
-  if ! { wineboot --init && wine_register_fonts && wine_register_desktop; } >"$wine_state/wineboot.log" 2>&1; then
+  if ! { wineboot --init && wine_register_fonts && wine_register_desktop && wine_register_crashes; } \
+    >"$wine_state/wineboot.log" 2>&1; then
     echo "wine: the prefix can't be made; see $wine_state/wineboot.log" >&2
     return 1
   fi

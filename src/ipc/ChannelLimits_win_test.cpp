@@ -17,6 +17,7 @@
 #include "ipc/ChannelNames.h"
 #include "ipc/ChannelWaits_win.h"
 #include "support/ChannelPair_win.h"
+#include "support/DetachedThread_win.h"
 #include "support/HangGuard_win.h"
 #include "support/RendezvousFixture_win.h"
 
@@ -185,13 +186,13 @@ struct Outcome {
 
 // Runs an attempt that may never end. What it uses must outlive it then, so it owns all of that.
 Outcome RunGuarded(std::function<bool()> attempt) {
-  std::packaged_task<Outcome()> task([attempt = std::move(attempt)] {
+  const auto task = std::make_shared<std::packaged_task<Outcome()>>([attempt = std::move(attempt)] {
     const uint64_t start = ::GetTickCount64();
     const bool connected = attempt();
     return Outcome{true, connected, static_cast<uint32_t>(::GetTickCount64() - start)};
   });
-  std::future<Outcome> outcome = task.get_future();
-  std::thread(std::move(task)).detach();
+  std::future<Outcome> outcome = task->get_future();
+  test::RunDetached([task] { (*task)(); });
   return outcome.wait_for(std::chrono::milliseconds(kSoon)) == std::future_status::ready
              ? outcome.get()
              : Outcome();

@@ -6,8 +6,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <thread>
 
+#include "support/DetachedThread_win.h"
 #include "support/Text.h"
 
 namespace postmarker::peer {
@@ -132,11 +134,11 @@ void ServeForever(
   };
   for (;;) {
     if (std::optional<RawEnd> end = RawListen(options)) {
-      std::thread([&, taken = std::make_shared<RawEnd>(std::move(*end))] {
+      test::RunDetached([&, taken = std::make_shared<RawEnd>(std::move(*end))] {
         const nlohmann::json state = arguments.State();
         PeerConversation conversation(std::move(*taken), Fault::Read(state));
         converse(conversation, state);
-      }).detach();
+      });
     }
   }
 }

@@ -12,12 +12,14 @@
 #include <windows.h>
 
 #include <atomic>
+#include <memory>
 #include <mutex>
 #include <string>
-#include <thread>
+#include <utility>
 #include <vector>
 
 #include "peers/thunderbird/Mailbox.h"
+#include "support/DetachedThread_win.h"
 #include "support/Handles_win.h"
 #include "support/Text.h"
 
@@ -223,7 +225,9 @@ void ServeInstance(Thunderbird* owner, FileHandle pipe) {
 void ServeAll(Thunderbird* owner) {
   ::Sleep(owner->mailbox.StartDelay());
   for (int i = 0; i < kInstances; ++i) {
-    std::thread(ServeInstance, owner, MakeInstance()).detach();
+    test::RunDetached([owner, pipe = std::make_shared<FileHandle>(MakeInstance())] {
+      ServeInstance(owner, std::move(*pipe));
+    });
   }
   owner->journal.Add(L"serving");
 }
@@ -252,7 +256,7 @@ int Run() {
   ::ShowWindow(thunderbird.window, SW_SHOWNOACTIVATE);
   thunderbird.journal.Add(L"window shown");
   if (thunderbird.mailbox.Serves()) {
-    std::thread(ServeAll, &thunderbird).detach();
+    test::RunDetached([&thunderbird] { ServeAll(&thunderbird); });
   }
   MSG message;
   while (::GetMessageW(&message, nullptr, 0, 0) > 0) {
