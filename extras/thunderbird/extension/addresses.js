@@ -45,7 +45,10 @@ async function* sentFolders(directory) {
 }
 
 // All messages of a folder, page by page. A reader that goes early lets Thunderbird forget the rest.
-export async function* messagesOf(api, folder) {
+export async function* messagesOf({api, summaries}, folder) {
+  if ((await summaries.count(folder)) === 0) {
+    return;
+  }
   let page = await api.messages.list(folder.id);
   try {
     for (;;) {
@@ -63,11 +66,11 @@ export async function* messagesOf(api, folder) {
 }
 
 // Yields the number of sent messages. A folder that can't be asked counts as empty.
-export async function* countSent({api, directory, log}) {
+export async function* countSent({directory, summaries, log}) {
   let count = 0;
   for await (const folder of sentFolders(directory)) {
     try {
-      count += (await api.folders.getFolderInfo(folder.id)).totalMessageCount || 0;
+      count += await summaries.count(folder);
     } catch (error) {
       log(`a folder of sent mail can't be counted: ${error.message}`);
     }
@@ -76,10 +79,11 @@ export async function* countSent({api, directory, log}) {
 }
 
 // Yields an item for each sent message. A folder that can't be read is left out.
-export async function* sentRecipients({api, directory, log}) {
+export async function* sentRecipients({api, directory, summaries, log}) {
   for await (const folder of sentFolders(directory)) {
     try {
-      for await (const {recipients = [], ccList = [], bccList = []} of messagesOf(api, folder)) {
+      for await (const message of messagesOf({api, summaries}, folder)) {
+        const {recipients = [], ccList = [], bccList = []} = message;
         yield {to: recipients, cc: ccList, bcc: bccList};
       }
     } catch (error) {

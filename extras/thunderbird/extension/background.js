@@ -4,6 +4,7 @@ import {FolderDirectory} from "./folders.js";
 import {Mover} from "./mover.js";
 import {makeOperations} from "./operations.js";
 import {Server} from "./server.js";
+import {Summaries} from "./summaries.js";
 
 const NATIVE_PROGRAM = "postmarker_thunderbird";
 
@@ -11,8 +12,9 @@ const api = messenger;
 const log = (text) => console.log(`Postmarker: ${text}`);
 const sleep = (milliseconds) => new Promise((resolve) => setTimeout(resolve, milliseconds));
 const directory = new FolderDirectory({api, sleep});
-const mover = new Mover({api, directory, log});
-const operations = makeOperations({api, directory, mover, sleep, log});
+const summaries = new Summaries({api, sleep, log});
+const mover = new Mover({api, directory, summaries, log});
+const operations = makeOperations({api, directory, mover, summaries, sleep, log});
 
 function serve(port) {
   const server = new Server({operations, log, post: (message) => port.postMessage(message)});

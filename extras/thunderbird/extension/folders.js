@@ -1,8 +1,9 @@
 // The folders of all mail accounts, and the ids by which the other side knows them.
 
-// For a second or so after the start an account shows its top folders alone.
+// For a second or so after the start, on a busy machine for longer, accounts show no folders, or the
+// top ones alone.
 const SETTLE_PAUSE_MS = 500;
-const SETTLE_LOOKS = 12;
+const SETTLE_LOOKS = 24;
 const SETTLE_MIN_LOOKS = 4;
 
 // Kinds of accounts without folders for mail of one's own.
@@ -103,15 +104,16 @@ export class FolderDirectory {
     return accounts.filter(({type, rootFolder}) => rootFolder && !WITHOUT_MAIL.has(type));
   }
 
-  // Looks until two looks in a row see the same folders, and at least for as long as a start takes.
+  // Looks until two looks in a row see the same folders, some in each account, and at least for as
+  // long as a start takes.
   async _settle() {
     let before = null;
     for (let looks = 1; looks <= SETTLE_LOOKS; ++looks) {
-      const ids = (await this._look()).flatMap((account) =>
-        [...walk(account)].map(({folder}) => folder.id)
-      );
+      const accounts = await this._look();
+      const isFilled = accounts.every(({rootFolder}) => (rootFolder.subFolders || []).length > 0);
+      const ids = accounts.flatMap((account) => [...walk(account)].map(({folder}) => folder.id));
       const now = JSON.stringify(ids);
-      if (looks >= SETTLE_MIN_LOOKS && now === before) {
+      if (looks >= SETTLE_MIN_LOOKS && isFilled && now === before) {
         return;
       }
       before = now;

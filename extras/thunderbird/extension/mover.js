@@ -19,9 +19,10 @@ export function carriesMark(headers, name) {
 }
 
 export class Mover {
-  constructor({api, directory, log}) {
+  constructor({api, directory, summaries, log}) {
     this._api = api;
     this._directory = directory;
+    this._summaries = summaries;
     this._log = log;
     this._isSearching = false;
   }
@@ -97,7 +98,7 @@ export class Mover {
           continue;
         }
         try {
-          yield* messagesOf(this._api, folder);
+          yield* messagesOf({api: this._api, summaries: this._summaries}, folder);
         } catch (error) {
           this._log(`a folder can't be searched: ${error.message}`);
         }

@@ -8,8 +8,8 @@ async function* doing(action) {
   await action();
 }
 
-export function makeOperations({api, directory, mover, sleep, log}) {
-  const context = {api, directory, log};
+export function makeOperations({api, directory, mover, summaries, sleep, log}) {
+  const context = {api, directory, summaries, log};
   return {
     GiveAllFolders: () => directory.list(),
     GiveContacts: () => contacts(api),

@@ -4,19 +4,23 @@ import {test} from "node:test";
 import {cardAddresses, contacts, countSent, messagesOf, sentRecipients}
   from "../extension/addresses.js";
 import {FolderDirectory} from "../extension/folders.js";
+import {Summaries} from "../extension/summaries.js";
 import {FakeApi, account, collect, folder, noSleep} from "./fakeApi.js";
 
-const sent = (name) => folder(name, [], {specialUse: ["sent"]});
+const sent = (name, more) => folder(name, [], {specialUse: ["sent"], ...more});
 
-function contextOf(messages) {
+// `more` is the state of the folder "Sent".
+function contextOf(messages, more = {}) {
   const accounts = [
-    account("account1", "A", [folder("Inbox"), sent("Sent")]),
+    account("account1", "A", [folder("Inbox"), sent("Sent", more)]),
     account("account2", "B", [folder("Deep", [sent("Gesendet")])]),
   ];
   const api = new FakeApi({accounts, messages});
   const lines = [];
+  const log = (line) => lines.push(line);
   const directory = new FolderDirectory({api, sleep: noSleep});
-  return {api, directory, lines, log: (line) => lines.push(line)};
+  const summaries = new Summaries({api, log, sleep: noSleep});
+  return {api, directory, summaries, lines, log};
 }
 
 const mail = (to, more = {}) => ({recipients: [to], ...more});
@@ -85,17 +89,26 @@ test("reads sent mail of every account and no other mail", async () => {
 });
 
 test("goes on after a folder that can't be read", async () => {
-  const context = contextOf({Sent: "broken", Gesendet: [mail("e@example.com")]});
+  const context = contextOf({Gesendet: [mail("e@example.com")]}, {isDamaged: true});
+  context.api.openWindow(1);
   assert.deepEqual(await collect(countSent(context)), [1]);
   assert.equal((await collect(sentRecipients(context))).length, 1);
-  assert.match(context.lines[0], /can't be counted: no summary/);
-  assert.match(context.lines[1], /can't be read: no summary/);
+  assert.ok(context.lines.some((line) => /can't be counted: the folder's summary/.test(line)));
+  assert.ok(context.lines.some((line) => /can't be read: the folder's summary/.test(line)));
+});
+
+test("reads a folder that was never shown", async () => {
+  const context = contextOf({Sent: [mail("a@example.com")]}, {isNew: true});
+  context.api.openWindow(1);
+  assert.deepEqual(await collect(sentRecipients(context)), [
+    {to: ["a@example.com"], cc: [], bcc: []},
+  ]);
 });
 
 test("lets Thunderbird forget a list that is left early", async () => {
   const many = Array.from({length: 9}, (_, i) => mail(`${i}@example.com`));
-  const {api} = contextOf({Sent: many});
-  const list = messagesOf(api, {id: "account1:///Sent"});
+  const {api, summaries} = contextOf({Sent: many});
+  const list = messagesOf({api, summaries}, {id: "account1://Sent"});
   for (let i = 0; i < 3; ++i) {
     await list.next();
   }

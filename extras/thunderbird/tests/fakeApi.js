@@ -13,9 +13,11 @@ export function folder(name, subFolders = [], more = {}) {
   return {name, subFolders, specialUse: [], ...more};
 }
 
+const idBelow = (parentId, name) => `${parentId}${parentId.endsWith("://") ? "" : "/"}${name}`;
+
 function giveIds(parent, parentId) {
   parent.id = parentId;
-  parent.subFolders.forEach((child) => giveIds(child, `${parentId}/${child.name}`));
+  parent.subFolders.forEach((child) => giveIds(child, idBelow(parentId, child.name)));
 }
 
 export function account(id, name, subFolders, more = {}) {
@@ -33,31 +35,43 @@ function* allFolders(root) {
 
 // `accounts` may be a function, for accounts that change between looks.
 export class FakeApi {
-  constructor({accounts = [], books = [], messages = {}, pageSize = 2, preferred = null}) {
+  constructor({
+    accounts = [], books = [], messages = {}, pageSize = 2, preferred = null, summaryDelay = 3,
+  }) {
     this.calls = [];
     this._accounts = typeof accounts === "function" ? accounts : () => accounts;
     this._messages = messages;
     this._pageSize = pageSize;
     this._lists = new Map();
     this._windows = [];
+    this._tabs = [{id: 1, type: "mail"}];
+    this._summaryDelay = summaryDelay;
     const stored = {};
     this.accounts = {list: async () => this._accounts(), getDefault: async () => preferred};
     this.addressBooks = {list: async () => books};
     this.folders = {
       create: async (parentId, name) => this._create(parentId, name),
-      getFolderInfo: async (id) => ({totalMessageCount: this._readable(id).length}),
+      getFolderInfo: async (id) => ({totalMessageCount: this._countOf(this._find(id))}),
     };
     this.messages = {
-      list: async (id) => this._page(this._readable(id)),
+      list: async (id) => this._page(this._listOf(this._find(id))),
       continueList: async (id) => this._continue(id),
       abortList: async (id) => this._lists.delete(id),
       getFull: async (id) => this._full(id),
       move: async (ids, to) => this.calls.push(["move", ids, to]),
     };
     this.windows = {
-      getAll: async () => this._windows,
+      getAll: async ({windowTypes = null} = {}) =>
+        this._windows.filter(({type}) => !windowTypes || windowTypes.includes(type)),
       update: async (id, properties) => this.calls.push(["update", id, properties]),
       remove: async (id) => this.calls.push(["remove", id]),
+    };
+    this.mailTabs = {create: async ({displayedFolder}) => this._show(this._find(displayedFolder))};
+    this.tabs = {
+      query: async ({type}) => this._tabs.filter((tab) => tab.type === type),
+      remove: async (ids) => {
+        this._tabs = this._tabs.filter(({id}) => !ids.includes(id));
+      },
     };
     this.storage = {
       local: {
@@ -71,8 +85,8 @@ export class FakeApi {
     return this._lists.size;
   }
 
-  openWindow(id) {
-    this._windows.push({id});
+  openWindow(id, type = "normal") {
+    this._windows.push({id, type});
   }
 
   _find(id) {
@@ -91,17 +105,41 @@ export class FakeApi {
     if (parent.subFolders.some((child) => child.name === name)) {
       throw new Error(`there is a folder ${name} already`);
     }
-    const created = {...folder(name), id: `${parentId}/${name}`};
+    const created = {...folder(name), id: idBelow(parentId, name)};
     parent.subFolders.push(created);
     return created;
   }
 
-  _readable(id) {
-    const found = this._messages[this._find(id).name] || [];
-    if (found === "broken") {
-      throw new Error("no summary");
+  get openTabs() {
+    return this._tabs.map(({id}) => id);
+  }
+
+  // A folder with `isNew` has no summary until it was shown and so many looks have gone by; one with
+  // `isDamaged` never gets one. Nothing can be asked of such a folder, and its list is empty.
+  _hasSummary(found) {
+    if (found.isNew && found.isShown && found.looks++ >= this._summaryDelay) {
+      found.isNew = false;
     }
-    return found;
+    return !found.isNew && !found.isDamaged;
+  }
+
+  _countOf(found) {
+    if (found.isRoot || !this._hasSummary(found)) {
+      throw new Error("An unexpected error occurred");
+    }
+    return this._listOf(found).length;
+  }
+
+  _listOf(found) {
+    return this._hasSummary(found) ? this._messages[found.name] || [] : [];
+  }
+
+  _show(found) {
+    this._tabs.push({id: this._tabs.length + 1, type: "mail"});
+    Object.assign(found, {isShown: true, looks: 0});
+    if (!this._hasSummary(found)) {
+      throw new Error("An unexpected error occurred");
+    }
   }
 
   _page(messages) {

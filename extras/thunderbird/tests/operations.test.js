@@ -7,6 +7,7 @@ import {FolderDirectory} from "../extension/folders.js";
 import {Mover} from "../extension/mover.js";
 import {makeOperations} from "../extension/operations.js";
 import {Server} from "../extension/server.js";
+import {Summaries} from "../extension/summaries.js";
 import {FakeApi, account, folder, noSleep} from "./fakeApi.js";
 
 function makeServer() {
@@ -14,9 +15,10 @@ function makeServer() {
   const api = new FakeApi({accounts, messages: {Inbox: [{recipients: ["a@example.com"]}]}});
   const log = () => undefined;
   const directory = new FolderDirectory({api, sleep: noSleep});
-  const mover = new Mover({api, directory, log});
+  const summaries = new Summaries({api, log, sleep: noSleep});
+  const mover = new Mover({api, directory, summaries, log});
   const posted = [];
-  const operations = makeOperations({api, directory, mover, sleep: noSleep, log});
+  const operations = makeOperations({api, directory, mover, summaries, sleep: noSleep, log});
   const server = new Server({operations, log, post: (message) => posted.push(message)});
   return {api, mover, posted, server};
 }
