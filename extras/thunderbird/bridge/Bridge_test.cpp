@@ -84,9 +84,9 @@ TEST_F(BridgeTest, TellsTheNumberOfSentMessages) {
 
 TEST_F(BridgeTest, TellsTheRecipientsOfEachSentMessage) {
   Send(0, L"GiveAddressesFromSentItems");
-  Answer(1, {{{"to", {"a", "b"}}, {"cc", Json::array()}, {"bcc", {"c"}}},
+  Answer(1, {{{"to", {"X <a@x>", "b@x"}}, {"cc", Json::array()}, {"bcc", {"c@x"}}},
              {{"to", Json::array()}, {"cc", Json::array()}, {"bcc", Json::array()}}});
-  EXPECT_EQ(Take(0), (Texts{L"IncreaseProgressBar", L"a, b", L"c", L"IncreaseProgressBar",
+  EXPECT_EQ(Take(0), (Texts{L"IncreaseProgressBar", L"a@x, b@x", L"c@x", L"IncreaseProgressBar",
                             L"#####GiveAddressesFromSentItems"}));
 }
 

@@ -43,6 +43,21 @@ bool IsPlainText(std::wstring_view text) {
          text != kStep && std::none_of(text.begin(), text.end(), IsControl);
 }
 
+// The address of a recipient, who may have a name before it.
+std::wstring_view AddressOf(std::wstring_view entry) {
+  const size_t open = entry.rfind(L'<');
+  if (open == std::wstring_view::npos || !entry.ends_with(L'>')) {
+    return entry;
+  }
+  return entry.substr(open + 1, entry.size() - open - 2);
+}
+
+// Can it stand in a list without being taken for something else than one address.
+bool IsListedAddress(std::wstring_view text) {
+  return IsPlainText(text) && text.find(L'@') != std::wstring_view::npos &&
+         text.find_first_of(L" ,:;<>") == std::wstring_view::npos;
+}
+
 std::optional<std::wstring> Record(const FolderItem& folder) {
   if (folder.path.empty() || !IsId(folder.id) || !IsId(folder.store)) {
     return std::nullopt;
@@ -101,8 +116,9 @@ size_t AppendRecipientTexts(const std::vector<std::string>& entries,
   size_t leftOut = 0;
   std::wstring line;
   for (const std::string& entry : entries) {
-    const std::wstring text = WidenUtf8(entry);
-    if (!IsPlainText(text)) {
+    const std::wstring recipient = WidenUtf8(entry);
+    const std::wstring_view text = AddressOf(recipient);
+    if (!IsListedAddress(text)) {
       ++leftOut;
       continue;
     }

@@ -30,8 +30,9 @@ std::optional<std::wstring> AddressText(std::string_view address);
 // The message for a number of sent messages.
 std::optional<std::wstring> CountText(int64_t count);
 
-// Appends the messages for the recipients of a header: entries with ", " between them, in as many
-// messages as they need. Returns how many entries have no text.
+// Appends the messages for the recipients of a header: their addresses with ", " between them, in
+// as many messages as they need. Returns how many entries have no text. Names are left out: a
+// reader takes an address without angle brackets before one with them for a part of the name.
 size_t AppendRecipientTexts(const std::vector<std::string>& entries,
                             std::vector<std::wstring>* texts);
 

@@ -61,34 +61,42 @@ TEST(PipeTexts, TellsACount) {
   EXPECT_EQ(CountText(-1), std::nullopt);
 }
 
-TEST(PipeTexts, JoinsRecipients) {
+TEST(PipeTexts, JoinsTheAddressesOfRecipients) {
   std::vector<std::wstring> texts = {L"before"};
-  EXPECT_EQ(AppendRecipientTexts({"\"X, Y\" <a@example.com>", "b@example.com"}, &texts), 0U);
-  EXPECT_EQ(texts,
-            (std::vector<std::wstring>{L"before", L"\"X, Y\" <a@example.com>, b@example.com"}));
+  EXPECT_EQ(AppendRecipientTexts({"a@example.com", "\"X, <Y>\" <b@example.com>"}, &texts), 0U);
+  EXPECT_EQ(texts, (std::vector<std::wstring>{L"before", L"a@example.com, b@example.com"}));
   EXPECT_EQ(AppendRecipientTexts({}, &texts), 0U);
   EXPECT_EQ(texts.size(), 2U);
 }
 
 TEST(PipeTexts, CutsRecipientsBetweenEntriesAlone) {
   // Two of them with what stands between are exactly as long as a message.
-  const std::string half((kMaxPipeText - 3) / 2, 'x');
+  const std::string half = std::string((kMaxPipeText - 3) / 2 - 1, 'x') + "@";
   std::vector<std::wstring> texts;
-  EXPECT_EQ(AppendRecipientTexts({half, half + "y", half + "y", "z"}, &texts), 0U);
+  EXPECT_EQ(AppendRecipientTexts({half, half + "y", half + "y", "@z"}, &texts), 0U);
   ASSERT_EQ(texts.size(), 2U);
   EXPECT_EQ(texts[0].size(), kMaxPipeText);
-  EXPECT_TRUE(texts[0].ends_with(L"y"));
+  EXPECT_TRUE(texts[0].ends_with(L"@y"));
   EXPECT_TRUE(texts[1].starts_with(L"x"));
-  EXPECT_TRUE(texts[1].ends_with(L"y, z"));
+  EXPECT_TRUE(texts[1].ends_with(L"@y, @z"));
 }
 
 TEST(PipeTexts, CountsRecipientsThatHaveNoText) {
-  std::vector<std::wstring> texts;
-  EXPECT_EQ(
-      AppendRecipientTexts(
-          {"", std::string(kMaxPipeText + 1, 'x'), "a\tb", "IncreaseProgressBar", "good"}, &texts),
-      4U);
-  EXPECT_EQ(texts, std::vector<std::wstring>{L"good"});
+  const std::vector<std::string> wrong = {"",
+                                          std::string(kMaxPipeText, 'x') + "@",
+                                          "a@\tb",
+                                          "IncreaseProgressBar",
+                                          "undisclosed-recipients:;",
+                                          "\"a b\"@example.com",
+                                          "X <a@b.example, c@d.example>",
+                                          "X <>",
+                                          "group:a@b.example",
+                                          "a@b.example>"};
+  for (const std::string& entry : wrong) {
+    std::vector<std::wstring> texts;
+    EXPECT_EQ(AppendRecipientTexts({entry, "good@example.com"}, &texts), 1U) << entry;
+    EXPECT_EQ(texts, std::vector<std::wstring>{L"good@example.com"}) << entry;
+  }
 }
 
 TEST(PipeTexts, ReadsWhatANewFolderIsToBe) {
