@@ -30,6 +30,7 @@ constexpr int kTrainNoteFirst = 10037;
 constexpr int kTrainNoteSecond = 10038;
 constexpr int kClientGrid = 13032;
 constexpr int kAddressGrid = 10016;
+constexpr int kNewFolderName = 10023;
 
 constexpr char kUsage[] =
     "usage: wizard-state SECONDS FACT...\n"
@@ -43,6 +44,7 @@ constexpr char kUsage[] =
     "  tiles                     the tiles of the mail clients have the focus\n"
     "  grid                      the addresses are shown and have the focus\n"
     "  root folder               an item at the top of the tree is selected, or another one\n"
+    "  new-folder                the dialog for a new folder waits for its name\n"
     "  tip                       a tip is shown\n"
     "  front behind              the sheet is the foreground window, or another one is\n"
     "  notice                    a message box is shown\n"
@@ -160,6 +162,10 @@ bool IsShown(HWND sheet, const std::string& fact) {
   }
   if (fact == "notice") {
     return FindNotice() != nullptr;
+  }
+  if (fact == "new-folder") {
+    const HWND name = ::GetDlgItem(FindDialog(kNewFolderName), kNewFolderName);
+    return name != nullptr && HasFocus(name);
   }
   if (fact == "question") {
     return FindQuestion() != nullptr;

@@ -51,3 +51,16 @@ thunderbird_end() {
     thunderbird_keeper=''
   fi
 }
+
+# Has the keeper of this home do something, and prints its answer.
+thunderbird_ask() {
+  local port answer
+  port=$(cat "$1/port")
+  shift
+  exec 5<>"/dev/tcp/127.0.0.1/$port"
+  printf '%s\n' "$*" >&5
+  read -r answer <&5
+  exec 5>&-
+  printf '%s\n' "$answer"
+  [ "${answer#failed: }" = "$answer" ]
+}

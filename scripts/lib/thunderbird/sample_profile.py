@@ -101,7 +101,7 @@ def write_mbox(path, mails):
 def sent_message(number):
     """A Cc in every third, a Bcc in every fifth, and names that need quotes or encoding now and then."""
     name = {0: f"Kunde, Nr. {number}", 1: f"Дмитрий {number}", 2: f"Person {number}"}.get(number % 4, "")
-    headers = {}
+    headers = {"X-Mozilla-Status": "0001"}  # read
     if number % 3 == 0:
         headers["Cc"] = f"cc{number}@kunden.example, {formataddr(('Büro', 'Buero@Post.Example'))}"
     if number % 5 == 0:
