@@ -42,7 +42,7 @@ bool FrameReader::Append(std::string_view bytes) {
 
 std::optional<std::string> FrameReader::Next() {
   const std::string_view rest = std::string_view(m_bytes).substr(m_read);
-  if (m_isBroken || rest.size() < kLengthBytes) {
+  if (rest.size() < kLengthBytes) {
     return std::nullopt;
   }
   const size_t length = ReadLength(rest);
@@ -55,7 +55,8 @@ std::optional<std::string> FrameReader::Next() {
   return message;
 }
 
-// A wrong length is seen as soon as it is there, not when so many bytes have come.
+// A wrong length is seen as soon as it is there, not when so many bytes have come. Nothing is kept
+// after it.
 void FrameReader::CheckLength() {
   const std::string_view rest = std::string_view(m_bytes).substr(m_read);
   if (rest.size() < kLengthBytes) {

@@ -54,6 +54,14 @@ TEST(NativeFrames, FindsTheMessagesHoweverTheStreamIsCut) {
   }
 }
 
+TEST(NativeFrames, ReadsLengthsWhoseBytesAreAnything) {
+  for (const size_t size : {0x7F, 0x80, 0xFF, 0x100, 0x8000, 0xFFFF, 0x0F00FF}) {
+    FrameReader reader;
+    ASSERT_TRUE(reader.Append(FrameOf(std::string(size, 'x'))));
+    EXPECT_EQ(reader.Next(), std::string(size, 'x')) << size;
+  }
+}
+
 TEST(NativeFrames, ReadsTheLargestMessageAndNoLargerOne) {
   FrameReader reader;
   ASSERT_TRUE(reader.Append(FrameOf(std::string(kMaxReceivedBytes, 'x'))));

@@ -1,14 +1,18 @@
 // The extension's native program. Thunderbird starts it with both streams tied to itself, and ends
 // it by closing them. Lines for whoever looks for a fault go to the error stream, which Thunderbird
-// shows in its console.
+// shows in its console. People start it with --install or --remove.
 #include <windows.h>
 
+#include <array>
 #include <cstdio>
 
 #include "Bridge.h"
 #include "NativePort_win.h"
 #include "PipeService_win.h"
 #include "SpamFolder.h"
+#include "Task.h"
+#include "ThunderbirdSetup_win.h"
+#include "support/Text.h"
 
 namespace postmarker::bridge {
 namespace {
@@ -20,14 +24,23 @@ constexpr wchar_t kPipeName[] = L"\\\\.\\pipe\\TB_SPAMFILTER{47D90EE3-EF55-4f69-
 constexpr DWORD kIdleMs = 100;
 constexpr DWORD kBusyMs = 10;
 
+void Say(const std::string& line) {
+  std::fprintf(stderr, "postmarker-thunderbird: %s\n", line.c_str());
+}
+
+// Where this program lies; empty if the path is too long to be told.
+std::wstring ProgramFolder() {
+  std::array<wchar_t, MAX_PATH> path = {};
+  const DWORD length = ::GetModuleFileNameW(nullptr, path.data(), MAX_PATH);
+  const std::wstring_view program(path.data(), length < MAX_PATH ? length : 0);
+  return std::wstring(program.substr(0, std::min(program.rfind(L'\\'), program.size())));
+}
+
 // Until Thunderbird ends it.
 void Run() {
   NativePort port(::GetStdHandle(STD_INPUT_HANDLE), ::GetStdHandle(STD_OUTPUT_HANDLE));
   bool isHeard = true;
-  Bridge bridge({[&](const std::string& message) { isHeard = port.Write(message) && isHeard; },
-                 [](const std::string& line) {
-                   std::fprintf(stderr, "postmarker-thunderbird: %s\n", line.c_str());
-                 },
+  Bridge bridge({[&](const std::string& message) { isHeard = port.Write(message) && isHeard; }, Say,
                  [] { return ReadSpamFolderId(UserSettings()); }},
                 kPipeInstances);
   PipeService pipe(kPipeName);
@@ -47,7 +60,20 @@ void Run() {
 }  // namespace
 }  // namespace postmarker::bridge
 
-int main() {
-  postmarker::bridge::Run();
-  return 0;
+int wmain(int argc, wchar_t** argv) {
+  using namespace postmarker;
+  std::vector<std::string> arguments;
+  for (int i = 1; i < argc; ++i) {
+    arguments.push_back(NarrowUtf8(argv[i]));
+  }
+  const install::Task task = install::ParseTask(arguments);
+  if (task.kind == install::TaskKind::kUnknown) {
+    std::fputs(install::kUsage, stderr);
+    return install::kMisused;
+  }
+  if (task.kind != install::TaskKind::kServe) {
+    return install::RunSetup(task, bridge::ProgramFolder(), bridge::Say);
+  }
+  bridge::Run();
+  return install::kDone;
 }

@@ -5,7 +5,6 @@
 #include <shlobj.h>
 
 #include <array>
-#include <optional>
 
 #include "clients/thunderbird/TbIniFile.h"
 #include "support/MappedFile.h"
@@ -15,8 +14,6 @@ namespace postmarker::thunderbird {
 namespace {
 
 constexpr wchar_t kProgramKey[] = L"Software\\Mozilla\\Mozilla Thunderbird";
-constexpr wchar_t kExtensionsKey[] = L"Software\\Mozilla\\Thunderbird\\Extensions";
-constexpr wchar_t kExtensionId[] = L"{0E810812-F4BB-4309-942A-755587587A5E}";
 
 constexpr REGSAM kReadAndWrite = 0x2001F;
 constexpr DWORD kTextRoom = 260;
@@ -26,13 +23,6 @@ constexpr size_t kLongestExtensionPath = 259;
 std::optional<std::wstring> ReadProgramText(const MachineView& machine, const std::wstring& key,
                                             const wchar_t* name) {
   return machine.ReadText(RegistryRoot::kMachine, key, name, RegistryView::k32Bit);
-}
-
-std::optional<std::wstring> ApplicationDataFolder() {
-  std::array<wchar_t, MAX_PATH> folder = {};
-  const HRESULT result =
-      ::SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder.data());
-  return SUCCEEDED(result) ? std::optional(folder.data()) : std::nullopt;
 }
 
 // What the registry has for the extension, with its environment variables put in.
@@ -56,6 +46,13 @@ std::optional<std::wstring> RegisteredExtension() {
 }
 
 }  // namespace
+
+std::optional<std::wstring> ApplicationDataFolder() {
+  std::array<wchar_t, MAX_PATH> folder = {};
+  const HRESULT result =
+      ::SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder.data());
+  return SUCCEEDED(result) ? std::optional(folder.data()) : std::nullopt;
+}
 
 std::wstring GetThunderbirdExePath(const MachineView& machine) {
   const auto version = ReadProgramText(machine, kProgramKey, L"CurrentVersion");

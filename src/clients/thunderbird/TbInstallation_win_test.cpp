@@ -16,8 +16,6 @@ namespace postmarker::thunderbird {
 namespace {
 
 constexpr wchar_t kClientKey[] = L"Software\\Mozilla\\Mozilla Thunderbird";
-constexpr wchar_t kExtensionsKey[] = L"Software\\Mozilla\\Thunderbird\\Extensions";
-constexpr wchar_t kExtensionId[] = L"{0E810812-F4BB-4309-942A-755587587A5E}";
 
 class TbInstallationTest : public testing::Test {
  protected:
