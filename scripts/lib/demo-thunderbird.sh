@@ -39,7 +39,7 @@ screen_picture() {
     before=$now
     sleep 0.5
   done
-  import -window root -strip -colors 255 "PNG8:$out/$1.png"
+  import -window root -strip +dither -colors 255 "PNG8:$out/$1.png"
   say "build/demo/$1.png"
 }
 

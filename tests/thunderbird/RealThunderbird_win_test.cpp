@@ -191,6 +191,7 @@ TEST_F(RealThunderbirdTest, TellsItsFoldersMakesOneTellsAllAddressesAndStaysOpen
   BeginHarvest(L"Спам");
   WaitForAddresses();
   const milliseconds time = TimeSince(start);
+  RecordProperty("harvest_ms", static_cast<int>(time.count()));
   const AddressSet addresses = Addresses();
   EXPECT_THAT(addresses, testing::IsSubsetOf(AllAddresses()));
   Finish(true);

@@ -118,6 +118,7 @@ def write_mail(profile):
     write_mbox(local / "Inbox.sbd" / "Büro", [message(9010, "Rechnung", ME, sender="buero@post.example")])
     write_mbox(local / "Inbox.sbd" / "Büro.sbd" / "Проекты", [])
     write_mbox(local / "Inbox.sbd" / "案件", [message(9020, "Cheap", ME, sender="x@spam.example", **{MARK: "yes"})])
+    write_mbox(local / "C# und F#", [])  # the wizard's protocol can't express it
     write_mbox(local / "Trash", [])
     write_mbox(profile / OTHER / "Inbox", [])
     write_mbox(profile / OTHER / "Trash", [])
