@@ -14,7 +14,6 @@ open_thunderbird() {
     if [ "$(thunderbird_ask "$thunderbird_home" window)" = normal ]; then break; fi
     sleep 0.1
   done
-  client='Mozilla Thunderbird'
   if [ "$mode" = virtual ]; then
     thunderbird_ask "$thunderbird_home" show Inbox >/dev/null
     set_window "Mozilla Thunderbird" 0 0 1280 1024
@@ -43,14 +42,18 @@ screen_picture() {
   say "build/demo/$1.png"
 }
 
-# Over the folders with a new one, and the addresses, to the end. Then the spam that lies around is moved.
+# From the choice of the client over the folders with a new one, and the addresses, to the end. Then the spam that lies
+# around is moved.
 walk_beside_thunderbird() {
   say "walking through the wizard, with Thunderbird"
-  start_host --language en --client "$client"
+  start_host --language en
   wait_for welcome next
   desktop_left=640 desktop_top=520
   set_window 'demo - Wine desktop' "$desktop_left" "$desktop_top"
   bring_to_front
+  press next
+  wait_for clients tiles next
+  xdotool type --clearmodifiers Mozilla
   press next
   wait_for folders tree next
   screen_picture thunderbird-01-folders

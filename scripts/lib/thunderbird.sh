@@ -9,9 +9,9 @@ thunderbird_keeper=''
 
 thunderbird_is_installed() { [ -x "$thunderbird_program" ] && command -v twm >/dev/null; }
 
-# Where a Windows program finds Thunderbird, its profile and its extension.
+# Where a Windows program finds Thunderbird and its profile; and the extension, as a person installs it.
 thunderbird_register() {
-  local home=$1 client='HKLM\Software\Mozilla\Mozilla Thunderbird' data profile
+  local home=$1 bridge=$2 client='HKLM\Software\Mozilla\Mozilla Thunderbird' data profile
   profile=$(winepath -w "$home/profile")
   {
     wine reg add "$client" /reg:32 /v CurrentVersion /d sample /f
@@ -20,6 +20,7 @@ thunderbird_register() {
   data=$(winepath -u "$(wine cmd /c 'echo %APPDATA%' | tr -d '\r')")
   mkdir -p "$data/Thunderbird"
   printf '[Profile0]\r\nName=default\r\nIsRelative=0\r\nPath=%s\r\n' "$profile" >"$data/Thunderbird/profiles.ini"
+  wine "$bridge" --install
 }
 
 # Makes the home anew and keeps a Thunderbird in it until thunderbird_end, or the end of the calling process.
@@ -27,13 +28,15 @@ thunderbird_register() {
 thunderbird_begin() {
   local home=$1 bridge=$2 waited
   shift 2
+  # What a run that was stopped half-way has left is for a home that goes now.
+  wine "$bridge" --remove >/dev/null 2>&1 || true
   rm -rf "$home"
   mkdir -p "$home"
   "$root/scripts/lib/thunderbird/keeper" "$@" "$home" "$bridge" </dev/null >"$home/keeper.log" 2>&1 &
   thunderbird_keeper=$!
   for ((waited = 0; waited < 600; ++waited)); do
     if [ -s "$home/port" ]; then
-      thunderbird_register "$home"
+      thunderbird_register "$home" "$bridge"
       return
     fi
     kill -0 "$thunderbird_keeper" 2>/dev/null || break

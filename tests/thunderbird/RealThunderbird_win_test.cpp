@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "clients/thunderbird/TbInstallation_win.h"
 #include "module/ModuleFixture_win.h"
 #include "settings/FilterSettings.h"
 
@@ -176,6 +177,7 @@ class RealThunderbirdTest : public testing::Test {
 };
 
 TEST_F(RealThunderbirdTest, TellsItsFoldersMakesOneTellsAllAddressesAndStaysOpen) {
+  EXPECT_TRUE(thunderbird::IsThunderbirdExtensionInstalled());
   m_thunderbird->Open();
   const int starts = m_thunderbird->Starts();
   const WizardSession& session = Start();

@@ -1,10 +1,9 @@
 """Makes a profile of Thunderbird with sample mail: nested folders in several scripts, 2,000 sent messages, a second
-account, two address books, and the extension. Everything is the same in each run."""
+account and two address books. Everything is the same in each run."""
 
 import json
 import shutil
 import sqlite3
-import zipfile
 from datetime import datetime, timedelta, timezone
 from email.utils import formataddr, format_datetime
 
@@ -12,12 +11,11 @@ SENT_MESSAGES = 2000
 DAY = datetime(2026, 3, 2, 9, 0, tzinfo=timezone.utc)
 ME = "Anna Beispiel <anna@post.example>"
 MARK = "X-Postmarker-Spam"
-EXTENSION_ID = "{0E810812-F4BB-4309-942A-755587587A5E}"
 
 LOCAL = "Mail/Local Folders"
 OTHER = "Mail/pop.post.example"
 
-# Keeps Thunderbird from asking and from calling anybody, and lets it run an extension that lies in the profile.
+# Keeps Thunderbird from asking and from calling anybody, and lets it run the extension that is installed into the profile without a question.
 PREFERENCES = {
     "app.donation.eoy.version.viewed": 999,
     "app.update.enabled": False,
@@ -150,19 +148,10 @@ def write_books(profile):
     write_book(profile / "history.sqlite", [card("Clara", "clara@freunde.example")])
 
 
-def pack_extension(profile, extension):
-    package = profile / "extensions" / f"{EXTENSION_ID}.xpi"
-    package.parent.mkdir()
-    with zipfile.ZipFile(package, "w", zipfile.ZIP_DEFLATED) as archive:
-        for file in sorted(extension.iterdir()):
-            archive.write(file, file.name)
-
-
-def make_profile(profile, extension, mail_port, control_port):
-    """Makes the folder `profile` anew, with the extension of the folder `extension` in it."""
+def make_profile(profile, mail_port, control_port):
+    """Makes the folder `profile` anew."""
     shutil.rmtree(profile, ignore_errors=True)
     profile.mkdir(parents=True)
     write_preferences(profile, mail_port, control_port)
     write_mail(profile)
     write_books(profile)
-    pack_extension(profile, extension)
