@@ -37,6 +37,7 @@ bool NamedPipeClient::Init(const wchar_t* name, int32_t bufferChars, uint8_t ove
     return false;
   }
   m_name = name;
+  m_isStopped = false;
   m_stopEvent.Reset(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
   if (!m_stopEvent || !m_messages.Allocate(bufferChars)) {
     Shutdown();
@@ -47,7 +48,7 @@ bool NamedPipeClient::Init(const wchar_t* name, int32_t bufferChars, uint8_t ove
 
 void NamedPipeClient::Shutdown() {
   if (m_stopEvent) {
-    ::SetEvent(m_stopEvent.Get());
+    RequestStop();
     while (m_busyCount >= 1) {
       ::Sleep(kBusyPoll);
     }
@@ -62,6 +63,7 @@ void NamedPipeClient::Shutdown() {
 
 void NamedPipeClient::RequestStop() const {
   if (m_stopEvent) {
+    m_isStopped = true;
     ::SetEvent(m_stopEvent.Get());
   }
 }
@@ -71,7 +73,7 @@ bool NamedPipeClient::WaitForStop(DWORD milliseconds) const {
 }
 
 bool NamedPipeClient::StopRequested() const {
-  return m_stopEvent && WaitForStop(0);
+  return m_stopEvent && m_isStopped;
 }
 
 bool NamedPipeClient::Open() {

@@ -98,6 +98,8 @@ class NamedPipeClient {
   std::wstring m_name;
   FileHandle m_pipe;
   KernelHandle m_stopEvent;
+  // Is the event set. It is asked twice for each message, and an atomic costs no call.
+  mutable std::atomic<bool> m_isStopped = false;
   NamedPipeMessages m_messages;
   std::atomic<int32_t> m_busyCount = 0;
 };

@@ -42,15 +42,12 @@ bool NamedPipeMessages::HasMessage(HANDLE pipe) {
   if (!IsHandle(pipe) || !m_buffer) {
     return true;  // Read then fails
   }
-  Clear();
-  DWORD read = 0;
+  // Only whether there is something is asked: with a buffer the system would make another one of
+  // its size for each call.
   DWORD available = 0;
-  DWORD left = 0;
-  if (::PeekNamedPipe(pipe, m_buffer.get(), Size(), &read, &available, &left)) {
-    m_dirtyBytes = std::min(read, Size());
+  if (::PeekNamedPipe(pipe, nullptr, 0, nullptr, &available, nullptr)) {
     return available != 0;
   }
-  m_dirtyBytes = Size();
   return ::GetLastError() != ERROR_NO_DATA;
 }
 

@@ -13,6 +13,8 @@
 #include "ipc/NamedPipeClient_win.h"
 #include "ipc/ObjectSecurity_win.h"
 #include "ipc/ProcessUser_win.h"
+#include "support/PeerProcess_win.h"
+#include "support/TempFolder.h"
 #include "support/Text.h"
 #include "support/ThunderbirdInstallation_win.h"
 
@@ -208,6 +210,35 @@ TEST_F(NativeProgramTest, EndsWhenNobodyReadsItsRequests) {
 TEST_F(NativeProgramTest, EndsAfterAFrameThatCantBe) {
   m_extension.WriteBytes(std::string("\xFF\xFF\xFF\xFF", 4));
   EXPECT_TRUE(m_extension.HasEnded());
+}
+
+// The exit code of the program with these arguments. Nothing that it is asked for here changes
+// anything.
+int ExitCodeOf(const std::vector<std::wstring>& arguments) {
+  return PeerProcess(ExtensionPeer::Program(), arguments).WaitForExit();
+}
+
+TEST(NativeProgram, TellsByItsExitCodeWhatBecameOfItsTask) {
+  EXPECT_EQ(ExitCodeOf({}), 2);
+  EXPECT_EQ(ExitCodeOf({L"--help"}), 2);
+  EXPECT_EQ(ExitCodeOf({L"--remove", L"a", L"b"}), 2);
+  const TempFolder folder;
+  EXPECT_EQ(ExitCodeOf({L"--install", folder.PathOf("missing")}), 1);
+}
+
+// Thunderbird takes the manifest by the extension's id, and the package by the manifest in it.
+TEST(NativeProgram, HasItsManifestAndTheExtensionBesideIt) {
+  const std::wstring folder = StageFolder() + L"\\bin\\";
+  const Json manifest = Json::parse(ReadFile(folder + L"postmarker_thunderbird.json"));
+  EXPECT_EQ(manifest["name"], "postmarker_thunderbird");
+  EXPECT_EQ(manifest["type"], "stdio");
+  EXPECT_EQ(folder + WidenUtf8(manifest["path"].get<std::string>()), ExtensionPeer::Program());
+  EXPECT_EQ(manifest["allowed_extensions"], Json{"{0E810812-F4BB-4309-942A-755587587A5E}"});
+  const std::string package = ReadFile(folder + L"postmarker-thunderbird.xpi");
+  EXPECT_TRUE(package.starts_with("PK"));
+  for (const char* name : {"manifest.json", "background.js", "server.js"}) {
+    EXPECT_NE(package.find(name), std::string::npos) << name;
+  }
 }
 
 }  // namespace
