@@ -4,7 +4,7 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
-#include <thread>
+#include <utility>
 
 #include "NativeFrames.h"
 
@@ -45,9 +45,21 @@ struct NativePort::Inbox {
   }
 };
 
+// What the thread keeps.
+struct NativePort::Reading {
+  std::shared_ptr<Inbox> inbox;
+  HANDLE input;
+};
+
+// The system's own threads: the runtime library can give the record of a std::thread back twice, if
+// the thread ends in the moment in which it is detached.
 NativePort::NativePort(HANDLE input, HANDLE output)
     : m_inbox(std::make_shared<Inbox>()), m_output(output) {
-  std::thread(&NativePort::ReadAll, m_inbox, input).detach();
+  auto* const reading = new Reading{m_inbox, input};
+  if (!KernelHandle(::CreateThread(nullptr, 0, ReadAll, reading, 0, nullptr))) {
+    delete reading;
+    m_inbox->End();
+  }
 }
 
 NativePort::~NativePort() {
@@ -56,7 +68,9 @@ NativePort::~NativePort() {
   m_inbox->changed.notify_all();
 }
 
-void NativePort::ReadAll(const std::shared_ptr<Inbox>& inbox, HANDLE input) {
+DWORD WINAPI NativePort::ReadAll(void* reading) {
+  const std::unique_ptr<Reading> owned(static_cast<Reading*>(reading));
+  const auto& [inbox, input] = *owned;
   FrameReader frames;
   std::array<char, kReadBytes> bytes = {};
   DWORD read = 0;
@@ -65,7 +79,7 @@ void NativePort::ReadAll(const std::shared_ptr<Inbox>& inbox, HANDLE input) {
     const bool isSound = frames.Append({bytes.data(), read});
     while (std::optional<std::string> message = frames.Next()) {
       if (!inbox->Put(*std::move(message))) {
-        return;
+        return 0;
       }
     }
     if (!isSound) {
@@ -73,6 +87,7 @@ void NativePort::ReadAll(const std::shared_ptr<Inbox>& inbox, HANDLE input) {
     }
   }
   inbox->End();
+  return 0;
 }
 
 void NativePort::Wait(DWORD milliseconds) const {

@@ -17,6 +17,7 @@ namespace postmarker::bridge {
 class NativePort {
  public:
   // `input` and `output` are pipes to Thunderbird; they must stay open as long as the process.
+  // Without a thread to read on, the stream counts as ended.
   NativePort(HANDLE input, HANDLE output);
   NativePort(const NativePort&) = delete;
   NativePort& operator=(const NativePort&) = delete;
@@ -36,8 +37,9 @@ class NativePort {
 
  private:
   struct Inbox;
+  struct Reading;
 
-  static void ReadAll(const std::shared_ptr<Inbox>& inbox, HANDLE input);
+  static DWORD WINAPI ReadAll(void* reading);
 
   std::shared_ptr<Inbox> m_inbox;
   HANDLE m_output;
