@@ -14,6 +14,8 @@ ClientConnection::~ClientConnection() {
   // The worker is not waited for: it holds the module itself and may be busy for long.
   m_workerThread.Reset();
   if (m_hold) {
+    // There is no window any more, but a client that hangs in its logoff keeps the host waiting.
+    const CWaitCursor wait;
     // A worker that is still busy keeps the object, but not the client.
     m_hold->Disconnect();
   }

@@ -8,7 +8,6 @@
 #include <tuple>
 
 #include "module/ModuleFixture_win.h"
-#include "settings/AddressLists.h"
 #include "settings/FilterSettings.h"
 
 namespace postmarker::test {
@@ -56,16 +55,6 @@ class IncrediMailWizardTest : public ModuleFixture {
     settings.GetMessageStoreId(id.data(), &size);
     id.resize(size);
     return id;
-  }
-
-  static std::vector<std::wstring> Whitelist() {
-    ListEntries entries;
-    GetWhitelistAddresses(&entries);
-    std::vector<std::wstring> addresses;
-    for (const auto& [address, unused] : entries) {
-      addresses.push_back(address);
-    }
-    return addresses;
   }
 
  private:

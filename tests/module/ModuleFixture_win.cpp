@@ -1,7 +1,5 @@
 #include "module/ModuleFixture_win.h"
 
-#include "settings/AddressLists.h"
-
 namespace postmarker::test {
 
 Module::Module(const std::wstring& root)
@@ -10,16 +8,6 @@ Module::Module(const std::wstring& root)
       reinterpret_cast<void*>(::GetProcAddress(m_library.Get(), "ShowWizard")));
   m_startWhitelistPrefill = reinterpret_cast<PostmarkerStartWhitelistPrefill>(
       reinterpret_cast<void*>(::GetProcAddress(m_library.Get(), "StartWhitelistPrefill")));
-}
-
-AddressSet Whitelist() {
-  ListEntries entries;
-  GetWhitelistAddresses(&entries);
-  AddressSet addresses;
-  for (const auto& [address, ignored] : entries) {
-    addresses.insert(address);
-  }
-  return addresses;
 }
 
 ModuleFixture::ModuleFixture() {

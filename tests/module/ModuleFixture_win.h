@@ -10,6 +10,7 @@
 #include "support/Handles_win.h"
 #include "support/ImInstallation_win.h"
 #include "support/Stage_win.h"
+#include "support/Whitelist.h"
 #include "support/WizardSession_win.h"
 
 namespace postmarker::test {
@@ -30,9 +31,6 @@ class Module {
   PostmarkerShowWizard m_showWizard = nullptr;
   PostmarkerStartWhitelistPrefill m_startWhitelistPrefill = nullptr;
 };
-
-// The addresses that are allowed.
-AddressSet Whitelist();
 
 // An IncrediMail installation with two identities of a few folders, in a registry of the test's
 // own.

@@ -1,81 +1,21 @@
-// The wizard with Outlook, which stands in as a library of this process or as a program.
+// Whole runs of the wizard with Outlook, and the silent harvest.
 #include <windows.h>
 
 #include <gmock/gmock.h>
 
-#include <chrono>
-
-#include "module/ModuleFixture_win.h"
-#include "settings/AddressLists.h"
+#include "module/OutlookWizard_win.h"
 #include "settings/FilterSettings.h"
-#include "support/OutlookInstallation_win.h"
 
 namespace postmarker::test {
 namespace {
 
-using nlohmann::json;
 using testing::ElementsAre;
 
 constexpr int kStopButton = 10043;
 
-// Longer than a person waits for a window to close, and shorter than the tests' patience.
-constexpr int kHangMs = 4000;
-
-class OutlookWizardTest : public testing::Test {
+class OutlookRunTest : public OutlookWizardTest {
  protected:
-  explicit OutlookWizardTest(OutlookClassServer server = OutlookClassServer::kInProcess)
-      : m_outlook(server) {
-    m_request.clientName = L"Microsoft Outlook";
-    m_module = std::make_unique<Module>();
-  }
-  ~OutlookWizardTest() override {
-    m_module.reset();
-    EXPECT_TRUE(WaitUntil([] { return ::GetModuleHandleW(L"Postmarker.dll") == nullptr; }))
-        << "a worker did not end";
-    EXPECT_EQ(m_outlook.Peer().Live(), 0) << "Outlook's objects were not released";
-  }
-
-  // The usual mailbox, with one fault.
-  void SetFault(const char* call, int result, int hangMs) {
-    SetFault(OutlookMailbox(), call, result, hangMs);
-  }
-  void SetFault(json mailbox, const char* call, int result, int hangMs) {
-    mailbox["faults"] = json::array({{{"at", call}, {"result", result}, {"hangMs", hangMs}}});
-    m_outlook.SetMailbox(mailbox);
-  }
-
-  std::unique_ptr<WizardSession> StartOnFolderPage() {
-    auto session = std::make_unique<WizardSession>(
-        [this](WizardRequest* request) { return m_module->ShowWizard(request); }, &m_request);
-    session->WaitForPage(Page::kWelcome);
-    session->ClickButton(kNextButton);
-    return session;
-  }
-  std::unique_ptr<WizardSession> StartAtFolders() {
-    auto session = StartOnFolderPage();
-    session->WaitForTree();
-    return session;
-  }
-  std::unique_ptr<WizardSession> StartAtAddresses() {
-    auto session = StartAtFolders();
-    session->ClickItem(L"Inbox");
-    session->ClickButton(kNextButton);
-    return session;
-  }
-
-  void RequireHang() const {
-    WizardSession::Require([this] { return m_outlook.Peer().IsHanging(); }, "nothing hangs");
-  }
-
-  static AddressSet Whitelist() {
-    ListEntries entries;
-    GetWhitelistAddresses(&entries);
-    AddressSet addresses;
-    for (const auto& [address, ignored] : entries) {
-      addresses.insert(address);
-    }
-    return addresses;
-  }
+  using OutlookWizardTest::OutlookWizardTest;
 
   // A run from the folders to the end, in which all is used.
   void RunToTheEnd() {
@@ -101,13 +41,9 @@ class OutlookWizardTest : public testing::Test {
     EXPECT_EQ(settings.GetSpamFolderId(), "B4F1");
     EXPECT_EQ(Whitelist().size(), 5U);
   }
-
-  OutlookInstallation m_outlook;
-  WizardRequest m_request;
-  std::unique_ptr<Module> m_module;
 };
 
-TEST_F(OutlookWizardTest, ApplicationOfTheHostServesTheRun) {
+TEST_F(OutlookRunTest, ApplicationOfTheHostServesTheRun) {
   const ComPtr<IDispatch> application = m_outlook.MakeApplication();
   m_request.outlookApplication = application.Get();
   RunToTheEnd();
@@ -115,13 +51,13 @@ TEST_F(OutlookWizardTest, ApplicationOfTheHostServesTheRun) {
   EXPECT_EQ(m_outlook.Peer().Live(), 1) << "the host's application, and nothing else";
 }
 
-TEST_F(OutlookWizardTest, OutlookThatDoesNotRunIsStartedForTheRun) {
+TEST_F(OutlookRunTest, OutlookThatDoesNotRunIsStartedForTheRun) {
   RunToTheEnd();
   EXPECT_EQ(m_outlook.Peer().CallsOf("CreateInstance"), 1);
   EXPECT_EQ(m_outlook.Peer().Live(), 0);
 }
 
-TEST_F(OutlookWizardTest, FailedLogonLeavesNoFolderAndTheRunCanBeCancelled) {
+TEST_F(OutlookRunTest, FailedLogonLeavesNoFolderAndTheRunCanBeCancelled) {
   SetFault("NameSpace.Logon", E_FAIL, 0);
   const auto session = StartAtFolders();
   EXPECT_THAT(session->TreeLines(), testing::IsEmpty());
@@ -132,7 +68,7 @@ TEST_F(OutlookWizardTest, FailedLogonLeavesNoFolderAndTheRunCanBeCancelled) {
   EXPECT_EQ(m_outlook.Peer().CallsOf("NameSpace.Logoff"), 0);
 }
 
-TEST_F(OutlookWizardTest, StopInTheMiddleOfAFolderShowsWhatWasFound) {
+TEST_F(OutlookRunTest, StopInTheMiddleOfAFolderShowsWhatWasFound) {
   SetFault(LargeOutlookMailbox(2000, 10), "IMessage.GetRecipientTable", 0, 10);
   const auto session = StartAtAddresses();
   session->WaitForPage(Page::kPrefill);
@@ -148,36 +84,7 @@ TEST_F(OutlookWizardTest, StopInTheMiddleOfAFolderShowsWhatWasFound) {
   EXPECT_EQ(session->Result(), kWizardCancelled);
 }
 
-TEST_F(OutlookWizardTest, CancelClosesTheWindowWhileTheWorkerHangsInOutlook) {
-  for (const char* const call : {"IMAPISession.GetMsgStoresTable", "Folder.DefaultItemType"}) {
-    SCOPED_TRACE(call);
-    SetFault(call, 0, kHangMs);
-    const auto session = StartOnFolderPage();
-    RequireHang();
-    session->ClickButton(IDCANCEL);
-    WizardSession::Require([&] { return session->Sheet() == nullptr; }, "the window stays");
-    EXPECT_TRUE(m_outlook.Peer().IsHanging()) << "the window waited for Outlook";
-    EXPECT_EQ(session->Result(), kWizardCancelled);
-    // The worker still calls Outlook; it ends by itself.
-    m_outlook.Peer().SetFault({.call = 1, .andLater = true, .result = E_FAIL});
-    EXPECT_TRUE(WaitUntil([this] { return m_outlook.Peer().Live() == 0; }));
-  }
-}
-
-TEST_F(OutlookWizardTest, CancelWhileTheCollectionHangsTellsThatItWaits) {
-  SetFault("Items.Item", 0, kHangMs);
-  const auto session = StartAtAddresses();
-  session->WaitForPage(Page::kPrefill);
-  RequireHang();
-  session->ClickButton(IDCANCEL);
-  WizardSession::Require(
-      [&] { return session->Sheet() == nullptr || !::IsWindowEnabled(session->Sheet()); },
-      "the wizard takes input");
-  EXPECT_TRUE(m_outlook.Peer().IsHanging()) << "the hang was over before the wizard told so";
-  EXPECT_EQ(session->Result(), kWizardCancelled);
-}
-
-TEST_F(OutlookWizardTest, SilentHarvestLogsOnFillsTheAllowedListAndLetsOutlookGo) {
+TEST_F(OutlookRunTest, SilentHarvestLogsOnFillsTheAllowedListAndLetsOutlookGo) {
   m_module->StartWhitelistPrefill();
   EXPECT_TRUE(WaitUntil([] { return Whitelist().size() == 5; }));
   EXPECT_TRUE(WaitUntil([this] { return m_outlook.Peer().Live() == 0; }));
@@ -185,36 +92,13 @@ TEST_F(OutlookWizardTest, SilentHarvestLogsOnFillsTheAllowedListAndLetsOutlookGo
   EXPECT_EQ(m_outlook.Peer().CallsOf("NameSpace.Logoff"), 1);
 }
 
-class OutlookProgramWizardTest : public OutlookWizardTest {
+class OutlookProgramRunTest : public OutlookRunTest {
  protected:
-  OutlookProgramWizardTest() : OutlookWizardTest(OutlookClassServer::kProgram) {}
+  OutlookProgramRunTest() : OutlookRunTest(OutlookClassServer::kProgram) {}
 };
 
-TEST_F(OutlookProgramWizardTest, ProgramThatDoesNotRunIsStartedForTheRun) {
+TEST_F(OutlookProgramRunTest, ProgramThatDoesNotRunIsStartedForTheRun) {
   RunToTheEnd();
-}
-
-TEST_F(OutlookProgramWizardTest, CancelClosesTheWindowWhileTheProgramHangs) {
-  SetFault("Folder.DefaultItemType", 0, kHangMs);
-  const auto session = StartOnFolderPage();
-  ASSERT_TRUE(m_outlook.WaitUntilProgramHangs());
-  const auto start = std::chrono::steady_clock::now();
-  session->ClickButton(IDCANCEL);
-  WizardSession::Require([&] { return session->Sheet() == nullptr; }, "the window stays");
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(kHangMs / 2));
-  EXPECT_EQ(session->Result(), kWizardCancelled);
-}
-
-TEST_F(OutlookProgramWizardTest, LogonThatHangsShowsTheWaitCursorAndCancelEndsTheRun) {
-  SetFault("NameSpace.Logon", 0, kHangMs);
-  const auto session = StartOnFolderPage();
-  ASSERT_TRUE(m_outlook.WaitUntilProgramHangs());
-  const DWORD thread = ::GetWindowThreadProcessId(session->Sheet(), nullptr);
-  ASSERT_TRUE(::AttachThreadInput(::GetCurrentThreadId(), thread, TRUE));
-  EXPECT_EQ(::GetCursor(), ::LoadCursorW(nullptr, IDC_WAIT));
-  ::AttachThreadInput(::GetCurrentThreadId(), thread, FALSE);
-  session->ClickButton(IDCANCEL);
-  EXPECT_EQ(session->Result(), kWizardCancelled);
 }
 
 }  // namespace

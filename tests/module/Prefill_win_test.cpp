@@ -9,14 +9,12 @@
 #include "clients/ClientTable.h"
 #include "clients/WhitelistPrefill_win.h"
 #include "module/ModuleFixture_win.h"
-#include "settings/AddressLists.h"
+#include "support/SuiteKeys.h"
 
 namespace postmarker::test {
 namespace {
 
 using testing::ElementsAre;
-
-constexpr wchar_t kSpamfilterKey[] = L"Software\\Kestrelon Ltd.\\Kestrelon\\Spamfilter";
 
 // What the crashing peer is asked for.
 constexpr int kAccessViolation = 1;
@@ -80,16 +78,6 @@ class HarvestTest : public testing::Test {
     m_first.addresses = {L"first@a.org"};
     m_second.addresses = {L"second@a.org"};
     m_third.addresses = {L"third@a.org"};
-  }
-
-  static std::vector<std::wstring> Whitelist() {
-    ListEntries entries;
-    GetWhitelistAddresses(&entries);
-    std::vector<std::wstring> addresses;
-    for (const auto& [address, unused] : entries) {
-      addresses.push_back(address);
-    }
-    return addresses;
   }
 
   HarvestedClient m_first;

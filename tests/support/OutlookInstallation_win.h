@@ -61,13 +61,14 @@ class OutlookRegistration {
 
 class OutlookInstallation {
  public:
+  static constexpr wchar_t kLibraryFolder[] = L"System\\MSMAPI\\1033";
   static constexpr wchar_t kProfiles[] =
       L"Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem\\Profiles";
 
   explicit OutlookInstallation(OutlookClassServer server = OutlookClassServer::kNone)
       : m_mailboxFile(m_folder.PathOf("mailbox.json")) {
     SetMailboxFile(OutlookMailbox());
-    const std::wstring library = Copy(L"Decorated", L"System\\MSMAPI\\1033");
+    const std::wstring library = Copy(L"Decorated", kLibraryFolder);
     if (server == OutlookClassServer::kInProcess) {
       OutlookRegistration::SetServer(L"InprocServer32", library);
     } else if (server == OutlookClassServer::kProgram) {
@@ -88,6 +89,7 @@ class OutlookInstallation {
   OutlookInstallation(const OutlookInstallation&) = delete;
   OutlookInstallation& operator=(const OutlookInstallation&) = delete;
   ~OutlookInstallation() {
+    EndHangs();
     EndProgram();
     m_control->ResetCalls();
     // COM unloads a server only when it is asked to or the apartment ends.
@@ -97,6 +99,14 @@ class OutlookInstallation {
   // Waits until the program has got all of its objects back.
   [[nodiscard]] bool WaitUntilReleased() const {
     return ::WaitForSingleObject(m_released.Get(), 20'000) == WAIT_OBJECT_0;
+  }
+
+  // Lets the calls that hang go on, and all later ones; until there is another mailbox.
+  void EndHangs() const {
+    m_control->EndHangs();
+    if (m_goesOn) {
+      ::SetEvent(m_goesOn.Get());
+    }
   }
 
   // Waits until a call of the program hangs.
@@ -120,6 +130,11 @@ class OutlookInstallation {
   }
   [[nodiscard]] const TempFolder& Folder() const { return m_folder; }
 
+  // Outlook's MAPI library, also where it has been taken away.
+  [[nodiscard]] std::wstring LibraryPath() const {
+    return m_folder.PathOf("") + kLibraryFolder + L"\\msmapi32.dll";
+  }
+
   // Copies the library with the names "Decorated", "Plain" or "Incomplete" into a folder below the
   // test's; its path.
   std::wstring Copy(const std::wstring& names, const std::wstring& folder,
@@ -136,6 +151,7 @@ class OutlookInstallation {
     m_program = FreshObjectName();
     m_released.Reset(::CreateEventW(nullptr, TRUE, FALSE, (m_program + L"-released").c_str()));
     m_hangs.Reset(::CreateEventW(nullptr, TRUE, FALSE, (m_program + L"-hangs").c_str()));
+    m_goesOn.Reset(::CreateEventW(nullptr, TRUE, FALSE, (m_program + L"-goes-on").c_str()));
     m_end.Reset(::CreateEventW(nullptr, TRUE, FALSE, (m_program + L"-end").c_str()));
     std::wstring command = L"\"" + PeerPath(L"outlook\\outlook.exe") + L"\"";
     for (const std::wstring& argument :
@@ -179,6 +195,7 @@ class OutlookInstallation {
   std::wstring m_program;
   KernelHandle m_released;
   KernelHandle m_hangs;
+  KernelHandle m_goesOn;
   KernelHandle m_end;
   OutlookRegistration m_registration;
   std::optional<RegistrySandbox> m_registry;

@@ -20,7 +20,7 @@ std::optional<HRESULT> CallGate::Enter(const std::string& name) {
     if (hangSignal != nullptr) {
       ::SetEvent(hangSignal);
     }
-    ::Sleep(hangMs);
+    ::WaitForSingleObject(hangEnd.Get(), hangMs);
     --m_hanging;
   }
   return result;
@@ -41,7 +41,7 @@ std::optional<HRESULT> CallGate::Decide(const std::string& name, DWORD* hangMs) 
     }
   }
   for (const NamedFault& fault : mailbox.faults) {
-    if (fault.at == name) {
+    if (fault.at == name && m_callsOf[name] > fault.after) {
       *hangMs = fault.hangMs;
       if (fault.result < 0) {
         return fault.result;
@@ -57,6 +57,7 @@ void CallGate::Reset() {
   m_calls = 0;
   m_callsOf.clear();
   m_journal.clear();
+  ::ResetEvent(hangEnd.Get());
 }
 
 void CallGate::SetFault(const PeerFault& fault) {

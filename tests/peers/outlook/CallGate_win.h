@@ -12,6 +12,7 @@
 
 #include "Mailbox.h"
 #include "PeerControl.h"
+#include "support/Handles_win.h"
 
 namespace postmarker::peer {
 
@@ -32,6 +33,8 @@ class CallGate {
 
   Mailbox mailbox;
   HANDLE hangSignal = nullptr;  // not owned; set when a call begins to hang
+  // Set when calls that hang are to go on, and none is to hang any more.
+  KernelHandle hangEnd{::CreateEventW(nullptr, TRUE, FALSE, nullptr)};
   std::atomic<long> live = 0;
   std::atomic<long> falseReleases = 0;
 

@@ -76,8 +76,8 @@ Mailbox Mailbox::Read(const std::wstring& file) {
     mailbox.stores.push_back(std::move(store));
   }
   for (const Json& fault : json.value("faults", Json::array())) {
-    mailbox.faults.push_back(
-        {fault.value("at", ""), fault.value("result", 0), fault.value("hangMs", 0U)});
+    mailbox.faults.push_back({fault.value("at", ""), fault.value("result", 0),
+                              fault.value("hangMs", 0U), fault.value("after", 0L)});
   }
   return mailbox;
 }

@@ -4,7 +4,10 @@
 //  "stores": [{"id": "A1", "default": true, "root": {...a folder...}, "sent": "B3",
 //              "defaults": {"3": "B2", "5": "B3", "6": "B4", "10": "B5"}}],
 //  "freeThreaded": true,   may other apartments call the objects directly; otherwise by proxies
-//  "faults": [{"at": "NameSpace.Logon", "result": -2147467259, "hangMs": 0}]}
+//  "faults": [{"at": "NameSpace.Logon", "result": -2147467259, "hangMs": 0, "after": 0}]}
+//
+// A fault is one of each call of that name but for so many first ones; it hangs for that time at
+// most, and then fails, or works if there is no result.
 //
 // A folder: {"id": "B1", "name": "Inbox", "type": 0, "folders": [...], "items": [...]}. An item:
 // {"class": 43, "to": ["ann@x.example", ...]} or {"class": 40, "email": "ben@x.example"}. Mail with
@@ -54,6 +57,7 @@ struct NamedFault {
   std::string at;
   int result = 0;
   unsigned hangMs = 0;
+  long after = 0;
 };
 
 struct Mailbox {

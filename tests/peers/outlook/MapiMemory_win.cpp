@@ -65,7 +65,7 @@ SRowSet* MakeRows(const std::vector<std::vector<Property>>& rows) {
   set->cRows = static_cast<ULONG>(rows.size());
   for (size_t i = 0; i < rows.size(); ++i) {
     set->aRow[i].cValues = static_cast<ULONG>(rows[i].size());
-    set->aRow[i].lpProps = Fill(rows[i], &parts);
+    set->aRow[i].lpProps = MakeProperties(rows[i]);
   }
   return HandOut(set, std::move(parts));
 }
@@ -79,6 +79,13 @@ SPropTagArray* MakeTags(const std::vector<ULONG>& tags) {
     array->aulPropTag[i] = tags[i];
   }
   return HandOut(array, std::move(parts));
+}
+
+void FreeRows(SRowSet* rows) {
+  for (ULONG i = 0; i < rows->cRows; ++i) {
+    FreeMemory(rows->aRow[i].lpProps);
+  }
+  FreeMemory(rows);
 }
 
 void FreeMemory(void* memory) {

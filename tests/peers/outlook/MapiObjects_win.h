@@ -27,12 +27,13 @@ struct Property {
   bool flag = false;
 };
 
-// Memory with these properties in one piece, or with rows of them.
+// Memory with these properties in one piece, or with rows of them in a piece each.
 SPropValue* MakeProperties(const std::vector<Property>& properties);
 SRowSet* MakeRows(const std::vector<std::vector<Property>>& rows);
 SPropTagArray* MakeTags(const std::vector<ULONG>& tags);
 
-// Gives back what one of them made.
+// Gives back a piece, or rows with theirs.
 void FreeMemory(void* memory);
+void FreeRows(SRowSet* rows);
 
 }  // namespace postmarker::peer

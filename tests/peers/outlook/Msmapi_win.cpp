@@ -40,6 +40,7 @@ class Control final : public PeerControl {
     return m_journal.c_str();
   }
   bool IsHanging() override { return Gate().IsHanging(); }
+  void EndHangs() override { ::SetEvent(Gate().hangEnd.Get()); }
 
  private:
   static CallGate& Gate() { return CallGate::Instance(); }
@@ -126,7 +127,7 @@ HRESULT WINAPI PeerQueryAllRows(IMAPITable* table, SPropTagArray* columns,
 }
 
 void WINAPI PeerFreeProws(SRowSet* rows) {
-  postmarker::peer::FreeMemory(rows);
+  postmarker::peer::FreeRows(rows);
 }
 
 HRESULT WINAPI PeerGetOneProp(IMAPIProp* object, ULONG tag, SPropValue** value) {

@@ -1,8 +1,8 @@
 // The stand-in as a program: a local server of Outlook's class.
 // Usage: outlook MAILBOX.json NAME PROCESS [-Embedding]. The test, whose process' id that is, has
 // events whose names begin with NAME: "-released" is set when the last object has been released,
-// "-hangs" when a call begins to hang, and the program ends when "-end" is set or the process has
-// ended. While it runs it has "-runs".
+// "-hangs" when a call begins to hang, which goes on when "-goes-on" is set, and the program ends
+// when "-end" is set or the process has ended. While it runs it has "-runs".
 #include <windows.h>
 
 #include <objbase.h>
@@ -35,12 +35,14 @@ int Serve(wchar_t** arguments) {
       ::OpenEventW(EVENT_MODIFY_STATE, FALSE, (name + L"-released").c_str()));
   const KernelHandle hangs(::OpenEventW(EVENT_MODIFY_STATE, FALSE, (name + L"-hangs").c_str()));
   CallGate::Instance().hangSignal = hangs.Get();
+  CallGate::Instance().hangEnd.Reset(
+      ::OpenEventW(SYNCHRONIZE, FALSE, (name + L"-goes-on").c_str()));
   const KernelHandle end(::OpenEventW(SYNCHRONIZE, FALSE, (name + L"-end").c_str()));
   const KernelHandle test(
       ::OpenProcess(SYNCHRONIZE, FALSE, std::wcstoul(arguments[3], nullptr, 10)));
   const ComApartment apartment;
   DWORD cookie = 0;
-  if (!released || !hangs || !end || !test ||
+  if (!released || !hangs || !CallGate::Instance().hangEnd || !end || !test ||
       FAILED(::CoRegisterClassObject(kOutlookClass, MakeFactory(), CLSCTX_LOCAL_SERVER,
                                      REGCLS_MULTIPLEUSE, &cookie))) {
     return 1;

@@ -13,7 +13,7 @@ struct PeerFault {
   long call = 0;            // 0: none
   bool andLater = false;    // and of all calls after it
   HRESULT result = E_FAIL;  // S_OK: it says that it worked, and gives nothing
-  DWORD hangMs = 0;         // how long it hangs first; with S_OK it then works as ever
+  DWORD hangMs = 0;         // how long it hangs first at most; with S_OK it then works as ever
 };
 
 class PeerControl {
@@ -38,6 +38,8 @@ class PeerControl {
   virtual const char* Journal() = 0;
   // Is a call hanging right now.
   virtual bool IsHanging() = 0;
+  // Lets the calls that hang go on, and all later ones; until the calls are reset.
+  virtual void EndHangs() = 0;
 
  protected:
   ~PeerControl() = default;
