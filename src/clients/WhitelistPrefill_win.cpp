@@ -31,9 +31,7 @@ std::vector<const ClientRow*> RowsByTurn() {
 void CollectIntoWhitelist(const MailClientAdapter& adapter) {
   AddressSet addresses;
   (void)adapter.HarvestAddresses({}, &addresses);
-  for (const std::wstring& address : addresses) {
-    (void)AddAddressToWhitelist(address, true);
-  }
+  AddAddressesToWhitelist(addresses);
 }
 
 // Runs a step of one client's harvest so that neither a crash nor want of memory ends the others'.

@@ -82,6 +82,12 @@ ResultCode AddAddressToWhitelist(const std::wstring& address, bool removeFromOth
   return AddTo(kWhitelistAddresses, kBlacklistAddresses, address, removeFromOther, store);
 }
 
+void AddAddressesToWhitelist(const AddressSet& addresses, SettingsStore& store) {
+  for (const std::wstring& address : addresses) {
+    (void)AddAddressToWhitelist(address, true, store);
+  }
+}
+
 ResultCode AddAddressToBlacklist(const std::wstring& address, bool removeFromOther,
                                  SettingsStore& store) {
   return AddTo(kBlacklistAddresses, kWhitelistAddresses, address, removeFromOther, store);

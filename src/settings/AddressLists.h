@@ -5,12 +5,13 @@
 #include <map>
 #include <string>
 
+#include "postmarker/WizardRequest.h"
 #include "settings/SettingsStore.h"
 #include "support/Results.h"
 
 namespace postmarker {
 
-// The lists, by what stands behind the text of the spam filter's key.
+// The lists, by what follows the text of the spam filter's key.
 inline constexpr wchar_t kWhitelistAddresses[] = L"\\WhitelistAddresses";
 inline constexpr wchar_t kBlacklistAddresses[] = L"\\BlacklistAddresses";
 inline constexpr wchar_t kWhitelistDomains[] = L"\\WhitelistDomains";
@@ -53,6 +54,9 @@ ResultCode AddDomainToWhitelist(const std::wstring& domain, bool removeFromOther
                                 SettingsStore& store = UserSettings());
 ResultCode AddDomainToBlacklist(const std::wstring& domain, bool removeFromOther,
                                 SettingsStore& store = UserSettings());
+
+// Puts each of the addresses on the whitelist and takes it off the blacklist.
+void AddAddressesToWhitelist(const AddressSet& addresses, SettingsStore& store = UserSettings());
 
 bool IsAddressWhitelisted(const std::wstring& address, const SettingsStore& store = UserSettings());
 bool IsAddressBlacklisted(const std::wstring& address, const SettingsStore& store = UserSettings());

@@ -105,11 +105,8 @@ FinishOutcome FinishRun::WriteWhitelist() {
   if (m_request.prefillAddresses.empty()) {
     return FinishOutcome::kNotNeeded;
   }
-  bool worked = true;
-  for (const std::wstring& address : m_request.prefillAddresses) {
-    worked = Succeeded(AddAddressToWhitelist(address, true)) && worked;
-  }
-  return OutcomeOf(worked);
+  AddAddressesToWhitelist(m_request.prefillAddresses);
+  return FinishOutcome::kDone;
 }
 
 FinishOutcome FinishRun::RefreshStoreId() {

@@ -5,11 +5,39 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
+#include "postmarker/ProgressCallbacks.h"
 #include "support/ComPtr_win.h"
 #include "support/OutlookInstallation_win.h"
 #include "support/StopQuery.h"
 
 namespace postmarker::test {
+
+// Notes what is reported, and cancels at a step.
+struct CountedProgress {
+  std::vector<int> totals;
+  int steps = 0;
+  int cancelAtStep = -1;
+  ProgressCallbacks callbacks;
+
+  CountedProgress() {
+    callbacks.handle = this;
+    callbacks.setProgress = &Set;
+    callbacks.increaseProgress = &Increase;
+    callbacks.isCancelled = &IsCancelled;
+  }
+
+ private:
+  static CountedProgress& Of(void* handle) { return *static_cast<CountedProgress*>(handle); }
+  static void POSTMARKER_CALL Set(void* handle, const wchar_t* /*text*/, int32_t total) {
+    Of(handle).totals.push_back(total);
+  }
+  static void POSTMARKER_CALL Increase(void* handle, int32_t count) { Of(handle).steps += count; }
+  static int32_t POSTMARKER_CALL IsCancelled(void* handle) {
+    return Of(handle).steps == Of(handle).cancelAtStep ? 1 : 0;
+  }
+};
 
 class OutlookTest : public testing::Test {
  protected:

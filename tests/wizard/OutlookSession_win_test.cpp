@@ -3,10 +3,10 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
-#include <functional>
 
 #include "clients/outlook/OutlookAdapter_win.h"
 #include "clients/outlook/OutlookHold_win.h"
+#include "support/FakeDispatch_win.h"
 #include "support/Registry_win.h"
 #include "wizard/WizardFixture_win.h"
 
@@ -20,42 +20,6 @@ constexpr DISPID kLogoff = 0x2106;
 // COM interfaces have no virtual destructor, by their nature.
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
-// An automation object whose members are a function. Lives in the test and counts its references.
-class FakeObject final : public IDispatch {
- public:
-  using Member = std::function<HRESULT(DISPID id, DISPPARAMS* arguments, VARIANT* result)>;
-  explicit FakeObject(Member member) : m_member(std::move(member)) {}
-
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-    if (iid != IID_IUnknown && iid != IID_IDispatch) {
-      *out = nullptr;
-      return E_NOINTERFACE;
-    }
-    *out = static_cast<IDispatch*>(this);
-    AddRef();
-    return S_OK;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(++m_references); }
-  ULONG STDMETHODCALLTYPE Release() override { return static_cast<ULONG>(--m_references); }
-  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
-    *count = 0;
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* arguments,
-                                   VARIANT* result, EXCEPINFO*, UINT*) override {
-    return m_member(id, arguments, result);
-  }
-  [[nodiscard]] int References() const { return m_references; }
-
- private:
-  Member m_member;
-  std::atomic<int> m_references = 1;
-};
-
 // Outlook's application object with one namespace.
 struct FakeOutlook {
   std::string* calls = nullptr;  // gets the logoff, if set
@@ -64,7 +28,7 @@ struct FakeOutlook {
   int logons = 0;
   int logoffs = 0;
   HRESULT logonResult = S_OK;
-  FakeObject nameSpace{[this](DISPID id, DISPPARAMS* arguments, VARIANT*) {
+  FakeDispatch nameSpace{[this](DISPID id, DISPPARAMS* arguments, VARIANT*) {
     if (id == kLogon) {
       ++logons;
       logonArguments = arguments->cArgs;
@@ -77,7 +41,7 @@ struct FakeOutlook {
     }
     return id == kLogoff ? S_OK : DISP_E_MEMBERNOTFOUND;
   }};
-  FakeObject application{[this](DISPID id, DISPPARAMS*, VARIANT* result) {
+  FakeDispatch application{[this](DISPID id, DISPPARAMS*, VARIANT* result) {
     if (id != kSession) {
       return DISP_E_MEMBERNOTFOUND;
     }

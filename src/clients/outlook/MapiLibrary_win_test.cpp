@@ -60,6 +60,29 @@ TEST_F(MapiLibraryTest, LibraryThatLacksAnEntryPointIsNotUsable) {
   EXPECT_FALSE(library.IsUsable());
 }
 
+TEST_F(MapiLibraryTest, LibraryIsUsableWithAllOfItsEntryPointsOnly) {
+  const auto isUsableWithout = [](auto MapiLibrary::*entry) {
+    MapiLibrary library = MapiLibrary::LoadOutlooks();
+    EXPECT_NE(library.*entry, nullptr);
+    library.*entry = nullptr;
+    return library.IsUsable();
+  };
+  EXPECT_FALSE(isUsableWithout(&MapiLibrary::initialize));
+  EXPECT_FALSE(isUsableWithout(&MapiLibrary::uninitialize));
+  EXPECT_FALSE(isUsableWithout(&MapiLibrary::logonEx));
+  EXPECT_FALSE(isUsableWithout(&MapiLibrary::freeBuffer));
+  EXPECT_FALSE(isUsableWithout(&MapiLibrary::hexFromBin));
+  EXPECT_FALSE(isUsableWithout(&MapiLibrary::hrQueryAllRows));
+  EXPECT_FALSE(isUsableWithout(&MapiLibrary::freeProws));
+  EXPECT_FALSE(isUsableWithout(&MapiLibrary::hrGetOneProp));
+}
+
+TEST_F(MapiLibraryTest, OnlyTheFoldersBelowAPlaceAreLanguages) {
+  Put(L"Decorated", L"System\\MSMAPI");
+  Put(L"Decorated", L"System");
+  EXPECT_FALSE(MapiLibrary::LoadBelow(CommonFiles()).IsLoaded());
+}
+
 TEST_F(MapiLibraryTest, PlainNamesOfUtilityFunctionsAreTakenIn64BitsOnly) {
   Put(L"Plain", L"System\\MSMAPI\\1033");
   EXPECT_EQ(MapiLibrary::LoadBelow(CommonFiles()).IsUsable(), sizeof(void*) == 8);

@@ -64,6 +64,36 @@ TEST_F(OutlookAdapterTest, FailedLogonReadsNothing) {
   EXPECT_EQ(Peer().CallsOf("NameSpace.Logoff"), 0);
 }
 
+TEST_F(OutlookAdapterTest, CollectionThatIsCancelledReadsNoContacts) {
+  CountedProgress progress;
+  progress.cancelAtStep = 1;
+  AddressSet addresses;
+  EXPECT_EQ(OutlookAdapter().CollectSentAddresses(Session(), &progress.callbacks, &addresses), kOk);
+  EXPECT_EQ(progress.steps, 1);
+  EXPECT_EQ(Peer().CallsOf("NameSpace.GetDefaultFolder"), 0);
+  Peer().ResetCalls();
+  EXPECT_EQ(OutlookAdapter().CollectSentAddresses(Session(), &progress.callbacks, &addresses), kOk);
+  EXPECT_EQ(Peer().Calls(), 0) << "it was cancelled before it began";
+}
+
+TEST_F(OutlookAdapterTest, FailureOfEitherHalfIsTheResult) {
+  const std::string nameSpaceOfSentMail = "Application.Session\nNameSpace.Logon\n";
+  AddressSet addresses;
+  const ClientSession session = Session();
+  Peer().SetFault({.call = 3, .result = E_ACCESSDENIED});
+  EXPECT_EQ(OutlookAdapter().CollectSentAddresses(session, nullptr, &addresses), E_ACCESSDENIED);
+  EXPECT_THAT(Peer().Journal(),
+              testing::StartsWith(nameSpaceOfSentMail + "Application.GetNamespace\n"));
+  EXPECT_THAT(addresses, ElementsAre(L"carl@x.example", L"dora@x.example"));
+}
+
+TEST_F(OutlookAdapterTest, MissingContactsAreAFailureThatKeepsTheRecipients) {
+  SetFault("NameSpace.GetDefaultFolder");
+  AddressSet addresses;
+  EXPECT_EQ(OutlookAdapter().CollectSentAddresses(Session(), nullptr, &addresses), E_FAIL);
+  EXPECT_EQ(addresses.size(), 3U);
+}
+
 TEST_F(OutlookAdapterTest, ContactsAreCollectedThoughSentMailCanNotBe) {
   json mailbox = OutlookMailbox();
   mailbox["faults"] = json::array({{{"at", "NameSpace.GetFolderFromID"}, {"result", E_FAIL}}});
@@ -114,6 +144,13 @@ TEST_F(OutlookHarvestTest, HarvestStartsOutlookLogsOnAndLetsItGo) {
   EXPECT_THAT(Peer().Journal(),
               testing::StartsWith("CreateInstance\nApplication.Session\nNameSpace.Logon\n"));
   EXPECT_EQ(Peer().CallsOf("NameSpace.Logoff"), 1);
+}
+
+TEST_F(OutlookHarvestTest, HarvestWithAnApplicationStartsNone) {
+  AddressSet addresses;
+  EXPECT_EQ(OutlookAdapter().HarvestAddresses(Session(), &addresses), kOk);
+  EXPECT_EQ(addresses, kAllAddresses);
+  EXPECT_EQ(Peer().CallsOf("CreateInstance"), 0);
 }
 
 TEST_F(OutlookHarvestTest, StoppedHarvestStartsNothing) {
@@ -190,6 +227,29 @@ TEST_F(OutlookAddInTest, AddInWhoseChannelCanNotBeReachedLeavesAllEmptyButTheNew
   MailFolderRef created;
   EXPECT_EQ(OutlookAdapter().CreateFolder(Session(), L"Spam", {L"", "B4", "A1", 1}, &created), kOk);
   EXPECT_EQ(created.firstId, "B4F1");
+}
+
+TEST_F(OutlookAddInTest, EmptyFolderFromTheAddInLeavesItToOutlook) {
+  StartAddIn({{"fault", {{"do", "text"}, {"command", 5}, {"message", 0}, {"value", ""}}}});
+  MailFolderRef created;
+  EXPECT_EQ(OutlookAdapter().CreateFolder(Session(), L"Spam", {L"", "B4", "A1", 1}, &created), kOk);
+  EXPECT_EQ(created.firstId, "B4F1");
+}
+
+TEST_F(OutlookAddInTest, DefaultFolderThatTheAddInDoesNotKnowIsNone) {
+  StartAddIn();
+  MailFolderList folders;
+  const ClientSession session = Session();
+  EXPECT_EQ(
+      GetOutlookDefaultFolderRef(session.outlookApplication.get(), 99, UseHook::kYes, {}, &folders),
+      kOk);
+  EXPECT_THAT(folders, IsEmpty());
+  EXPECT_EQ(Peer().Calls(), 0);
+}
+
+TEST_F(OutlookAddInTest, WithoutASessionNobodyIsAskedForTheDefaultFolder) {
+  StartAddIn();
+  EXPECT_EQ(OutlookAdapter().FindDefaultFolder({}, {}), MailFolderRef());
 }
 
 TEST_F(OutlookAddInTest, AddInIsAskedOnlyWithTheFlag) {

@@ -6,6 +6,7 @@
 #include "clients/outlook/OutlookStores_win.h"
 #include "clients/outlook/OutlookTexts.h"
 #include "ipc/HookConnection_win.h"
+#include "settings/AddressLists.h"
 #include "support/Text.h"
 
 namespace postmarker {
@@ -163,6 +164,21 @@ ResultCode CollectOutlookContacts(IUnknown* application, UseHook useHook, const 
       [&](HookConnection& hook) { return OutcomeOf(hook.ListContacts(addresses)); },
       [&] { return ShouldStop(stop) ? kOk : CollectContacts(application, stop, addresses); }, {},
       stop);
+}
+
+ResultCode HarvestOutlookSentAddresses(IUnknown* application) {
+  AddressSet addresses;
+  const ResultCode result =
+      CollectOutlookSentAddresses(application, nullptr, UseHook::kYes, {}, &addresses);
+  AddAddressesToWhitelist(addresses);
+  return result;
+}
+
+ResultCode HarvestOutlookContacts(IUnknown* application) {
+  AddressSet addresses;
+  const ResultCode result = CollectOutlookContacts(application, UseHook::kYes, {}, &addresses);
+  AddAddressesToWhitelist(addresses);
+  return result;
 }
 
 }  // namespace postmarker

@@ -27,4 +27,9 @@ ResultCode CollectOutlookSentAddresses(IUnknown* application, const ProgressCall
 ResultCode CollectOutlookContacts(IUnknown* application, UseHook useHook, const StopQuery& stop,
                                   AddressSet* addresses);
 
+// Collect, with the add-in, and put what was found on the person's whitelist, also if the
+// collection failed in between. Its result.
+ResultCode HarvestOutlookSentAddresses(IUnknown* application);
+ResultCode HarvestOutlookContacts(IUnknown* application);
+
 }  // namespace postmarker

@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include "settings/AddressLists.h"
 #include "support/OutlookFixture_win.h"
+#include "support/Whitelist.h"
 
 namespace postmarker::test {
 namespace {
@@ -15,31 +17,6 @@ constexpr int kTableNotFound = static_cast<int>(0x8004010F);
 constexpr int kTableBusy = static_cast<int>(0x8004010B);
 constexpr int kTableNotSupported = static_cast<int>(0x80040102);
 constexpr int kTableFailed = static_cast<int>(0x80004005);
-
-// Notes what is reported, and cancels at a step.
-struct Progress {
-  std::vector<int> totals;
-  int steps = 0;
-  int cancelAtStep = -1;
-  ProgressCallbacks callbacks;
-
-  Progress() {
-    callbacks.handle = this;
-    callbacks.setProgress = &Set;
-    callbacks.increaseProgress = &Increase;
-    callbacks.isCancelled = &IsCancelled;
-  }
-
- private:
-  static Progress& Of(void* handle) { return *static_cast<Progress*>(handle); }
-  static void POSTMARKER_CALL Set(void* handle, const wchar_t* /*text*/, int32_t total) {
-    Of(handle).totals.push_back(total);
-  }
-  static void POSTMARKER_CALL Increase(void* handle, int32_t count) { Of(handle).steps += count; }
-  static int32_t POSTMARKER_CALL IsCancelled(void* handle) {
-    return Of(handle).steps == Of(handle).cancelAtStep ? 1 : 0;
-  }
-};
 
 class OutlookAddressesTest : public OutlookTest {
  protected:
@@ -110,14 +87,14 @@ TEST_F(OutlookAddressesTest, StoreWithoutASentFolderAddsNothingAndTheNextIsWalke
 }
 
 TEST_F(OutlookAddressesTest, EachFolderTellsItsSizeAndEachItemAStep) {
-  Progress progress;
+  CountedProgress progress;
   (void)Sent(&progress.callbacks);
   EXPECT_THAT(progress.totals, ElementsAre(3, 1));
   EXPECT_EQ(progress.steps, 4);
 }
 
 TEST_F(OutlookAddressesTest, CancelInTheMiddleOfAFolderKeepsWhatWasFound) {
-  Progress progress;
+  CountedProgress progress;
   progress.cancelAtStep = 3;
   EXPECT_THAT(Sent(&progress.callbacks), ElementsAre(L"ann@x.example"));
   EXPECT_EQ(Peer().CallsOf("Items.Item"), 2);
@@ -125,14 +102,14 @@ TEST_F(OutlookAddressesTest, CancelInTheMiddleOfAFolderKeepsWhatWasFound) {
 }
 
 TEST_F(OutlookAddressesTest, CancelBeforeTheFirstItemReadsNone) {
-  Progress progress;
+  CountedProgress progress;
   progress.cancelAtStep = 0;
   EXPECT_THAT(Sent(&progress.callbacks), IsEmpty());
   EXPECT_EQ(Peer().CallsOf("Items.Item"), 0);
 }
 
 TEST_F(OutlookAddressesTest, ReporterWithoutAHandleOrFunctionsIsLeftAlone) {
-  Progress progress;
+  CountedProgress progress;
   progress.callbacks.handle = nullptr;
   (void)Sent(&progress.callbacks);
   EXPECT_EQ(progress.steps, 0);
@@ -176,6 +153,23 @@ TEST_F(OutlookAddressesTest, WithoutAnApplicationBothFail) {
   EXPECT_EQ(CollectOutlookSentAddresses(nullptr, nullptr, UseHook::kYes, {}, &addresses),
             kNullPointer);
   EXPECT_EQ(CollectOutlookContacts(nullptr, UseHook::kYes, {}, &addresses), kNullPointer);
+}
+
+TEST_F(OutlookAddressesTest, HarvestPutsWhatIsFoundOnTheWhitelistAndTakesItOffTheBlacklist) {
+  const ComPtr<IDispatch> application = m_outlook.MakeApplication();
+  (void)AddAddressToBlacklist(L"carl@x.example", false);
+  EXPECT_EQ(HarvestOutlookContacts(application.Get()), kOk);
+  EXPECT_THAT(Whitelist(), ElementsAre(L"carl@x.example", L"dora@x.example"));
+  EXPECT_FALSE(IsAddressBlacklisted(L"carl@x.example"));
+  EXPECT_EQ(HarvestOutlookSentAddresses(application.Get()), kOk);
+  EXPECT_THAT(Whitelist(), ElementsAre(L"ann@x.example", L"ben@x.example", L"carl@x.example",
+                                       L"dora@x.example", L"eve@x.example"));
+}
+
+TEST_F(OutlookAddressesTest, HarvestWithoutAnApplicationFailsAndAddsNothing) {
+  EXPECT_EQ(HarvestOutlookSentAddresses(nullptr), kNullPointer);
+  EXPECT_EQ(HarvestOutlookContacts(nullptr), kNullPointer);
+  EXPECT_THAT(Whitelist(), IsEmpty());
 }
 
 TEST_F(OutlookAddressesTest, StopIsLookedAtBeforeEachItem) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "clients/outlook/OutlookSession_win.h"
+#include "support/FakeDispatch_win.h"
 #include "support/OutlookFixture_win.h"
 
 namespace postmarker::test {
@@ -13,6 +14,13 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
+
+constexpr DISPID kName = 0x3001;
+constexpr DISPID kParent = 0xF001;
+constexpr DISPID kCount = 0x50;
+constexpr DISPID kEntryId = 0xF01E;
+constexpr DISPID kStoreId = 0x3108;
+constexpr DISPID kDefaultItemType = 0x3106;
 
 class OutlookFoldersTest : public OutlookTest {
  protected:
@@ -66,6 +74,18 @@ TEST_F(OutlookFoldersTest, WithoutOutlooksLibraryTheObjectModelTellsTheStores) {
   EXPECT_EQ(Peer().CallsOf("MAPIInitialize"), 0);
 }
 
+TEST_F(OutlookFoldersTest, WithoutOutlooksLibraryTheSystemsMapiIsAskedFirst) {
+  m_outlook.RemoveLibrary();
+  // The system's library has no stores of its own, and leaves all to the mail program's.
+  ASSERT_EQ(::GetModuleHandleW(L"mapi32.dll"), nullptr);
+  const std::wstring clients = L"Software\\Clients\\Mail";
+  RegistryKey::Create(HKEY_LOCAL_MACHINE, clients, KEY_ALL_ACCESS).WriteString(nullptr, L"Peer");
+  RegistryKey::Create(HKEY_LOCAL_MACHINE, clients + L"\\Peer", KEY_ALL_ACCESS)
+      .WriteString(L"DLLPathEx", m_outlook.LibraryPath());
+  EXPECT_EQ(List(), kAllFolders);
+  EXPECT_EQ(Peer().CallsOf("IMAPISession.OpenMsgStore 24"), 3);
+}
+
 TEST_F(OutlookFoldersTest, MapiThatRefusesTheLogonIsAsOneThatIsNotThere) {
   json mailbox = OutlookMailbox();
   mailbox["faults"] = json::array({{{"at", "MAPILogonEx"}, {"result", E_FAIL}}});
@@ -97,6 +117,68 @@ TEST_F(OutlookFoldersTest, FoldersInACircleEnd) {
   mailbox["stores"][0]["root"]["folders"][0]["folders"][0]["id"] = "B4";
   m_outlook.SetMailbox(mailbox);
   EXPECT_EQ(List().size(), kAllFolders.size() - 1);
+}
+
+TEST_F(OutlookFoldersTest, FolderThatSaysThatItIsItsStoresRootIsListedOnce) {
+  json mailbox = OutlookMailbox();
+  mailbox["stores"][2]["root"]["folders"][0]["id"] = "C0";
+  mailbox["stores"][2]["root"]["folders"][0]["folders"] =
+      json::array({OutlookFolderJson("C9", "Below")});
+  m_outlook.SetMailbox(mailbox);
+  EXPECT_EQ(List().size(), kAllFolders.size() - 1);
+}
+
+TEST_F(OutlookFoldersTest, FoldersDeeperThanAThousandLevelsAreLeft) {
+  m_outlook.RemoveLibrary();
+  // One object is all that there is: each folder has one below it, with an id of its own.
+  int ids = 0;
+  FakeDispatch* self = nullptr;
+  FakeDispatch endless([&](DISPID id, DISPPARAMS*, VARIANT* result) {
+    if (id == kCount || id == kDefaultItemType) {
+      *result = NumberVariant(id == kCount ? 1 : kOlMailItem);
+    } else if (id == kName || id == kEntryId || id == kStoreId) {
+      result->vt = VT_BSTR;
+      result->bstrVal = MakeBstr(id == kEntryId ? std::to_wstring(++ids) : L"n").Release();
+    } else {
+      self->AddRef();
+      result->vt = VT_DISPATCH;
+      result->pdispVal = self;
+    }
+    return S_OK;
+  });
+  self = &endless;
+  std::wstring text;
+  MailFolderList folders;
+  EXPECT_EQ(ListOutlookFolders(
+                &endless, UseHook::kNo, [&ids] { return ids > 5000; }, &text, &folders),
+            kOk);
+  EXPECT_EQ(folders.size(), 1U + 1000) << "a root, and a thousand levels below it";
+}
+
+TEST_F(OutlookFoldersTest, FolderWhoseParentsGoInACircleHasNoPath) {
+  int names = 0;
+  FakeDispatch* self = nullptr;
+  FakeDispatch circle([&](DISPID id, DISPPARAMS*, VARIANT* result) {
+    if (id == kName) {
+      ++names;
+      result->vt = VT_BSTR;
+    } else if (id == kParent) {
+      self->AddRef();
+      result->vt = VT_DISPATCH;
+      result->pdispVal = self;
+    } else {
+      *result = NumberVariant(static_cast<LONG>(OutlookClass::kFolder));
+    }
+    // A walk without an end would fail here at last.
+    return names > 5000 ? E_FAIL : S_OK;
+  });
+  self = &circle;
+  OutlookFolder folder;
+  ASSERT_EQ(folder.Attach(&circle), S_OK);
+  std::wstring path = L"before";
+  EXPECT_EQ(BuildOutlookFolderPath(folder, &path), E_FAIL);
+  EXPECT_EQ(path, L"before");
+  EXPECT_EQ(names, 1000);
 }
 
 TEST_F(OutlookFoldersTest, FoldersAHundredLevelsDeepAreListed) {
