@@ -268,7 +268,7 @@ LRESULT CXHTMLStatic::HandleGetObject(const MessageArgs& args) {
     return Default(args);
   }
   if (!m_accessible) {
-    MakeLabelAccessible(Handle(), &m_accessible);
+    m_accessible = MakeLabelAccessible(Handle());
   }
   return m_accessible ? ::LresultFromObject(__uuidof(IAccessible), args.wParam, m_accessible.Get())
                       : Default(args);

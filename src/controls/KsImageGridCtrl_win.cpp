@@ -309,7 +309,7 @@ LRESULT KsImageGridCtrl::HandleGetObject(const MessageArgs& args) {
     return Default(args);
   }
   if (!m_accessible) {
-    MakeTileAccessible(Handle(), &m_accessible);
+    m_accessible = MakeTileAccessible(Handle());
   }
   return m_accessible ? ::LresultFromObject(__uuidof(IAccessible), args.wParam, m_accessible.Get())
                       : Default(args);

@@ -263,7 +263,7 @@ LRESULT KsToolTip::HandleGetObject(const MessageArgs& args) {
     return Default(args);
   }
   if (!m_accessible) {
-    MakeWindowAccessible<ToolTipAccessible>(Handle(), &m_accessible);
+    m_accessible = MakeWindowAccessible<ToolTipAccessible>(Handle());
   }
   return m_accessible ? ::LresultFromObject(__uuidof(IAccessible), args.wParam, m_accessible.Get())
                       : Default(args);

@@ -55,8 +55,8 @@ class LabelAccessible final : public ItemsAccessible {
 
 }  // namespace
 
-void MakeLabelAccessible(HWND window, ComPtr<IAccessible>* out) {
-  MakeWindowAccessible<LabelAccessible>(window, out);
+ComPtr<IAccessible> MakeLabelAccessible(HWND window) {
+  return MakeWindowAccessible<LabelAccessible>(window);
 }
 
 }  // namespace postmarker

@@ -35,6 +35,6 @@ class LinkSource {
 
 // Makes the object for the client area of a window whose CWnd is a LinkSource; none if the system
 // has none for it. It may live longer than the window: it then says that there is nothing.
-void MakeLabelAccessible(HWND window, ComPtr<IAccessible>* out);
+[[nodiscard]] ComPtr<IAccessible> MakeLabelAccessible(HWND window);
 
 }  // namespace postmarker

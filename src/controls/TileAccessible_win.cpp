@@ -38,8 +38,8 @@ class TileAccessible final : public ItemsAccessible {
 
 }  // namespace
 
-void MakeTileAccessible(HWND window, ComPtr<IAccessible>* out) {
-  MakeWindowAccessible<TileAccessible>(window, out);
+ComPtr<IAccessible> MakeTileAccessible(HWND window) {
+  return MakeWindowAccessible<TileAccessible>(window);
 }
 
 }  // namespace postmarker

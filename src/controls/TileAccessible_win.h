@@ -27,8 +27,8 @@ class TileSource {
   ~TileSource() = default;
 };
 
-// Makes the object for the client area of a window whose CWnd is a TileSource; `out` is null if the
+// Makes the object for the client area of a window whose CWnd is a TileSource; null if the
 // system refuses. It may outlive the window, and then says that there is nothing.
-void MakeTileAccessible(HWND window, ComPtr<IAccessible>* out);
+[[nodiscard]] ComPtr<IAccessible> MakeTileAccessible(HWND window);
 
 }  // namespace postmarker

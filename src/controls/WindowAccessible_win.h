@@ -78,17 +78,17 @@ class WindowAccessible : public IAccessible {
 // The id of the interface is asked for by __uuidof throughout: oleacc's import library holds a
 // thunk by the name of the constant, which some orders of libraries take for it.
 
-// Makes an object for the window, in front of the system's own, and puts it into `out`; null if the
-// system has none. One object serves all questions; its window keeps it.
+// An object for the window, which wraps the system's own; null if the system has none. One object
+// serves all questions; its window keeps it.
 template <class Accessible>
-void MakeWindowAccessible(HWND window, ComPtr<IAccessible>* out) {
-  out->Reset();
+[[nodiscard]] ComPtr<IAccessible> MakeWindowAccessible(HWND window) {
   ComPtr<IAccessible> system;
   const HRESULT made = ::CreateStdAccessibleObject(window, static_cast<LONG>(OBJID_CLIENT),
                                                    __uuidof(IAccessible), system.PutVoid());
-  if (SUCCEEDED(made) && system) {
-    out->Reset(new Accessible(window, std::move(system)));
+  if (FAILED(made) || !system) {
+    return {};
   }
+  return ComPtr<IAccessible>(new Accessible(window, std::move(system)));
 }
 
 // Does a WM_GETOBJECT with this parameter ask for the window's client area?

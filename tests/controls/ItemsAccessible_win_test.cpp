@@ -31,8 +31,7 @@ TEST(ItemsAccessibleTest, LetsNoExceptionPassIntoTheSystem) {
   const ComApartment apartment;
   const HWND window = ::CreateWindowExW(0, L"STATIC", L"items", WS_POPUP, 0, 0, 9, 9, nullptr,
                                         nullptr, nullptr, nullptr);
-  ComPtr<IAccessible> items;
-  MakeWindowAccessible<PoorItems>(window, &items);
+  const ComPtr<IAccessible> items = MakeWindowAccessible<PoorItems>(window);
   ASSERT_TRUE(items);
   const VARIANT self = NumberVariant(CHILDID_SELF);
   const VARIANT first = NumberVariant(1);
