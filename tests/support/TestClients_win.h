@@ -39,6 +39,7 @@ class ScriptedClient : public MailClientAdapter {
   // On the collecting thread, before the addresses are given.
   std::function<void(const ProgressCallbacks* callbacks)> whileCollecting;
   mutable std::atomic<int> listings = 0;
+  mutable std::atomic<int> defaultFolders = 0;  // that were asked for, which a worker does last
   mutable std::atomic<int> creations = 0;
   mutable std::atomic<int> moveSwitches = 0;
   mutable std::atomic<int> collections = 0;
@@ -58,7 +59,9 @@ class ScriptedClient : public MailClientAdapter {
   }
   [[nodiscard]] MailFolderRef FindDefaultFolder(const ClientSession& /*session*/,
                                                 const MailFolderList& /*list*/) const override {
-    return defaultFolder;
+    MailFolderRef found = defaultFolder;
+    ++defaultFolders;
+    return found;
   }
   [[nodiscard]] bool CanCreateFolder() const override {
     if (whenAskedForCreation) {

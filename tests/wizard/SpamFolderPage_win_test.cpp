@@ -258,7 +258,7 @@ TEST_F(SpamFolderPageTest, CancelWhileTheWorkerReadsClosesAtOnce) {
   EXPECT_EQ(session.Result(), IDCANCEL);
   EXPECT_EQ(m_clients.client.listings, 0);
   go = true;
-  EXPECT_TRUE(WaitUntil([&] { return m_clients.client.listings == 1; }));
+  EXPECT_TRUE(WaitUntil([&] { return m_clients.client.defaultFolders == 1; }));
   EXPECT_THAT(m_request.folders, IsEmpty());
 }
 
