@@ -325,9 +325,10 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(ThunderbirdTest, ClientKilledFromOutsideEndsASilentCommandAtOnce) {
   Client().SetMailbox(MailboxWith(R"({"GiveAllFolders": {"stopAfter": 3}})"));
+  // The commands of the tests before have to go, or the client is killed before it is asked.
+  Client().ClearJournal();
   std::thread killer([] {
-    Client().Require(L"GiveAllFolders", "the command did not arrive");
-    ::Sleep(50);
+    Client().Require(L"silent", "the client still talks");
     Client().Kill();
   });
   const milliseconds time = TimeOf([] { EXPECT_EQ(AllFolders().size(), 3U); });

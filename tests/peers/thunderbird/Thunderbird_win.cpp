@@ -5,6 +5,7 @@
 //   started PROCESS SHOW     the process id, and how its window was to be shown
 //   serving                  the pipe is there
 //   N> MESSAGE               a message of the connection with this number
+//   silent                   a reply has stopped before its end, as the mailbox wants it
 //   window shown / hidden
 //   exit                     it was told to exit
 //
@@ -160,7 +161,7 @@ class Conversation {
       }
       Say(L"#####" + command);
     } catch (const SilentFromNowOn&) {
-      return;
+      m_owner->journal.Add(L"silent");
     }
   }
 
