@@ -4,6 +4,7 @@
 #include "settings/AddressLists.h"
 #include "support/RegistrySandbox_win.h"
 #include "support/Registry_win.h"
+#include "support/SuiteKeys.h"
 
 namespace postmarker {
 namespace {
@@ -12,8 +13,6 @@ using test::DumpRegistry;
 using test::RegistrySandbox;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-constexpr wchar_t kSpamfilter[] = L"Software\\Kestrelon Ltd.\\Kestrelon\\Spamfilter";
 
 class RegistryAddressLists : public testing::Test {
  protected:
@@ -68,7 +67,7 @@ TEST_F(RegistryAddressLists, LongestEntryIsReadAndALongerOneEndsTheWalk) {
 
 TEST_F(RegistryAddressLists, TenThousandAndOneEntriesGiveTheFirst10000InTheRegistrysOrder) {
   const RegistryKey key = RegistryKey::Create(
-      HKEY_CURRENT_USER, std::wstring(kSpamfilter) + kWhitelistAddresses, KEY_READ | KEY_WRITE);
+      HKEY_CURRENT_USER, std::wstring(kSpamfilterKey) + kWhitelistAddresses, KEY_READ | KEY_WRITE);
   for (int i = 0; i < 10'001; ++i) {
     ASSERT_TRUE(key.WriteBytes((std::to_wstring(i) + L"@b.com").c_str(), REG_SZ, nullptr, 0));
   }
@@ -84,7 +83,7 @@ TEST_F(RegistryAddressLists, TenThousandAndOneEntriesGiveTheFirst10000InTheRegis
 
 TEST_F(RegistryAddressLists, ListThatDeniesWritesKeepsItsEntriesAndReportsMinusOne) {
   AddListEntry(L"old@b.com", kWhitelistAddresses);
-  test::DenyWrites(HKEY_CURRENT_USER, std::wstring(kSpamfilter) + kWhitelistAddresses);
+  test::DenyWrites(HKEY_CURRENT_USER, std::wstring(kSpamfilterKey) + kWhitelistAddresses);
   EXPECT_EQ(AddListEntry(L"new@b.com", kWhitelistAddresses), -1);
   EXPECT_EQ(RemoveListEntry(L"old@b.com", kWhitelistAddresses), -1);
   EXPECT_EQ(AddAddressToWhitelist(L"new@b.com", true), 0);

@@ -8,6 +8,7 @@
 #include "settings/GlobalSettings.h"
 #include "support/RegistrySandbox_win.h"
 #include "support/Registry_win.h"
+#include "support/SuiteKeys.h"
 
 namespace postmarker {
 namespace {
@@ -19,16 +20,17 @@ using testing::ElementsAreArray;
 using testing::IsEmpty;
 using Lines = std::vector<std::string>;
 
-constexpr wchar_t kSpamfilter[] = L"Software\\Kestrelon Ltd.\\Kestrelon\\Spamfilter";
 constexpr wchar_t kClient[] = L"Outlook Express";
+
+// Spelled out, since the dumps are what other programs of the suite find.
 constexpr char kGlobalPath[] = "Software\\Kestrelon Ltd.\\Kestrelon\\Spamfilter";
 constexpr char kClientPath[] = "Software\\Kestrelon Ltd.\\Kestrelon\\Spamfilter\\Outlook Express";
 
 RegistryKey GlobalKey() {
-  return RegistryKey::Create(HKEY_CURRENT_USER, kSpamfilter, KEY_READ | KEY_WRITE);
+  return RegistryKey::Create(HKEY_CURRENT_USER, kSpamfilterKey, KEY_READ | KEY_WRITE);
 }
 RegistryKey ClientKey() {
-  return RegistryKey::Create(HKEY_CURRENT_USER, std::wstring(kSpamfilter) + L"\\" + kClient,
+  return RegistryKey::Create(HKEY_CURRENT_USER, std::wstring(kSpamfilterKey) + L"\\" + kClient,
                              KEY_READ | KEY_WRITE);
 }
 
@@ -177,8 +179,8 @@ TEST_F(RegistryFilterSettings, GlobalTextsAreStoredValueByValue) {
 
 TEST_F(RegistryFilterSettings, KeysThatDenyWritesGiveMinusOneAndKeepTheirValues) {
   { const FilterSettings firstRun(kClient); }
-  test::DenyWrites(HKEY_CURRENT_USER, kSpamfilter);
-  test::DenyWrites(HKEY_CURRENT_USER, std::wstring(kSpamfilter) + L"\\" + kClient);
+  test::DenyWrites(HKEY_CURRENT_USER, kSpamfilterKey);
+  test::DenyWrites(HKEY_CURRENT_USER, std::wstring(kSpamfilterKey) + L"\\" + kClient);
   const Lines before = Dump();
   {
     FilterSettings settings(kClient);
@@ -193,7 +195,7 @@ TEST_F(RegistryFilterSettings, KeysThatDenyWritesGiveMinusOneAndKeepTheirValues)
 
 TEST_F(RegistryFilterSettings, ClientKeyThatDeniesWritesGivesMinusOneBehindTheGlobalValues) {
   { const FilterSettings firstRun(kClient); }
-  test::DenyWrites(HKEY_CURRENT_USER, std::wstring(kSpamfilter) + L"\\" + kClient);
+  test::DenyWrites(HKEY_CURRENT_USER, std::wstring(kSpamfilterKey) + L"\\" + kClient);
   GlobalKey().DeleteValue(L"SignEmail");
   FilterSettings settings(kClient);
   EXPECT_TRUE(settings.IsDirty());

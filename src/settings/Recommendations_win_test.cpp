@@ -9,17 +9,17 @@
 
 #include "support/RegistrySandbox_win.h"
 #include "support/Registry_win.h"
+#include "support/SuiteKeys.h"
 
 namespace postmarker {
 namespace {
 
-constexpr wchar_t kMain[] = L"Software\\Kestrelon Ltd.\\Kestrelon\\Main";
 constexpr wchar_t kSuiteMutex[] = L"Local\\Kestrelon.RcmdNsMutex";
 
 class Recommendations : public testing::Test {
  protected:
   static RegistryKey MainKey() {
-    return RegistryKey::Create(HKEY_CURRENT_USER, kMain, KEY_READ | KEY_WRITE);
+    return RegistryKey::Create(HKEY_CURRENT_USER, kMainKey, KEY_READ | KEY_WRITE);
   }
   static std::optional<uint32_t> Stored() { return MainKey().ReadDword(L"Recommendations"); }
 
@@ -68,9 +68,9 @@ TEST_F(Recommendations, ValueOfAnotherTypeOrSizeCountsAsZero) {
 
 TEST_F(Recommendations, KeyThatDeniesWritesGivesZeroAndReleasesTheMutex) {
   MainKey().WriteDword(L"Recommendations", 0xFFFFFFFF);
-  test::DenyWrites(HKEY_CURRENT_USER, kMain);
+  test::DenyWrites(HKEY_CURRENT_USER, kMainKey);
   EXPECT_EQ(SetRecommendationBit(m_mutexName.c_str(), 12, false), 0);
-  const RegistryKey reader = RegistryKey::Open(HKEY_CURRENT_USER, kMain, KEY_READ);
+  const RegistryKey reader = RegistryKey::Open(HKEY_CURRENT_USER, kMainKey, KEY_READ);
   EXPECT_EQ(reader.ReadDword(L"Recommendations"), 0xFFFFFFFFU);
   const KernelHandle mutex(::CreateMutexW(nullptr, FALSE, m_mutexName.c_str()));
   EXPECT_EQ(::WaitForSingleObject(mutex.Get(), 0), WAIT_OBJECT_0);

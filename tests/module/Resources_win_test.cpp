@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "module/ModuleFixture_win.h"
+#include "support/SuiteKeys.h"
 
 namespace postmarker::test {
 namespace {
@@ -14,8 +15,7 @@ constexpr int kHeading = 10001;
 class ResourcesTest : public ModuleFixture {
  protected:
   static void SetLanguage(const std::wstring& language) {
-    RegistryKey::Create(HKEY_LOCAL_MACHINE, L"Software\\Kestrelon Ltd.\\Kestrelon\\Main",
-                        KEY_ALL_ACCESS | SuiteKeyView())
+    RegistryKey::Create(HKEY_LOCAL_MACHINE, kMainKey, KEY_ALL_ACCESS | SuiteKeyView())
         .WriteString(L"Language", language);
   }
 

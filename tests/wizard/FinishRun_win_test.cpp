@@ -6,6 +6,7 @@
 #include "settings/FilterSettings.h"
 #include "settings/GlobalSettings.h"
 #include "support/Registry_win.h"
+#include "support/SuiteKeys.h"
 #include "wizard/WizardFixture_win.h"
 
 namespace postmarker::test {
@@ -21,6 +22,9 @@ constexpr wchar_t kMessageBoxText[] =
 
 class FinishRunTest : public WizardFixture {
  protected:
+  // The key of the client "Plain".
+  static std::wstring ClientKey() { return std::wstring(kSpamfilterKey) + L"\\Plain"; }
+
   // Runs the wizard to its end over the folder, without a message box.
   int32_t Finish(const std::wstring& folder) {
     const auto session = StartAtFolders();
@@ -80,9 +84,9 @@ TEST_F(FinishRunTest, ChosenAddressesMoveToTheWhitelist) {
 TEST_F(FinishRunTest, NoAddressesWriteNothingToTheWhitelist) {
   Finish(L"Inbox");
   EXPECT_THAT(Whitelist(), IsEmpty());
-  EXPECT_FALSE(RegistryKey::Open(
-      HKEY_CURRENT_USER, L"Software\\Kestrelon Ltd.\\Kestrelon\\Spamfilter\\WhitelistAddresses",
-      KEY_READ | SuiteKeyView()));
+  EXPECT_FALSE(RegistryKey::Open(HKEY_CURRENT_USER,
+                                 std::wstring(kSpamfilterKey) + kWhitelistAddresses,
+                                 KEY_READ | SuiteKeyView()));
 }
 
 TEST_F(FinishRunTest, AddressesAreWrittenAgainWithTheSameFolder) {
@@ -95,8 +99,7 @@ TEST_F(FinishRunTest, AddressesAreWrittenAgainWithTheSameFolder) {
 
 TEST_F(FinishRunTest, SetUpRecommendationIsCleared) {
   Finish(L"Inbox");
-  const RegistryKey key = RegistryKey::Open(
-      HKEY_CURRENT_USER, L"Software\\Kestrelon Ltd.\\Kestrelon\\Main", KEY_READ | SuiteKeyView());
+  const RegistryKey key = RegistryKey::Open(HKEY_CURRENT_USER, kMainKey, KEY_READ | SuiteKeyView());
   EXPECT_EQ(key.ReadDword(L"Recommendations"), 0U);
 }
 
@@ -217,16 +220,14 @@ TEST_F(FinishRunTest, ChangeOfAnotherClientShowsNoNoticeButTellsTheClient) {
 }
 
 TEST_F(FinishRunTest, RefusingRegistryStillGivesTheFinishCode) {
-  for (const wchar_t* key : {L"Main", L"Spamfilter", L"Spamfilter\\Plain"}) {
-    DenyWrites(m_registry.User(), std::wstring(L"Software\\Kestrelon Ltd.\\Kestrelon\\") + key);
+  for (const std::wstring& key :
+       {std::wstring(kMainKey), std::wstring(kSpamfilterKey), ClientKey()}) {
+    DenyWrites(m_registry.User(), key);
   }
   const auto before = DumpRegistry(m_registry.User());
   EXPECT_EQ(Finish(L"Friends"), kFinishButton);
   EXPECT_EQ(DumpRegistry(m_registry.User()), before);
 }
-
-// The registry after Finish, value by value, type by type, byte by byte.
-constexpr wchar_t kClientKey[] = L"Software\\Kestrelon Ltd.\\Kestrelon\\Spamfilter\\Plain";
 
 std::string WideBytes(const std::wstring& text) {
   std::string hex;
@@ -238,6 +239,8 @@ std::string WideBytes(const std::wstring& text) {
   return hex;
 }
 
+// The registry after Finish, value by value, type by type, byte by byte. The keys are spelled out,
+// since this is what other programs of the suite find.
 std::vector<std::string> AfterFinish(const std::string& toolbarLeft, const std::string& addCcs,
                                      const std::vector<std::string>& others) {
   const std::string suite = "Software\\Kestrelon Ltd.\\Kestrelon";
@@ -293,7 +296,7 @@ TEST_F(FinishRunTest, RegistryOfAFreshUserByteByByte) {
 
 TEST_F(FinishRunTest, RegistryOfAUserWithOldValuesByteByByte) {
   const RegistryKey client =
-      RegistryKey::Create(HKEY_CURRENT_USER, kClientKey, KEY_ALL_ACCESS | SuiteKeyView());
+      RegistryKey::Create(HKEY_CURRENT_USER, ClientKey(), KEY_ALL_ACCESS | SuiteKeyView());
   client.WriteDword(L"MoveEmails", 1);
   client.WriteDword(L"AddUnblocked", 1);
   client.WriteDword(L"ShowWizard", 1);
@@ -303,13 +306,11 @@ TEST_F(FinishRunTest, RegistryOfAUserWithOldValuesByteByByte) {
   client.WriteBytes(L"MessageStoreId", REG_BINARY, "a much longer old id", 20);
   client.WriteString(L"OfTheEngine", L"kept");
   const RegistryKey filter =
-      RegistryKey::Create(HKEY_CURRENT_USER, L"Software\\Kestrelon Ltd.\\Kestrelon\\Spamfilter",
-                          KEY_ALL_ACCESS | SuiteKeyView());
+      RegistryKey::Create(HKEY_CURRENT_USER, kSpamfilterKey, KEY_ALL_ACCESS | SuiteKeyView());
   filter.WriteDword(L"AddCCS", 0);
   filter.WriteDword(L"EnableLogs", 7);
   const RegistryKey main =
-      RegistryKey::Create(HKEY_CURRENT_USER, L"Software\\Kestrelon Ltd.\\Kestrelon\\Main",
-                          KEY_ALL_ACCESS | SuiteKeyView());
+      RegistryKey::Create(HKEY_CURRENT_USER, kMainKey, KEY_ALL_ACCESS | SuiteKeyView());
   main.WriteDword(L"Recommendations", 0x800);
   EXPECT_EQ(Finish(L"Friends"), kFinishButton);
   const std::string spamfilter = "Software\\Kestrelon Ltd.\\Kestrelon\\Spamfilter";

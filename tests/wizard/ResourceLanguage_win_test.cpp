@@ -6,6 +6,7 @@
 
 #include "support/RegistrySandbox_win.h"
 #include "support/Registry_win.h"
+#include "support/SuiteKeys.h"
 #include "support/TempFolder.h"
 
 namespace postmarker::test {
@@ -14,8 +15,7 @@ namespace {
 class ResourceLanguageTest : public testing::Test {
  protected:
   static RegistryKey MainKey() {
-    return RegistryKey::Create(HKEY_LOCAL_MACHINE, L"Software\\Kestrelon Ltd.\\Kestrelon\\Main",
-                               KEY_ALL_ACCESS | SuiteKeyView());
+    return RegistryKey::Create(HKEY_LOCAL_MACHINE, kMainKey, KEY_ALL_ACCESS | SuiteKeyView());
   }
   [[nodiscard]] std::wstring Scan() const { return ScanForLanguage(m_folder.PathOf("host.exe")); }
   void AddFolder(const char* name) const {
