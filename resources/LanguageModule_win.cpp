@@ -14,7 +14,7 @@ namespace {
 constexpr int kUsualDpi = 96;
 constexpr DWORD kButtonTypeMask = 0xF;
 
-// The place of the font's size in an extended dialog template: behind the fixed part and three
+// The place of the font's size in an extended dialog template: after the fixed part and three
 // strings, of which menu and class are absent or numbers.
 size_t PointSizeIndex(const std::vector<WORD>& words) {
   constexpr size_t kFixedWords = 13;

@@ -89,7 +89,7 @@ bool IsHeading(int control) {
   return control == IDC_HEADING || control == IDC_PROGRESS_HEADING;
 }
 
-// The letter behind the single ampersand of a text, in upper case; 0 without one.
+// The letter after the single ampersand of a text, in upper case; 0 without one.
 wchar_t Accelerator(const std::wstring& text) {
   for (size_t i = 0; i + 1 < text.size(); ++i) {
     if (text[i] != L'&') {
@@ -156,7 +156,7 @@ class LayoutTest : public testing::TestWithParam<Case> {
     return control.text;
   }
 
-  // The width of a check box's square and the gap behind it. The system draws a square of 13 pixels
+  // The width of a check box's square and the gap after it. The system draws a square of 13 pixels
   // at 96 dpi.
   [[nodiscard]] int CheckMarkWidth() const { return ::MulDiv(13 + 4, GetParam().dpi, 96); }
 
@@ -205,7 +205,7 @@ TEST_P(LayoutTest, CaptionFits) {
   wchar_t caption[200] = {};
   ASSERT_LT(0, ::GetWindowTextW(m_dialog.Window(), caption, static_cast<int>(std::size(caption))));
   const FontHandle bold = m_dialog.Font(1, 1, FW_BOLD);
-  // Room for the icon before and the close button behind the caption, each as wide as it is high.
+  // Room for the icon before and the close button after the caption, each as wide as it is high.
   const int room = m_dialog.Size().cx - 2 * m_dialog.FromDialogUnits(0, 18).cy;
   EXPECT_LE(Measure(bold.Get(), caption, room, DT_SINGLELINE).cx, room);
 }

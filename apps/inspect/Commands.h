@@ -12,7 +12,7 @@
 
 namespace postmarker::inspect {
 
-// What stands behind the command's name, in UTF-8.
+// What follows the command's name, in UTF-8.
 struct Arguments {
   std::vector<std::string> texts;                            // in their order, options apart
   std::vector<std::pair<std::string, std::string>> options;  // name with its dashes, value
@@ -31,11 +31,11 @@ struct Option {
 // One row of the table of commands.
 struct Command {
   std::string_view name;
-  std::string_view usage;  // what stands behind the name
+  std::string_view usage;  // what follows the name
   size_t fewest;           // texts
   size_t most;
   bool eachFile;  // texts are files; the command runs for each by itself
-  // An argument behind the name that looks like an option, and is none that all commands have, is a
+  // An argument after the name that looks like an option, and is none that all commands have, is a
   // text. Such a command has no options of its own.
   bool takesAnyText;
   std::span<const Option> options;

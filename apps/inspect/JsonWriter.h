@@ -12,7 +12,7 @@ namespace postmarker::inspect {
 using Print = std::function<void(std::string_view text)>;
 
 // Puts commas where they belong. The caller opens and closes objects and arrays in pairs, and
-// writes a key in front of each value in an object. Documents go out in pieces while they are
+// writes a key before each value in an object. Documents go out in pieces while they are
 // written: one may be much larger than what it tells of.
 class JsonWriter {
  public:

@@ -58,7 +58,7 @@ bool IsText(const std::string& argument, const std::vector<std::string>& texts) 
   return command != nullptr && command->takesAnyText && argument != kQuiet && argument != kRepeat;
 }
 
-// The value that stands behind the option at arguments[*i]; nothing at the end.
+// The value that follows the option at arguments[*i]; nothing at the end.
 std::optional<std::string> NextValue(const std::vector<std::string>& arguments, size_t* i) {
   return *i + 1 < arguments.size() ? std::optional(arguments[++*i]) : std::nullopt;
 }

@@ -22,7 +22,7 @@ struct RowPlace {
 // duplicates. Reads about log2(count) rows.
 RowPlace FindRowPlace(int32_t count, const RowText& textOf, const std::wstring& text);
 
-// The part of an address behind its last "@"; empty without one.
+// The part of an address after its last "@"; empty without one.
 std::wstring DomainOf(const std::wstring& address);
 
 // The form in which a typed text stands in the list: without white space at its ends, in lower

@@ -149,7 +149,7 @@ class CGridCtrl : public CListCtrl {
   // The accessible name of the editor of a cell; the base takes the column's heading.
   [[nodiscard]] virtual std::wstring EditorName(int row, int col) const;
 
-  // Negative, 0 or positive, as row `a` belongs before, beside or behind row `b`. The base compares
+  // Negative, 0 or positive, as row `a` belongs before, beside or after row `b`. The base compares
   // the texts in the sort column unit by unit.
   [[nodiscard]] virtual int CompareRows(int a, int b) const;
 
@@ -165,7 +165,7 @@ class CGridCtrl : public CListCtrl {
   virtual void DrawCellText(const DrawContext& context) const;
   virtual void DrawCellFocus(const DrawContext& context) const;
 
-  // The width of what stands in front of the text in column 0.
+  // The width of what stands before the text in column 0.
   [[nodiscard]] virtual int ImageWidth(int row, int col) const;
 
   // Message handlers, for subclasses to take over.

@@ -148,7 +148,7 @@ LRESULT CXHTMLStatic::HandleKeyDown(const MessageArgs& args) {
   return Default(args);
 }
 
-// From behind, the Tab key comes to the last link.
+// From the end, the Tab key comes to the last link.
 LRESULT CXHTMLStatic::HandleSetFocus(const MessageArgs& /*args*/) {
   const size_t count = VisibleLinks().size();
   if (m_focusedLink >= count && count > 0) {

@@ -61,7 +61,7 @@ class KsEmailAddressGridCtrl : public CGridCtrl {
   void ReadAddresses(AddressSet* out) const;
 
   // Starts a new row: opens an editor in an empty row at the end. A row that is left empty, or
-  // whose edit is cancelled, goes again. False if an open edit refuses to end.
+  // whose edit is canceled, goes again. False if an open edit refuses to end.
   bool BeginNewRow();
 
   // Gives an open edit up, as the escape key does.

@@ -34,7 +34,7 @@ class KsImageGridCtrl : public CGridCtrl, public TileSource {
   bool Initialise(int columnWidth);
 
   // Adds an entry at the end and returns its number, counted from 0. The icon, which may be null,
-  // is copied. The list view's cell gets the name, and behind a comma the status, for who reads
+  // is copied. The list view's cell gets the name, and after a comma the status, for who reads
   // the screen aloud.
   int AddEntry(const std::wstring& name, const std::wstring& status, HICON icon, bool enabled);
 

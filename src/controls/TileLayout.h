@@ -27,7 +27,7 @@ int32_t RoundToColumns(int32_t size, int32_t columnWidth);
 // The width of a text in the font that it is drawn with.
 using TextWidth = std::function<int32_t(const std::wstring& text)>;
 
-// Cuts a text that is wider than `width` until it fits, with "..." behind it if `ellipsis` is on
+// Cuts a text that is wider than `width` until it fits, with "..." after it if `ellipsis` is on
 // and the dots themselves fit. Asks for widths a number of times that grows with the logarithm of
 // the text's length. A surrogate pair is not cut in two.
 std::wstring FitText(const std::wstring& text, int32_t width, bool ellipsis,
@@ -60,7 +60,7 @@ int32_t TileEntry(GridCell cell, int32_t columnCount, int32_t entryCount);
 // The keys that move the focus among tiles.
 enum class TileMove { kLeft, kRight, kUp, kDown, kFirst, kLast };
 
-// Where the focus goes from an entry. Left and right go on to the neighbouring row; at the ends it
+// Where the focus goes from an entry. Left and right go on to the neighboring row; at the ends it
 // stays. From none (-1) it goes to the first entry, or to the last with kLast. -1 without entries.
 int32_t MoveAmongTiles(int32_t entry, TileMove move, int32_t columnCount, int32_t entryCount);
 

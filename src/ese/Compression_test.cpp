@@ -10,7 +10,7 @@
 namespace postmarker::ese {
 namespace {
 
-// Packs 7-bit characters behind a first byte of that kind.
+// Packs 7-bit characters after a first byte of that kind.
 std::string Pack(uint32_t kind, std::string_view text) {
   std::string bytes(1 + (text.size() * 7 + 7) / 8, '\0');
   for (size_t bit = 0; bit < text.size() * 7; ++bit) {

@@ -50,7 +50,7 @@ class SegmentReader {
   }
 
  private:
-  // Moves to the next segment of this value: its offset, or nothing behind the last one.
+  // Moves to the next segment of this value: its offset, or nothing after the last one.
   std::optional<uint32_t> NextOffset() {
     if (!m_cursor.MoveNext()) {
       return std::nullopt;

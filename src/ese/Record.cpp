@@ -16,13 +16,13 @@ constexpr uint32_t kVariableEnd = 0x7FFF;
 constexpr size_t kTaggedEntry = 4;
 constexpr uint32_t kTemplateId = 0x8000;
 
-// In the word behind the id, newer layout.
+// In the word after the id, newer layout.
 constexpr uint32_t kSmallOffset = 0x1FFF;
 constexpr uint32_t kLargeOffset = 0x7FFF;
 constexpr uint32_t kSmallHasInfo = 0x4000;
 constexpr uint32_t kSmallNull = 0x2000;
 
-// In the word behind the id, older layout.
+// In the word after the id, older layout.
 constexpr uint32_t kOldSize = 0x0FFF;
 constexpr uint32_t kOldTemplate = 0x2000;
 constexpr uint32_t kOldNull = 0x4000;

@@ -34,7 +34,7 @@ class Record {
   // does not fit its size: then no column may be read.
   bool Assign(const Page& leaf, std::string_view data);
 
-  // A column's value. Columns with several values have them numbered from 0; behind the last one
+  // A column's value. Columns with several values have them numbered from 0; after the last one
   // the state is kNull. REQUIRES: Assign returned true.
   [[nodiscard]] StoredValue Find(const Column& column, size_t number = 0) const;
 
@@ -57,7 +57,7 @@ class Record {
   std::string_view m_data;
   std::string_view m_fixed;     // up to the null bits
   std::string_view m_nullBits;  // of the fixed columns
-  std::string_view m_variable;  // the values of variable columns, and the tagged part behind them
+  std::string_view m_variable;  // the values of variable columns, and the tagged part after them
   size_t m_variableTable = 0;   // place of the table of their ends
   uint32_t m_fixedCount = 0;
   uint32_t m_variableCount = 0;

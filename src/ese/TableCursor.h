@@ -21,7 +21,7 @@ bool HasKnownOrder(const Table& table, const Index& index);
 // Where a search ended.
 enum class Found {
   kNone,     // all keys are below the wanted one
-  kGreater,  // on the first row behind it
+  kGreater,  // on the first row after it
   kEqual,
 };
 
@@ -49,7 +49,7 @@ class TableCursor {
   // To the first row whose key is not below `key`. Drops the limit.
   Found Seek(std::string_view key);
 
-  // Rows with keys above `key` count as behind the end. False if the current row is one of them;
+  // Rows with keys above `key` count as after the end. False if the current row is one of them;
   // then there is no row. REQUIRES: HasRow.
   bool SetUpperLimit(std::string_view key);
 

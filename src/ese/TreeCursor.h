@@ -25,7 +25,7 @@ struct EntryPlace {
 
 // What a walk does at an entry or page that is damaged, deleted or empty.
 enum class AtDamage {
-  kPassOver,  // goes on behind it
+  kPassOver,  // goes on after it
   kStop,      // ends, so that each move looks at few pages however the tree was harmed
 };
 

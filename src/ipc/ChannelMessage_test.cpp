@@ -202,7 +202,7 @@ TEST(Rendezvous, NameShorterOrLongerThanItsLengthSaysIsRefused) {
   Bytes shorter = MakeRendezvous();
   shorter[4 + 2 * 20] = std::byte{0};  // a terminator in the middle
   EXPECT_EQ(TakePrivateName(shorter, kTenUnits), std::nullopt);
-  Bytes longer = MakeRendezvous(44);  // no terminator behind 43 units
+  Bytes longer = MakeRendezvous(44);  // no terminator after 43 units
   longer[0] = std::byte{86};
   EXPECT_EQ(TakePrivateName(longer, kTenUnits), std::nullopt);
 }

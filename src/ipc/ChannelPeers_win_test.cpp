@@ -33,7 +33,7 @@ using test::PeerProcess;
 
 constexpr uint32_t kShortTime = 200;
 
-// An end in a process of its own, which stops behind a step.
+// An end in a process of its own, which stops after a step.
 class StoppingEnd {
  public:
   StoppingEnd(const std::wstring& role, const std::wstring& rendezvous, int step)

@@ -17,7 +17,7 @@ void AppendEscaped(std::wstring* text, std::wstring_view field) {
   text->append(kMark);
 }
 
-// Reads the field at *pos, its doubled signs single, and moves behind its mark. Pairs are taken
+// Reads the field at *pos, its doubled signs single, and moves past its mark. Pairs are taken
 // from the left: what follows a doubled sign is no mark, even if it looks like one with the pair's
 // second half.
 std::optional<std::wstring> NextField(std::wstring_view text, size_t* pos) {

@@ -13,7 +13,7 @@ namespace postmarker {
 // thread's code page. Any thread.
 std::wstring EncodeFolderText(const MailFolderRef& folder);
 
-// The folder of such a text. Fields that are missing or have no mark behind them stay empty; the
+// The folder of such a text. Fields that are missing or have no mark after them stay empty; the
 // flag is set only by "T" or "t". Any text gives a folder, at a cost that grows with its length.
 MailFolderRef DecodeFolderText(std::wstring_view text);
 

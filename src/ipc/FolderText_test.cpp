@@ -37,7 +37,7 @@ TEST(FolderText, PathThatHoldsTheMarkSurvivesTheRoundTrip) {
 }
 
 TEST(FolderText, EveryShortFieldOfSignsAndDashesSurvivesTheRoundTrip) {
-  // All texts of up to six units of an alphabet of three, in a field in front of others and in the
+  // All texts of up to six units of an alphabet of three, in a field before others and in the
   // last one.
   constexpr std::wstring_view kAlphabet = L"#-x";
   std::vector<std::wstring> texts = {L""};

@@ -52,7 +52,7 @@ class NamedPipeMessages {
 
   int32_t m_chars = 0;
   std::unique_ptr<wchar_t[], FreeMemory> m_buffer;
-  DWORD m_dirtyBytes = 0;  // everything behind them is zero
+  DWORD m_dirtyBytes = 0;  // everything after them is zero
 };
 
 }  // namespace postmarker

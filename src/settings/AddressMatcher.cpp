@@ -32,7 +32,7 @@ bool IsLabel(std::wstring_view text) {
 }
 
 // [a-z|0-9|-]*([_-][a-z|0-9|_-]+)*
-// The repeat takes any name units behind a "_" or "-" if there is at least one. It must reach back
+// The repeat takes any name units after a "_" or "-" if there is at least one. It must reach back
 // to the first "_", which the part before it can't take.
 bool IsNameHead(std::wstring_view text) {
   if (!std::all_of(text.begin(), text.end(), IsNameUnit)) {
@@ -74,7 +74,7 @@ bool IsAddress(std::wstring_view text) {
   return at != std::wstring_view::npos && IsName(text.substr(0, at)) && IsHost(text.substr(at + 1));
 }
 
-// The match may begin at any ".", and the optional label behind it decides nothing.
+// The match may begin at any ".", and the optional label after it decides nothing.
 bool EndsLikeDomain(std::wstring_view text) {
   const size_t dot = text.rfind(L'.');
   return dot != std::wstring_view::npos && IsLabel(text.substr(dot + 1));

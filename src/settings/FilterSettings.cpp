@@ -29,7 +29,7 @@ struct NumberRow {
 using Record = FilterSettingsRecord;
 
 // The numbers in the order in which they are read and written. Texts and ids, which have rules of
-// their own, come between the last two groups and behind them.
+// their own, come between the last two groups and after them.
 constexpr NumberRow kGlobalRows[] = {
     {L"AddRecipients", &Record::addRecipients},
     {L"AddCCS", &Record::addCcs},

@@ -35,7 +35,7 @@ bool IsBlank(wchar_t c) {
   return c == L' ' || (c >= L'\t' && c <= L'\r');
 }
 
-// The number at the start of a text, behind blanks and a sign: 0 without digits, and the nearest
+// The number at the start of a text, after blanks and a sign: 0 without digits, and the nearest
 // number that fits where there are too many.
 int LeadingNumber(std::wstring_view text) {
   size_t pos = 0;

@@ -33,12 +33,12 @@ class SettingsKey {
   // Removes the value. False if it is missing or the store refuses.
   virtual bool Delete(const std::wstring& name) = 0;
 
-  // The name of the value with this index, in an order of the store's own; nothing behind the last
+  // The name of the value with this index, in an order of the store's own; nothing after the last
   // one, and for a name that needs more than `room` units with its terminator.
   [[nodiscard]] virtual std::optional<std::wstring> NameAt(uint32_t index, uint32_t room) const = 0;
 };
 
-// Where keys come from. `path` is what stands behind the text of the spam filter's own key: nothing
+// Where keys come from. `path` is what follows the text of the spam filter's own key: nothing
 // for that key itself, else a backslash and the name of a key below it. Any thread may use a store;
 // the keys that it gives belong to the caller and are used by one thread at a time.
 class SettingsStore {

@@ -361,7 +361,7 @@ uint32_t LogFile::CopyEnd(const FileHandle& log, const std::wstring& copyPath, u
   return error;
 }
 
-// Copies what stands behind the next line feed, which may be nothing.
+// Copies what follows the next line feed, which may be nothing.
 uint32_t LogFile::CopyFromNextLine(const FileHandle& log, const FileHandle& copy) {
   bool atLine = false;
   for (;;) {

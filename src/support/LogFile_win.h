@@ -44,7 +44,7 @@ class LogFile {
   uint32_t WriteTime();
   uint32_t WriteDateTime();
 
-  // Writes a formatted text, alone or behind a prefix.
+  // Writes a formatted text, alone or after a prefix.
   uint32_t Write(const char* format, ...);
   uint32_t WriteWithDate(const char* format, ...);
   uint32_t WriteWithTime(const char* format, ...);

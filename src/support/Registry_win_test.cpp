@@ -21,7 +21,7 @@ constexpr wchar_t kPath[] = L"Software\\Maker\\Product";
 
 class RegistryKeyTest : public testing::Test {
  protected:
-  // Bytes that are no NUL follow the value: the platform adds a terminator that stands right behind
+  // Bytes that are no NUL follow the value: the platform adds a terminator right after
   // a text.
   void Store(const wchar_t* name, DWORD type, const std::string& bytes) const {
     const std::string guarded = bytes + "xx";

@@ -46,8 +46,8 @@ class TextPool {
   // The offset that no text so far has reached.
   [[nodiscard]] uint32_t End() const;
 
-  // The offset of the text that was added behind the one of `size` bytes at `offset`; End() or more
-  // behind the last. REQUIRES: all texts were added with Allocate or Add and none was empty.
+  // The offset of the text that was added after the one of `size` bytes at `offset`; End() or more
+  // after the last. REQUIRES: all texts were added with Allocate or Add and none was empty.
   [[nodiscard]] uint32_t After(uint32_t offset, size_t size) const;
 
   // Empties the pool. One block is kept for what comes next.

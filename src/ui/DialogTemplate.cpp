@@ -5,7 +5,7 @@
 namespace postmarker {
 namespace {
 
-// The layout of DLGTEMPLATEEX, in 16-bit words: the count of controls stands behind version,
+// The layout of DLGTEMPLATEEX, in 16-bit words: the count of controls follows version,
 // signature, help id and the two styles.
 constexpr size_t kControlCountIndex = 8;
 

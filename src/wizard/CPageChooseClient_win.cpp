@@ -22,7 +22,7 @@ BitmapHandle LoadTile(unsigned id) {
       AfxGetResourceHandle(), MAKEINTRESOURCEW(id), IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION)));
 }
 
-// The flags of an image list for pictures like this one. The flag of a colour depth is its number.
+// The flags of an image list for pictures like this one. The flag of a color depth is its number.
 UINT ImageListFlags(const BITMAP& picture) {
   return static_cast<UINT>(picture.bmBitsPixel) | ILC_MASK;
 }

@@ -1,4 +1,4 @@
-// The colours that the sheet, its pages and its dialogs share: black on white, headings red.
+// The colors that the sheet, its pages and its dialogs share: black on white, headings red.
 #pragma once
 
 #include <windows.h>
@@ -11,7 +11,7 @@ namespace postmarker {
 // The white brush of all backgrounds. Never to be deleted.
 HBRUSH BackgroundBrush();
 
-// Answers a WM_CTLCOLORxxx message: sets the device's colours and returns the brush. `headingId` is
+// Answers a WM_CTLCOLORxxx message: sets the device's colors and returns the brush. `headingId` is
 // the control whose text is red.
 LRESULT ColorForControl(const MessageArgs& args, int headingId = IDC_HEADING);
 

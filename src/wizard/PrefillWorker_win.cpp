@@ -10,7 +10,7 @@ namespace postmarker {
 namespace {
 
 // How many addresses may stand in the queue of the page's thread: a click that a person makes
-// waits behind these. The system itself would take 10,000 messages.
+// waits for these. The system itself would take 10,000 messages.
 constexpr int kMostUnread = 50;
 
 // How long the worker rests while there are more.

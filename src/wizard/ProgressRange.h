@@ -18,7 +18,7 @@ struct ProgressRange {
 ProgressRange RangeFor(int32_t total);
 
 // How many single steps move a bar of the range 0 to `upper` as far as `steps` do. It begins anew
-// behind its end, so rounds are left out; a number below 1 moves nothing.
+// after its end, so rounds are left out; a number below 1 moves nothing.
 int32_t StepsToTake(int64_t steps, int32_t upper);
 
 // Where so many single steps lead from a position of such a bar.

@@ -70,7 +70,7 @@ inline constexpr COLORREF kHeadingColor = RGB(204, 0, 0);
 // well.
 void SetSkinnedCaption(HWND window, const std::wstring& caption, bool secondBit);
 
-// Makes a control a heading, with its colour, or body text. A null control is passed over.
+// Makes a control a heading, with its color, or body text. A null control is passed over.
 void SetSkinnedHeading(HWND control);
 void SetSkinnedBody(HWND control);
 

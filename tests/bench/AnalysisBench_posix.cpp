@@ -173,7 +173,7 @@ BENCHMARK_CAPTURE(Library, mimetic_parse_and_decode, ReadWithMimetic, true)
     ->Unit(benchmark::kMillisecond)
     ->MinTime(1);
 
-// What the peers' programs read: all messages one behind the other as they are, and as an mbox with
+// What the peers' programs read: all messages one after the other as they are, and as an mbox with
 // bare LF, from which these programs can tell one message from the next.
 class PeerInput {
  public:

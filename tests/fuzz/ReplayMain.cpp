@@ -17,7 +17,7 @@ bool Replay(const std::filesystem::path& path) {
     return false;
   }
   const std::vector<char> read((std::istreambuf_iterator<char>(file)), {});
-  // A block of exactly this size, so that a read behind it is seen.
+  // A block of exactly this size, so that a read after it is seen.
   const std::vector<uint8_t> bytes(read.begin(), read.end());
   LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
   return true;

@@ -1,4 +1,4 @@
-// ParseColumnState, by the bytes behind the first one, which is the number of columns.
+// ParseColumnState, by the bytes after the first one, which is the number of columns.
 #include "FuzzTarget.h"
 #include "controls/ColumnState.h"
 

@@ -127,7 +127,7 @@ size_t PixelsOf(HWND window, uint32_t color) {
   return static_cast<size_t>(found);
 }
 
-// The stand-in's sign is 4 by 4 pixels of a colour that nothing else has.
+// The stand-in's sign is 4 by 4 pixels of a color that nothing else has.
 TEST_F(WindowHookTest, ChosenClientHasTheSignOfTheSuitesSkin) {
   constexpr uint32_t kSignColor = 0xFE01FD;
   ASSERT_TRUE(m_module->IsLoaded());

@@ -338,7 +338,7 @@ class EseFileBuilder {
   std::map<uint32_t, std::string> m_pages;
   std::vector<EseEntry> m_catalog;
   std::vector<std::string> m_keys;  // of the rows of the table that is being added
-  uint32_t m_nextPage;              // behind those of the catalog and its copy
+  uint32_t m_nextPage;              // after those of the catalog and its copy
   uint32_t m_nextObject = 4;
 };
 

@@ -15,7 +15,7 @@ namespace postmarker::test {
 
 inline constexpr char kUnread = '\xA5';
 
-// Puts fields one behind the other.
+// Puts fields one after the other.
 class ImBytes {
  public:
   ImBytes& Byte(int value) {
@@ -159,7 +159,7 @@ inline constexpr char kImMarker[] = "----------[%ImFilePath%]----------";
 // An .imm file with the records of its messages.
 class ImMessages {
  public:
-  // Appends a message, and notes its size and place in the record. Blanks go between and behind
+  // Appends a message, and notes its size and place in the record. Blanks go between and after
   // messages where a number could not be read back otherwise.
   void Add(ImRecord record, std::string message) {
     while (!IsReadableImNumber(m_bytes.size())) {

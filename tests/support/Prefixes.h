@@ -7,7 +7,7 @@
 namespace postmarker::test {
 
 // Calls `check` with every proper prefix of `bytes`. Each prefix is a heap block of its own size,
-// so that the address sanitizer sees a read behind its end.
+// so that the address sanitizer sees a read after its end.
 template <class Check>
 void ForEveryPrefix(std::string_view bytes, Check check) {
   for (size_t length = 0; length < bytes.size(); ++length) {

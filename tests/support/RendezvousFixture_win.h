@@ -36,7 +36,7 @@ inline bool WaitForMutex(const std::wstring& rendezvous) {
 }
 
 // One attempt of the product's server that has to end by its own limits. One that doesn't fails the
-// test after 5 seconds and is cancelled. `options` without a cancel event.
+// test after 5 seconds and is canceled. `options` without a cancel event.
 inline ChannelEnd ListenUntilItEnds(const std::wstring& name, ListenOptions options) {
   const KernelHandle cancel(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
   options.cancel = cancel.Get();

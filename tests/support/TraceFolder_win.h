@@ -39,7 +39,7 @@ class TraceFolder {
   // The trace as bytes; empty if there is none.
   [[nodiscard]] std::string TraceBytes() const { return ReadFile(TraceFile()); }
 
-  // The lines of the trace without the byte order mark, cut behind their line ends.
+  // The lines of the trace without the byte order mark, cut after their line ends.
   [[nodiscard]] std::vector<std::wstring> TraceLines() const {
     const std::string bytes = TraceBytes();
     std::vector<std::wstring> lines;

@@ -49,7 +49,7 @@ bool IsLabel(HWND window) {
 }
 
 // A control as it is read aloud: its number, its name, and its shortcut in brackets, which may be
-// that of the label in front of it.
+// that of the label before it.
 std::string ReadAloud(HWND window) {
   Spoken spoken = Ask(window);
   const HWND before = ::GetWindow(window, GW_HWNDPREV);

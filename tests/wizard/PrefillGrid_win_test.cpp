@@ -128,7 +128,7 @@ TEST_F(PrefillGridTest, KeysOfOtherCommandsAndOfTheSheetsButtonsRemoveNothing) {
   FocusWindow(*session, session->Button(kNextButton));
   PressKey(VK_DELETE);
   PressKey(VK_INSERT);
-  // A key that does something, behind which the others must have come through.
+  // A key that does something, after which the others must have come through.
   PressKey(VK_RETURN);
   session->WaitForPage(Page::kSettings);
   EXPECT_THAT(m_request.prefillAddresses, ElementsAre(L"anna@b.org"));

@@ -74,8 +74,8 @@ TEST(HostileMail, NestedMultipartsNeedNoStack) {
   EXPECT_EQ(counter.deepest, kLevels);
   EXPECT_EQ(counter.headersBefore, kLevels + 1);
   EXPECT_EQ(counter.headersAfter, kLevels + 1);
-  EXPECT_EQ(counter.bodies, 2 * kLevels + 1);  // what is in front of the parts and behind them
-  // Each one in front of parts, the text, and the outermost one behind: the others wait for a
+  EXPECT_EQ(counter.bodies, 2 * kLevels + 1);  // what is before the parts and after them
+  // Each one before parts, the text, and the outermost one at the end: the others wait for a
   // boundary.
   EXPECT_EQ(counter.ended, kLevels + 2);
   EXPECT_EQ(counter.PlainParts().front(), "text\r\n");

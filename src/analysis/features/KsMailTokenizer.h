@@ -66,7 +66,7 @@ class KsMailTokenizer : public KsMailHeaderParser {
   ResultCode Parse(const char* data, uint32_t size, HtmlToText htmlToText, PdfHelper* pdfHelper);
 
   // All tokens: the words of the text as they are; header tokens as "from*", "subject*" and so on;
-  // pairs and triples of neighbouring words.
+  // pairs and triples of neighboring words.
   const TokenCountMap& Tokens() { return Features().Tokens(); }
   // Words of the subject, and of the display names of senders, with their pairs and triples.
   const TokenCountMap& SubjectTokens() { return Features().SubjectTokens(); }

@@ -20,8 +20,8 @@ struct LetterGram {
 using LetterGramMap = std::map<std::string, LetterGram, std::less<>>;
 
 // Adds the grams of one word, `weight` times: a window of 4 bytes over the lower-cased word with a
-// blank in front and behind; a shorter word gives the one gram that is filled up with blanks. The
-// prefix "subject*" of a word stands in front of each of its grams instead of being cut up.
+// blank before and after it; a shorter word gives the one gram that is filled up with blanks. The
+// prefix "subject*" of a word stands before each of its grams instead of being cut up.
 void AddLetterGrams(LetterGramMap* map, std::string_view word, int32_t weight);
 
 // The grams of all tokens of a message with a count above 0, and those of its subject's.

@@ -20,7 +20,7 @@ constexpr size_t kNone = std::string_view::npos;
 constexpr std::string_view kProviderLabel = "yahoo";
 constexpr std::string_view kProviderDomain = "yahoo.com";
 
-// The subject without its bracketed stretches, a blank in front of each capital, and then all in
+// The subject without its bracketed stretches, a blank before each capital, and then all in
 // lower case: words that were run together come apart.
 std::string SpreadSubject(std::string_view value) {
   std::string spread;
@@ -219,7 +219,7 @@ void MessageFeatures::CountText(std::string_view text) {
   Tokenize(text, &m_tokens, &m_bodyWords, &m_textUrls, &m_textAddresses);
 }
 
-// From here on a word counts once, however often it came. Sequences come behind, and keep their
+// From here on a word counts once, however often it came. Sequences come after, and keep their
 // weights.
 void MessageFeatures::CountSequences() {
   m_tokens.CapCounts();

@@ -7,7 +7,7 @@ namespace {
 
 constexpr size_t kNone = std::string_view::npos;
 
-// The next place of a byte at or behind a position that only moves on: every byte is looked at
+// The next place of a byte at or after a position that only moves on: every byte is looked at
 // once.
 class ForwardFinder {
  public:

@@ -14,7 +14,7 @@ using AddressMap = std::map<std::string, std::string>;
 // Adds the addresses of a list to `map`; a later one of the same address replaces the earlier. An
 // item without angle brackets has an empty display name, and an empty item has the address "". The
 // time is linear in the length of `text`, apart from the map's own. Deliberate: the comma that ends
-// an item is looked for behind the next ">", so an address without angle brackets in front of one
+// an item is looked for after the next ">", so an address without angle brackets before one
 // with them falls into that one's display name. Display names hold commas far more often than lists
 // mix both forms.
 void ParseAddressList(std::string_view text, AddressMap* map);

@@ -10,7 +10,7 @@
 
 namespace postmarker {
 
-// Stops behind the top-level header block. One message at a time, one thread per object; results
+// Stops after the top-level header block. One message at a time, one thread per object; results
 // stay until the next Parse. All text is bytes.
 class KsMailHeaderParser : public KsMailParser {
  public:

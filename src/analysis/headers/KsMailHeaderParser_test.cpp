@@ -25,7 +25,7 @@ TEST(KsMailHeaderParser, KeepsTheTopLevelHeadersOnly) {
   EXPECT_EQ(Parse(&parser, kMessage), kOk);
   EXPECT_EQ(parser.GetSubject(), "Hi (there)");
   EXPECT_EQ(parser.GetHeaders().Get("received-1"), "from [10.0.0.1] by inner");
-  // The keys that reading the content type creates come behind.
+  // The keys that reading the content type creates come after.
   EXPECT_FALSE(parser.GetHeaders().Contains("content-transfer-encoding"));
 }
 

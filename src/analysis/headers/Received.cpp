@@ -14,7 +14,7 @@ bool IsSeparator(char c) {
 
 bool StandsAtStart(std::string_view address, std::string_view text) {
   const size_t position = address.find(text);
-  return position == 0 || position == 1;  // behind a "["
+  return position == 0 || position == 1;  // after a "["
 }
 
 bool StartsWithHelo(std::string_view text) {
@@ -35,7 +35,7 @@ class LineReader {
   }
   void SkipSeparators() { SkipWhere(IsSeparator); }
 
-  // Moves behind a word that stands here; false where another text does.
+  // Moves past a word that is here; false if there is another text.
   bool SkipWord(std::string_view word) {
     if (!Rest().starts_with(word)) {
       return false;
@@ -44,7 +44,7 @@ class LineReader {
     return true;
   }
 
-  // Bytes up to a separator or, behind the first one, up to an opening bracket.
+  // Bytes up to a separator or, after the first one, up to an opening bracket.
   std::string ReadToken() {
     const size_t start = m_position;
     while (!AtEnd() && !IsSeparator(m_line[m_position]) &&
@@ -60,7 +60,7 @@ class LineReader {
     return std::string(m_line.substr(start, m_position - start));
   }
 
-  // Bytes up to white space; the white space behind is skipped.
+  // Bytes up to white space; the white space after them is skipped.
   std::string_view ReadWord() {
     const size_t start = m_position;
     SkipWhere([](char c) { return !Is(c, kSpaceByte); });

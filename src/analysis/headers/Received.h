@@ -30,7 +30,7 @@ using ReceivedHop = std::pair<KsHostInfo, KsHostInfo>;
 void ParseReceivedLine(std::string_view line, KsHostInfo* from, KsHostInfo* by);
 
 // Reads groups in "()" or "[]" from *position on, for as long as one follows another, into one text
-// with a blank behind each but the last; square brackets stay. *position moves behind them and
+// with a blank after each but the last; square brackets stay. *position moves past them and
 // their white space.
 std::string ReadBracketed(std::string_view text, size_t* position);
 

@@ -36,7 +36,7 @@ std::string AllBytes(size_t size, unsigned step) {
 TEST(Base64Blocks, EncodingIsThePlainOneForEveryLength) {
   for (const unsigned step : {1U, 7U, 101U, 255U}) {
     for (size_t size = 0; size < 300; ++size) {
-      // A block of its own, so that a read behind it is seen.
+      // A block of its own, so that a read after it is seen.
       const std::string bytes = AllBytes(size, step);
       const std::string expected = PlainBase64(bytes);
       std::string out(expected.size() + 1, 'x');

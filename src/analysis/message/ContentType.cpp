@@ -8,7 +8,7 @@
 namespace postmarker {
 namespace {
 
-// What stands behind the last dot of a name; nothing without a dot.
+// What follows the last dot of a name; nothing without a dot.
 std::string_view Extension(std::string_view name) {
   const size_t dot = name.rfind('.');
   return dot == std::string_view::npos ? std::string_view() : name.substr(dot + 1);

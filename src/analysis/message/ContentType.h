@@ -45,10 +45,10 @@ std::optional<std::string_view> FindParameter(std::string_view text, std::string
 // Sets map[key] to the value for each parameter of `text`, keys in lower case.
 void SplitParameters(std::string_view text, HeaderMap* map);
 
-// True if "pdf" stands behind the last "." of a lower-case file name.
+// True if "pdf" follows the last "." of a lower-case file name.
 bool HasPdfExtension(std::string_view name);
 
-// True if "jpg", "jpeg", "bmp" or "gif" stands behind the last "." of a lower-case file name.
+// True if "jpg", "jpeg", "bmp" or "gif" follows the last "." of a lower-case file name.
 bool HasImageExtension(std::string_view name);
 
 // What an entity is.

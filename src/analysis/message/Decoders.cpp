@@ -53,7 +53,7 @@ class Output {
 struct EncodedWord {
   char encoding;
   std::string_view text;
-  size_t end;  // behind its closing "?="
+  size_t end;  // after its closing "?="
 };
 
 // The encoded word at `start`, where an "=?" stands, if it is a whole one.

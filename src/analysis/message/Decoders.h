@@ -34,20 +34,20 @@ constexpr int Base64Bits(char c) {
   return detail::kBase64Bits[static_cast<unsigned char>(c)];
 }
 
-// Decodes quoted-printable text, as far as a NUL or the capacity, puts a NUL behind it, and returns
+// Decodes quoted-printable text, as far as a NUL or the capacity, puts a NUL after it, and returns
 // the count of bytes without it. Hexadecimal digits of either case are taken; an "=" without two of
 // them is copied. With `wrap`, a CR LF goes out after each 75 columns.
 size_t DecodeQuotedPrintable(std::string_view in, char* out, size_t capacity, bool wrap);
 
 // Decodes base64 text up to the first "=", passing over what is not of its alphabet, puts a NUL
-// behind it, and returns the count of bytes without it. With `keepLineBreaks`, CR and LF are
+// after it, and returns the count of bytes without it. With `keepLineBreaks`, CR and LF are
 // copied. Deliberate: a decoded byte 0 is dropped, since what comes out is text that ends with a
 // NUL.
 size_t DecodeBase64(std::string_view in, char* out, size_t capacity, bool keepLineBreaks);
 
-// Encodes bytes as base64 and puts a NUL behind; returns the count of bytes without it. With
-// `wrap`, a CR LF stands in front of each group of 57 input bytes, also the first, and two more CR
-// LF behind the whole, each only where the capacity has 2 bytes left.
+// Encodes bytes as base64 and adds a NUL; returns the count of bytes without it. With
+// `wrap`, a CR LF stands before each group of 57 input bytes, also the first, and two more CR
+// LF at the end, each only where the capacity has 2 bytes left.
 size_t EncodeBase64(std::string_view in, char* out, size_t capacity, bool wrap);
 
 // Copies `in` to `out` and decodes the encoded words in it. Returns the count of input bytes in

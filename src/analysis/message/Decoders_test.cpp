@@ -120,7 +120,7 @@ TEST(EncodeBase64, BreaksLinesInFrontOfEachGroup) {
   EXPECT_EQ(line.size(), 76U);
   EXPECT_EQ(Encode(group + "ABC", 1000, true), "\r\n" + line + "\r\nQUJD\r\n\r\n");
   EXPECT_EQ(Encode("", 1000, true), "\r\n\r\n");
-  EXPECT_EQ(Encode("ABC", 7, true), "\r\nQUJD");  // no room for a whole line break behind
+  EXPECT_EQ(Encode("ABC", 7, true), "\r\nQUJD");  // no room for a whole line break at the end
 }
 
 TEST(DecodeEncodedWords, DecodesBothEncodings) {
@@ -151,7 +151,7 @@ TEST(DecodeEncodedWords, LeavesPlainText) {
       "=?u?x?ab?=",    // an unknown encoding
       "=?x?b?AAAA?=",  // nothing comes out
       "=?u?q?\?=",     // no text
-      "=?u?q?ab?",     // no byte behind the last mark
+      "=?u?q?ab?",     // no byte after the last mark
       "=?u?q?ab?x",    // no "="
       "=?u?q?ab",      // incomplete
       "=?u?q",         //

@@ -135,7 +135,7 @@ class BlockReader {
         if (m_atLineStart && m_lastWasCr) {
           return i + 1;
         }
-        // Deliberate: a bare LF does not end a line. What stands behind it belongs to the same
+        // Deliberate: a bare LF does not end a line. What follows it belongs to the same
         // header.
         m_atLineStart = m_lastWasCr;
         m_lastWasCr = false;

@@ -24,7 +24,7 @@ struct Delimiter {
 };
 
 // Finds the first line of at most 512 bytes that begins with "-" and holds the boundary; lines end
-// at CR LF. What stands behind the last CR LF ends the body as well if it holds the boundary.
+// at CR LF. What follows the last CR LF ends the body as well if it holds the boundary.
 // Deliberate: anywhere in the line, since mailers write more or fewer dashes and blanks than they
 // should.
 Delimiter FindDelimiter(std::string_view body, std::string_view boundary) {
@@ -156,7 +156,7 @@ void KsMailParser::ParseHeaderBlock(int level, HeaderMap* headers) {
   }
 }
 
-// Reads the header block and what a multipart has in front of its parts.
+// Reads the header block and what a multipart has before its parts.
 KsMailParser::Kind KsMailParser::OpenEntity(int level, HeaderMap* headers,
                                             std::string_view* inner) {
   SelectHeaders(headers, level);

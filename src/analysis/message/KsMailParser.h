@@ -24,13 +24,13 @@ namespace postmarker {
 //
 // The hooks are called so, for each entity at its level:
 //   SelectHeaders, bytes of the header block, OnHeaders(false),
-//   for a multipart: OnBodyBegin, bytes, OnBodyEnd, OnBodyDone for what stands in front of the
+//   for a multipart: OnBodyBegin, bytes, OnBodyEnd, OnBodyDone for what stands before the
 //   first part,
 //     and then its parts at the next level,
 //   OnHeaders(true), OnBodyBegin, bytes, OnBodyEnd, OnBodyDone.
 // A message in a message has its own header block at the next level, and no hooks of the outer one
 // follow. OnBodyEnd is left out where a body should end at a boundary that never comes; the line
-// with the boundary follows behind OnBodyEnd.
+// with the boundary follows OnBodyEnd.
 class KsMailParser {
  public:
   KsMailParser() = default;
@@ -75,11 +75,11 @@ class KsMailParser {
   // May put the keys of the headers to read into the empty map; left empty, all are read.
   virtual void SelectHeaders(HeaderMap* wanted, int level);
 
-  // The headers of an entity, in front of its body and again behind all its parts. The result is
+  // The headers of an entity, before its body and again after all its parts. The result is
   // not used.
   virtual ResultCode OnHeaders(HeaderMap* headers, int level, bool afterChildren);
 
-  // False ends the walk of an entity behind its header block.
+  // False ends the walk of an entity after its header block.
   virtual bool WantsBody();
 
   virtual void OnBodyBegin(int level);

@@ -13,7 +13,7 @@ constexpr size_t PackedLengthSize(size_t length) {
   return size;
 }
 
-// Writes a length and returns the place behind it.
+// Writes a length and returns the place after it.
 inline char* PutPackedLength(char* out, size_t length) {
   for (; length >= 0x80; length >>= 7) {
     *out++ = static_cast<char>(length | 0x80);
@@ -22,7 +22,7 @@ inline char* PutPackedLength(char* out, size_t length) {
   return out;
 }
 
-// Reads a length that PutPackedLength wrote and returns the place behind it.
+// Reads a length that PutPackedLength wrote and returns the place after it.
 inline const char* TakePackedLength(const char* in, size_t* length) {
   size_t value = 0;
   for (unsigned shift = 0;; shift += 7) {

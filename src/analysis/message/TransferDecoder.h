@@ -18,7 +18,7 @@ class TransferDecoder {
   // Undoes quoted-printable. False where the byte gives none; otherwise *byte is the decoded one.
   bool DecodeQuotedPrintable(uint8_t* byte);
 
-  // Undoes base64, in the same way. Nothing comes out any more behind a "=".
+  // Undoes base64, in the same way. Nothing comes out any more after a "=".
   bool DecodeBase64(uint8_t* byte);
 
   // A run of bytes; returns the count written to `out`, which never exceeds the input's.
@@ -27,7 +27,7 @@ class TransferDecoder {
   size_t DecodeBase64Run(std::string_view in, char* out);
 
  private:
-  uint8_t m_qpHigh = 0;  // the two characters behind an "="
+  uint8_t m_qpHigh = 0;  // the two characters after an "="
   uint8_t m_qpLow = 0;
   int32_t m_qpState = 0;  // 0 outside an escape; counts characters inside one
   uint32_t m_base64Bits = 0;

@@ -305,7 +305,7 @@ bool IsTopLevelDomain(std::string_view label) {
   return row != kTopLevelDomains.end() && row->first == label;
 }
 
-// Where the label in front of the dot or "@" at `position` begins.
+// Where the label before the dot or "@" at `position` begins.
 size_t LabelStart(std::string_view host, size_t position) {
   const size_t before =
       position == 0 ? std::string_view::npos : host.find_last_of(".@", position - 1);

@@ -49,12 +49,12 @@ const LinkRule* FindRule(std::string_view name) {
   return rule == kLinkRules.end() ? nullptr : rule;
 }
 
-// True if `name` stands in front of the "=" at `equals`, case ignored.
+// True if `name` stands before the "=" at `equals`, case ignored.
 bool StandsBefore(std::string_view tag, size_t equals, std::string_view name) {
   return equals >= name.size() && EqualNoCase(tag.substr(equals - name.size(), name.size()), name);
 }
 
-// The value behind the "=" at `equals`: in double quotes, or word characters. Nothing at the tag's
+// The value after the "=" at `equals`: in double quotes, or word characters. Nothing at the tag's
 // end.
 std::optional<std::string_view> ReadValue(std::string_view tag, size_t equals) {
   const size_t start = tag.find_first_not_of(' ', equals + 1);
@@ -150,7 +150,7 @@ class HtmlScanner {
     m_visibleUrls.Clear();
   }
 
-  // True if "background=" stands at or behind a position, to the end of the text and not of the
+  // True if "background=" stands at or after a position, to the end of the text and not of the
   // tag.
   bool HasBackgroundFrom(size_t position) {
     if (!m_lastBackground) {
@@ -323,7 +323,7 @@ class HtmlScanner {
   TokenCountMap* m_addresses;
   HtmlStats* m_stats;
   std::optional<size_t> m_lastBackground;
-  std::string m_base;  // of the last "base" tag; it holds for all tags behind it
+  std::string m_base;  // of the last "base" tag; it holds for all tags after it
   int32_t m_baseUses = 0;
   LinkFacts m_baseFacts;
   LinkFacts m_facts;

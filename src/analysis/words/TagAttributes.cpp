@@ -48,7 +48,7 @@ const TagRow* FindTag(std::string_view name) {
   return row == kTags.end() ? nullptr : row;
 }
 
-// Reads a value and moves behind it: from a double quote to the next one, or else up to white
+// Reads a value and moves past it: from a double quote to the next one, or else up to white
 // space.
 std::string_view TakeValue(std::string_view tag, size_t* position) {
   const size_t start = *position;

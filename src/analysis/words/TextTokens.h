@@ -26,7 +26,7 @@ void CollectTextUrls(std::string_view text, TokenCountMap* urls);
 int32_t MaxSpecialDensity(std::string_view text);
 
 // True for what may be a URL or a host name: with "://" in it, and then the text is cut to what
-// stands behind; with "www." in it; or with a registered domain.
+// follows; with "www." in it; or with a registered domain.
 bool IsUrlLike(std::string_view* text);
 
 // The ASCII capitals of a word in their order, where there are `minimum` of them, otherwise

@@ -17,7 +17,7 @@ constexpr auto kDevices =
 constexpr auto kNumberedDevices = std::to_array<std::wstring_view>({L"com", L"lpt"});
 constexpr std::wstring_view kDeviceNumbers = L"0123456789\u00B9\u00B2\u00B3";
 
-// Devices are everywhere, with any extension and with blanks behind their names.
+// Devices are everywhere, with any extension and with blanks after their names.
 bool IsDevice(std::wstring_view name) {
   name = name.substr(0, name.find(L'.'));
   name = name.substr(0, name.find_last_not_of(L' ') + 1);

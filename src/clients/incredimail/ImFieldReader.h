@@ -27,7 +27,7 @@ class ImFieldReader {
   // are not all there.
   std::wstring ReadGuid();
 
-  // A text behind its length in UTF-16 units. Empty, with the cursor at the end, if it is not all
+  // A text after its length in UTF-16 units. Empty, with the cursor at the end, if it is not all
   // there.
   // Deliberate: the text's non-zero bytes are taken one by one and widened. That is right for Latin
   // texts, and turns others into the same odd names that the client itself shows for such files.

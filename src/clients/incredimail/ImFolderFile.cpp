@@ -32,7 +32,7 @@ class EntryReader : public ImFieldReader {
       : ImFieldReader(bytes, kFirstEntry),
         m_entriesLeft(bytes.size() / kSmallestEntry + kEntriesReadAgain) {}
 
-  // To be called in front of each entry.
+  // Call before each entry.
   bool BeginEntry() {
     if (IsAtEnd() || m_entriesLeft == 0) {
       return false;
@@ -41,7 +41,7 @@ class EntryReader : public ImFieldReader {
     return true;
   }
 
-  // Passes over a name by its short length. With `looksAhead` the place behind it must be in the
+  // Passes over a name by its short length. With `looksAhead` the place after it must be in the
   // file, otherwise the length itself must not end the file.
   bool SkipName(bool looksAhead) {
     if (!Has(kLengthSize)) {
@@ -198,7 +198,7 @@ class FolderFileSearch {
 
  private:
   // False if the search is over: the entry is the wanted one, or the walk can't go on.
-  // Deliberate: below the top level the place behind an entry's name is not tested. Some lists of
+  // Deliberate: below the top level the place after an entry's name is not tested. Some lists of
   // the client end in entries that lead back, and the search must stop there.
   bool LookAtEntry(bool isTopLevel) {
     if (!m_entries.BeginEntry()) {

@@ -1,4 +1,4 @@
-// The older store's list of folders, Folders.imm: entries one behind the other, each followed by
+// The older store's list of folders, Folders.imm: entries one after the other, each followed by
 // its children.
 #pragma once
 

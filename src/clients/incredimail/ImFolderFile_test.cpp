@@ -104,7 +104,7 @@ TEST(ImFolderFile, TopLevelEntryWithAnEmptyFileNameEndsTheRead) {
 TEST(ImFolderFile, EntryWithAnEmptyLabelEndsTheReadAtTheTopAndTheChildrenBelow) {
   EXPECT_EQ(LinesOf(test::MakeImFolderFile({{ImGuid(1), L"", L"a"}, {ImGuid(2), L"B", L"b"}})),
             Names{});
-  // The child fails behind its label, which is empty. What follows is read as a top-level entry.
+  // The child fails after its label, which is empty. What follows is read as a top-level entry.
   ImBytes out = test::ImFolderFileHead();
   test::PutImEntry(&out, ImGuid(1), L"A", L"a", 2);
   out.Guid(ImGuid(2)).Text(L"");
@@ -136,7 +136,7 @@ TEST(ImFolderFile, EntryMustEndInTheFileOrFourBytesAhead) {
   const auto count = [&bytes](size_t missing) {
     return LinesOf(std::string_view(bytes).substr(0, bytes.size() - missing)).size();
   };
-  EXPECT_EQ(count(0), 1U);  // a byte behind the entry
+  EXPECT_EQ(count(0), 1U);  // a byte after the entry
   EXPECT_EQ(count(1), 0U);  // exactly its end
   EXPECT_EQ(count(2), 0U);
   EXPECT_EQ(count(4), 0U);
@@ -170,7 +170,7 @@ TEST(ImFolderFile, NameLengthIsAWholeNumberAtTheTopAndOneByteBelow) {
   const std::wstring longName(300, L'n');  // 0x012C
   EXPECT_EQ(LinesOf(test::MakeImFolderFile({{ImGuid(1), L"A", longName}, {ImGuid(2), L"B", L"b"}})),
             (Names{L"A in root 0 " + longName, L"B in root 1 b"}));
-  // Below, 0x0102 is read as 1: the next child is looked for one unit behind the name's start.
+  // Below, 0x0102 is read as 1: the next child is looked for one unit after the name's start.
   ImBytes out = test::ImFolderFileHead();
   test::PutImEntry(&out, ImGuid(1), L"A", L"a", 1);
   out.Guid(ImGuid(2)).Text(L"B").Dword(0x0102).Unread(2 + 8).Byte(1).Unread(11);
@@ -180,8 +180,8 @@ TEST(ImFolderFile, NameLengthIsAWholeNumberAtTheTopAndOneByteBelow) {
 }
 
 TEST(ImFolderFile, NameLengthOf128OrMoreLeadsBack) {
-  // The child's number of children is looked for 8 - 256 bytes behind its length: in the unread
-  // bytes of the entry ahead, where it is 0. The next child is read 12 bytes behind that.
+  // The child's number of children is looked for 8 - 256 bytes after its length: in the unread
+  // bytes of the entry ahead, where it is 0. The next child is read 12 bytes after that.
   ImBytes out = test::ImFolderFileHead();
   test::PutImEntry(&out, ImGuid(1), L"A", L"a", 2);
   const size_t base = out.Bytes().size();
@@ -232,7 +232,7 @@ TEST(ImFolderFile, FolderThatIsItsOwnAncestorEnds) {
 }
 
 // In each part a folder has 127 children: one as it should be, and one whose name leads back to its
-// own beginning, behind the other's count of no children. Read as a top-level entry, which the list
+// own beginning, after the other's count of no children. Read as a top-level entry, which the list
 // goes on with, that one leads on.
 TEST(ImFolderFile, ListThatLeadsBackManyTimesIsReadToItsEnd) {
   constexpr uint32_t kParts = 200;
@@ -392,7 +392,7 @@ TEST(ImFolderSearch, BelowTheTopTheLengthItselfMustNotEndTheFile) {
     if (below) {
       test::PutImEntry(&out, ImGuid(1), L"A", L"a", 1);
     }
-    // Read again from here, 20 bytes behind the place that the length leads to.
+    // Read again from here, 20 bytes after the place that the length leads to.
     std::string back = ImBytes().Unread(40).Byte(0).Unread(11).Guid(ImGuid(3)).Text(L"C").Bytes();
     back += ImBytes().Text(L"c").Unread(8).Byte(0).Unread(11).Bytes();
     const std::string entry = ImBytes().Guid(ImGuid(2)).Dword(60).Bytes();

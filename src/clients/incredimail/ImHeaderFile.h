@@ -1,4 +1,4 @@
-// The older store's list of the messages of a folder, a file *.imh: records one behind the other.
+// The older store's list of the messages of a folder, a file *.imh: records one after the other.
 #pragma once
 
 #include <string>

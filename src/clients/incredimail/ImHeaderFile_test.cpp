@@ -163,7 +163,7 @@ TEST(ImHeaderFile, EveryPrefixGivesTheRecordsBeforeTheCut) {
 }
 
 // The record's last field that is read is its position; it counts as soon as one byte of that is
-// there, and takes nothing from behind the end.
+// there, and takes nothing from beyond the end.
 TEST(ImHeaderFile, LastRecordMayEndWithinItsPosition) {
   const std::string bytes =
       test::MakeImHeaderFile({{1, L"a", L"b", L"c", {}, 0x01020304, 0x05060708}});

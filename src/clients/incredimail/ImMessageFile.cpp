@@ -35,7 +35,7 @@ size_t FindNoCase(std::string_view text, std::string_view wanted) {
   return found == text.end() ? kNone : static_cast<size_t>(found - text.begin());
 }
 
-// Does the header of the part in front of a marker say base64. Only the text behind the nearest
+// Does the header of the part before a marker say base64. Only the text after the nearest
 // pair of hyphens counts, which is the part's boundary.
 bool IsBase64Part(std::string_view before) {
   const size_t hyphens = before.rfind("--");
@@ -49,7 +49,7 @@ bool IsBase64Part(std::string_view before) {
   return value.size() > kBase64.size() && StartsWithNoCase(value, kBase64);
 }
 
-// The next place of a byte at or behind a position that only moves on.
+// The next place of a byte at or after a position that only moves on.
 class ForwardFinder {
  public:
   ForwardFinder(std::string_view text, char byte) : m_text(text), m_byte(byte) {}

@@ -1,4 +1,4 @@
-// Messages as the client keeps them: one behind the other in a folder's file *.imm, and their
+// Messages as the client keeps them: one after the other in a folder's file *.imm, and their
 // attachments as files of their own, which a line in the message names.
 #pragma once
 
@@ -14,7 +14,7 @@
 
 namespace postmarker {
 
-// A whole message: `length` bytes and a NUL behind them.
+// A whole message: `length` bytes and a NUL after them.
 struct ImMessage {
   std::unique_ptr<char[]> buffer;  // null if there is no message
   uint32_t length = 0;
@@ -43,12 +43,12 @@ class ImAttachments {
 };
 
 // Rebuilds a message from the bytes of its folder's file. Attachments are put in the place of the
-// lines that name them, in base64 where the header in front of the line says so, and bare line
+// lines that name them, in base64 where the header before the line says so, and bare line
 // feeds become CR LF. What would make the message more than 4,096 bytes longer than `msgSize` is
 // left out: added carriage returns, attachments, and the end of a message that is longer itself.
 // May throw std::bad_alloc.
 // Deliberate: a message with lines of attachments has one byte more for each of them, which is the
-// byte behind the message or 0. Messages are followed by a line end, and who reads mail passes over
+// byte after the message or 0. Messages are followed by a line end, and who reads mail passes over
 // such a byte.
 ImMessage AssembleMessage(std::string_view file, const ImMessagePlace& place,
                           ImAttachments* attachments);

@@ -117,7 +117,7 @@ TEST_F(ImMessageFileTest, AddedCarriageReturnsThatDoNotFitPushTheEndOut) {
   EXPECT_EQ(At(text, {0, 5000, 0}), Repeat("x\r\n", 2500).substr(0, 4096));
 }
 
-// Lines of a part with an attachment, and the text behind it.
+// Lines of a part with an attachment, and the text after it.
 std::string PartOf(std::string_view encoding, std::string_view lineEnd = "\r\n",
                    std::string_view name = "file.bin") {
   return Concat({"Head: x\r\n\r\n--b\r\n", encoding, "\r\n", kMarker, name, lineEnd,
@@ -131,7 +131,7 @@ TEST_F(ImMessageFileTest, AttachmentStandsInThePlaceOfItsLine) {
   EXPECT_EQ(m_attachments.asked, std::vector<std::string>{"file.bin"});
 }
 
-// One byte for each line with an attachment comes from behind the message.
+// One byte for each line with an attachment comes from beyond the message.
 TEST_F(ImMessageFileTest, MessageIsOneByteLongerForEachAttachment) {
   m_attachments.contents["a"] = "A";
   const std::string message = Concat({"x\r\n", kMarker, "a\r\n", std::string(40, 'y'), "\r\n"});
@@ -170,7 +170,7 @@ TEST_F(ImMessageFileTest, MarkerWithinTheLast34BytesIsPlainText) {
   EXPECT_EQ(At(atEnd + "a\r\n", {41, 41, 0}), "text\r\nA\r");
 }
 
-// The marker's bytes do not count as read, so a name may be looked for that far behind the message.
+// The marker's bytes do not count as read, so a name may be looked for that far after the message.
 TEST_F(ImMessageFileTest, NameOfTheLastLineRunsOnBehindTheMessage) {
   m_attachments.contents["namexyz"] = "CONTENT";
   const std::string message = Concat({"text\r\n", kMarker, "name"});
@@ -299,7 +299,7 @@ TEST_F(ImMessageFileTest, SecondAttachmentFitsWhereTheFirstDidNot) {
   EXPECT_NE(out.find(std::string(4000, 'S')), std::string::npos);
 }
 
-// Each marker takes 34 bytes off the length; what stands behind the message may hold further ones.
+// Each marker takes 34 bytes off the length; what follows the message may hold further ones.
 TEST_F(ImMessageFileTest, MoreMarkersThanTheMessageHasBytesGiveAnEmptyMessage) {
   const std::string file = Repeat(Concat({kMarker, "\r\n"}), 400);
   EXPECT_EQ(At(file, {400, 400, 0}), "");

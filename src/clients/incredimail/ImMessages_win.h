@@ -28,7 +28,7 @@ ResultCode ListContainerHeaders(const std::wstring& containerId, ImHeaderMap* he
                                 const std::wstring& identityFilter);
 
 // Rebuilds a message: that of `header`, or, where it is null, that of the id. *buffer gets *length
-// bytes with a NUL behind them. On failure they are null and 0.
+// bytes with a NUL after them. On failure they are null and 0.
 ResultCode AssembleMessage(const std::wstring& headerId, std::unique_ptr<char[]>* buffer,
                            uint32_t* length, const ImHeader* header);
 

@@ -13,7 +13,7 @@
 
 namespace postmarker {
 
-// Opens a database, prepares a statement and takes its first step, and closes itself behind the
+// Opens a database, prepares a statement and takes its first step, and closes itself after the
 // last row and after every failure. There is no transaction, no waiting and no second try: a
 // database that the client has locked just has no rows.
 // A statement does no more work than reading the whole file several times would need, so that a

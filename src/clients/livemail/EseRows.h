@@ -47,7 +47,7 @@ class EseAttachment {
   std::map<const ese::Index*, std::shared_ptr<const ese::MemoryIndex>> m_inMemory;
 };
 
-// Rows behind a table handle. Operations give the engine's codes.
+// The rows of a table handle. Operations give the engine's codes.
 class EseRows {
  public:
   EseRows() = default;
@@ -73,7 +73,7 @@ class EseListing : public EseRows {
 
  private:
   std::vector<Row> m_rows;
-  size_t m_next = 0;  // behind the current row
+  size_t m_next = 0;  // after the current row
 };
 
 // The rows of a table of the file. What one of them hands out is bounded by a multiple of the

@@ -210,7 +210,7 @@ ResultCode JetDbWrapper::CreateSingleColumnIndex(const std::wstring& table,
                                                  const std::wstring& column) {
   const std::string key = "+" + Narrow(column);
   // Deliberate: the length is twice what the text needs. The engine stops at the second NUL, and
-  // the bytes behind it are zero.
+  // the bytes after it are zero.
   const size_t length = 2 * key.size() + 4;
   std::array<char, kKeyBuffer> buffer = {};
   if (length > buffer.size()) {

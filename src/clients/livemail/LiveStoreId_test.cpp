@@ -23,7 +23,7 @@ class LiveStoreId : public testing::Test {
  protected:
   LiveStoreId() { test::WriteFile(m_backup, Marked(kBackupId)); }
 
-  // A database with these rows, and behind it what the search finds.
+  // A database with these rows, and after it what the search finds.
   void Write(const std::vector<test::LiveUserDataRow>& rows) {
     test::WriteFile(m_path, test::MakeLiveMailStore({.userData = rows}) + Marked(kOtherId));
   }

@@ -50,7 +50,7 @@ TEST(DefaultProfile, LinesCountByTheirPlaceAndTheScanGoesOnBehindThem) {
   EXPECT_EQ(Find("Name=default\nPath=a\nIsRelative=1\nPath=b\n"), std::nullopt);
   EXPECT_EQ(Find("Name=default\nIsRelative=1\nDefault=1\nName=default\nIsRelative=0\nPath=b\n"),
             L"b");
-  // The lines behind a match are not looked at for a name.
+  // The lines after a match are not looked at for a name.
   EXPECT_EQ(Find("Name=default\nName=default\nName=default\nIsRelative=0\nPath=b\n"), std::nullopt);
 }
 

@@ -13,7 +13,7 @@ namespace postmarker::thunderbird {
 // A record's fields stand between runs of "#". Deliberate: a run of any length is one separator, as
 // extensions differ in how many they send; so an empty field vanishes and moves the later ones to
 // the left, and a "#" within a folder's name splits it. Nothing escapes the character. Fields
-// behind those that a record has are ignored.
+// after those that a record has are ignored.
 
 // The message that ends the reply to a command.
 std::wstring EndMarker(std::wstring_view command);
