@@ -25,7 +25,7 @@ struct SocketTraits {
 using SocketHandle = UniqueHandle<SocketTraits>;
 
 // What Thunderbird and a machine under load may take for anything.
-inline constexpr std::chrono::milliseconds kThunderbirdPatience{240'000};
+inline constexpr std::chrono::milliseconds kThunderbirdPatience{150'000};
 
 class RealThunderbird {
  public:

@@ -218,7 +218,7 @@ TEST_F(RealThunderbirdTest, MovesMarkedMailWhileTheWizardHasToldItTo) {
     return ReadFile(RealThunderbird::LocalMailFile(L"Inbox.sbd\\Büro.sbd\\Проекты"));
   };
   RunWith(L"Проекты", true);
-  EXPECT_EQ(m_thunderbird->Ask("move-old"), "Messages moved: 2.");
+  ASSERT_EQ(m_thunderbird->Ask("move-old"), "Messages moved: 2.");
   EXPECT_THAT(spam(), AllOf(HasSubstr("Subject: Win a prize"), HasSubstr("Subject: Cheap")));
   m_thunderbird->Tell("mail From: a@friends.example\tSubject: Good news");
   m_thunderbird->Tell("mail From: b@spam.example\tSubject: New spam\tX-Postmarker-Spam: yes");

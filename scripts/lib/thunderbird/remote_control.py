@@ -4,7 +4,7 @@ import json
 import socket
 
 CONNECT_SECONDS = 30
-ANSWER_SECONDS = 180
+ANSWER_SECONDS = 120
 
 
 class RemoteControl:
