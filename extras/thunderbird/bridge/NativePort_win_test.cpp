@@ -35,6 +35,15 @@ struct Stream {
 
 class NativePortTest : public testing::Test {
  protected:
+  // The port's thread must be done with the stream before another one gets its handle.
+  ~NativePortTest() override {
+    m_in.writeEnd.Reset();
+    EXPECT_TRUE(Soon([this] {
+      m_port.Next();
+      return m_port.HasEnded();
+    }));
+  }
+
   // The next message, once it is there.
   std::string Take() {
     std::optional<std::string> message;
@@ -117,6 +126,22 @@ TEST_F(NativePortTest, WritesFramesUntilNobodyReads) {
   EXPECT_FALSE(m_port.Write("")) << "Thunderbird takes no such frame";
   m_out.readEnd.Reset();
   EXPECT_FALSE(m_port.Write("hello"));
+}
+
+TEST(NativePort, ReadsNoMoreOnceItIsGone) {
+  const Stream stream;
+  {
+    const NativePort port(stream.readEnd.Get(), nullptr);
+    std::string frames;
+    for (int i = 0; i < 40; ++i) {
+      frames += MakeFrame("x");
+    }
+    stream.Put(frames);
+    ASSERT_TRUE(Soon([&] { return stream.Waiting() == 0; }));
+  }
+  stream.Put(MakeFrame("y"));
+  ::Sleep(300);
+  EXPECT_NE(stream.Waiting(), 0U);
 }
 
 TEST(NativePort, HasEndedAtTheEndOfAFile) {
