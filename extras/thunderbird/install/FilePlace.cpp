@@ -1,6 +1,7 @@
 #include "FilePlace.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <fstream>
 #include <system_error>
 
@@ -44,14 +45,14 @@ bool FilePlace::Read(Content* content) const {
   if (status.type() == fs::file_type::not_found) {
     return true;
   }
-  if (status.type() != fs::file_type::regular ||
-      fs::file_size(m_path, failure) > kMaxContentBytes || failure) {
+  const uintmax_t size = fs::file_size(m_path, failure);
+  if (status.type() != fs::file_type::regular || failure || size > kMaxContentBytes) {
     return false;
   }
+  std::string bytes(static_cast<size_t>(size), '\0');
   std::ifstream file(m_path, std::ios::binary);
-  std::string bytes(fs::file_size(m_path, failure), '\0');
   file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  if (failure || !file) {
+  if (!file) {
     return false;
   }
   *content = std::move(bytes);
