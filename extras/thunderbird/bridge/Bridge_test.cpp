@@ -135,6 +135,24 @@ TEST_F(BridgeTest, TurnsMovingOffWithoutAFolder) {
   EXPECT_EQ(posted[0]["folder"], "");
 }
 
+TEST_F(BridgeTest, TurnsMovingOnForNothingButTrue) {
+  for (const wchar_t* text : {L"True", L"1", L"on"}) {
+    Send(0, L"SetMoveMails");
+    Take(0);
+    Send(0, text);
+    EXPECT_EQ(posted.back()["move"], false) << posted.back();
+    Answer(posted.back()["id"], Json::array());
+    Take(0);
+  }
+}
+
+TEST_F(BridgeTest, ReadsAnArgumentOnceItHasToldTheClientToGoOn) {
+  Send(0, L"AddNewFolder");
+  EXPECT_FALSE(bridge.WantsText(0));
+  EXPECT_EQ(Take(0), Texts{L"OK"});
+  EXPECT_TRUE(bridge.WantsText(0));
+}
+
 TEST_F(BridgeTest, RepliesNothingToHidingAndEnding) {
   for (const wchar_t* command : {L"HideThunderbirdWindow", L"ExitThunderbird"}) {
     Send(0, command);
@@ -219,7 +237,8 @@ TEST_F(BridgeTest, IgnoresWhatIsNoAnswerAndNoCommand) {
   Send(0, L"giveallfolders");
   Send(0, L"#####GiveContacts");
   bridge.TakeMessage("nonsense");
-  EXPECT_EQ(lines.size(), 4U);
+  ASSERT_EQ(lines.size(), 4U);
+  EXPECT_EQ(lines[0].find("Format"), std::string::npos) << "a log must not repeat texts";
   EXPECT_TRUE(posted.empty());
   EXPECT_EQ(bridge.NextText(0), nullptr);
   Send(0, L"GiveContacts");
