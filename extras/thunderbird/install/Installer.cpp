@@ -107,7 +107,7 @@ bool Installer::PlanToFill(const Fillings& fillings, Record* record, Plan* plan)
     const auto [found, isNew] = record->entries.try_emplace(name);
     Entry& entry = found->second;
     // What an earlier installation found there stays on record.
-    if (isNew || (now != entry.after && now != entry.before)) {
+    if (isNew || now != entry.after) {
       entry.before = now;
       if (now && now != filled) {
         plan->notes.push_back(name + " held something else, which --remove puts back.");

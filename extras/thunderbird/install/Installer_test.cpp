@@ -23,9 +23,9 @@ struct Disk {
 // A disk, and what goes wrong with it.
 struct World {
   Disk disk;
-  int failingWrite = 0;  // the number of the write that fails, from 1 on; 0 for none
-  bool failsFromThenOn = false;
-  std::string unreadable;  // a file's name
+  int failingWrite = 0;      // the number of the write that fails, from 1 on; 0 for none
+  int lastFailingWrite = 0;  // if more than one fails
+  std::string unreadable;    // a file's name
   int writes = 0;
 };
 
@@ -44,9 +44,9 @@ class FakePlace : public Place {
     for (const std::string& parent : MissingParents()) {
       m_world->disk.folders.insert(parent);
     }
-    const int failing = m_world->failingWrite;
-    if (m_world->writes == failing ||
-        (failing > 0 && m_world->failsFromThenOn && m_world->writes > failing)) {
+    const int first = m_world->failingWrite;
+    const int last = std::max(first, m_world->lastFailingWrite);
+    if (first > 0 && m_world->writes >= first && m_world->writes <= last) {
       return false;
     }
     if (content) {
@@ -281,11 +281,11 @@ TEST_F(InstallerTest, ChangesNothingWhenAnyWriteOfARemovalFails) {
 TEST_F(InstallerTest, KeepsTheRecordWhenNothingCanBeUndone) {
   const Disk before = world.disk;
   world.failingWrite = 3;
-  world.failsFromThenOn = true;
+  world.lastFailingWrite = 4;
   EXPECT_FALSE(Install());
   EXPECT_THAT(said, ElementsAre(HasSubstr("could not be undone")));
   EXPECT_NE(world.disk, before);
-  world.failingWrite = 0;
+  world = {world.disk};
   EXPECT_TRUE(Remove());
   EXPECT_EQ(world.disk, before);
 }
