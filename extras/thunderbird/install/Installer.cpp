@@ -141,6 +141,7 @@ bool Installer::PlanToRestore(const Fillings& fillings, Record* record, Plan* pl
 bool Installer::Apply(const Plan& plan) const {
   const std::vector<Change>& changes = plan.changes;
   std::vector<std::vector<std::string>> missing;
+  missing.reserve(changes.size());
   for (const Change& change : changes) {
     missing.push_back(change.place->MissingParents());
   }
