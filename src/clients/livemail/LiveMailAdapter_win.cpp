@@ -135,10 +135,11 @@ bool LiveMailAdapter::ReadStoreId(std::string* storeId) const {
   try {
     std::optional<std::string> id = livemail::ReadLiveMessageStoreId(
         livemail::LiveDatabasePath(), livemail::BackupDatabasePath());
-    if (id) {
-      *storeId = *std::move(id);
+    if (!id) {
+      return false;
     }
-    return id.has_value();
+    *storeId = *std::move(id);
+    return true;
   } catch (const std::exception&) {
     return false;
   }

@@ -54,8 +54,11 @@ TEST_F(LiveMailPaths, DatabaseAndBackupAreBelowTheStoreRoot) {
   for (const std::wstring& end : {std::wstring(), kSlash}) {
     SetStoreRoot(L"root" + end);
     EXPECT_EQ(LiveDatabasePath(m_machine), L"root" + kSlash + L"Mail.MSMessageStore");
-    EXPECT_EQ(BackupDatabasePath(m_machine),
-              L"root" + kSlash + L"Backup" + kSlash + L"New" + kSlash + L"Mail.MSMessageStore");
+    std::wstring backup = L"root";
+    for (const wchar_t* const element : {L"Backup", L"New", L"Mail.MSMessageStore"}) {
+      backup.append(kSlash).append(element);
+    }
+    EXPECT_EQ(BackupDatabasePath(m_machine), backup);
   }
 }
 

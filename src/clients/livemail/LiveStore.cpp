@@ -77,7 +77,8 @@ ResultCode LiveStore::ReadFolders(PacedStop* stop, WlmFolders* folders) {
   }
   const ResultCode result = m_database.Visit(kFolders, columns, {}, {}, [&](const JetRow& row) {
     if (std::optional<WlmFolder> folder = FolderOfRow(row, m_root)) {
-      folders->insert_or_assign(folder->Id, *std::move(folder));
+      const auto id = folder->Id;
+      folders->insert_or_assign(id, *std::move(folder));
     }
     return !stop->LookAfterStep();
   });
@@ -98,7 +99,8 @@ ResultCode LiveStore::QueryMessages(const JetRow& filter, MessageFiles files, Pa
       if (stream && files == MessageFiles::kFind) {
         message->Path = PathOfStream(static_cast<int32_t>(*stream - 1), stop);
       }
-      (*messages)[message->FolderId].insert_or_assign(message->Id, *std::move(message));
+      const auto id = message->Id;
+      (*messages)[message->FolderId].insert_or_assign(id, *std::move(message));
     }
     return !stop->LookAfterStep();
   });

@@ -85,8 +85,8 @@ struct Rows {
 
 class FakeTable final : public Fake<TableMembers> {
  public:
-  HRESULT STDMETHODCALLTYPE SetColumns(SPropTagArray*, ULONG) override { return S_OK; }
-  HRESULT STDMETHODCALLTYPE QueryRows(LONG, ULONG, SRowSet** out) override {
+  HRESULT STDMETHODCALLTYPE SetColumns(SPropTagArray*, ULONG) noexcept override { return S_OK; }
+  HRESULT STDMETHODCALLTYPE QueryRows(LONG, ULONG, SRowSet** out) noexcept override {
     ++questions;
     *out = questions == 1 || isEndless ? rows : nullptr;
     return S_OK;
@@ -99,18 +99,18 @@ class FakeTable final : public Fake<TableMembers> {
 
 class FakeMessage final : public Fake<MessageMembers> {
  public:
-  HRESULT STDMETHODCALLTYPE GetRecipientTable(ULONG, IMAPITable** out) override {
+  HRESULT STDMETHODCALLTYPE GetRecipientTable(ULONG, IMAPITable** out) noexcept override {
     table.AddRef();
     *out = &table;
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE GetIDsFromNames(ULONG, MAPINAMEID**, ULONG,
-                                            SPropTagArray** out) override {
+                                            SPropTagArray** out) noexcept override {
     *out = reinterpret_cast<SPropTagArray*>(&tags);
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE GetProps(SPropTagArray* wanted, ULONG, ULONG* count,
-                                     SPropValue** out) override {
+                                     SPropValue** out) noexcept override {
     asked.push_back(wanted->aulPropTag[0]);
     *count = valueCount;
     *out = &value;
@@ -129,13 +129,13 @@ class FakeMessage final : public Fake<MessageMembers> {
 
 class FakeSession final : public Fake<SessionMembers> {
  public:
-  HRESULT STDMETHODCALLTYPE GetMsgStoresTable(ULONG, IMAPITable** out) override {
+  HRESULT STDMETHODCALLTYPE GetMsgStoresTable(ULONG, IMAPITable** out) noexcept override {
     table.AddRef();
     *out = &table;
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE OpenMsgStore(ULONG_PTR, ULONG, ENTRYID*, LPCIID, ULONG,
-                                         IMsgStore** out) override {
+                                         IMsgStore** out) noexcept override {
     store.AddRef();
     *out = &store;
     return S_OK;
