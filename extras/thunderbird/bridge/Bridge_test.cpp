@@ -84,10 +84,30 @@ TEST_F(BridgeTest, TellsTheNumberOfSentMessages) {
 
 TEST_F(BridgeTest, TellsTheRecipientsOfEachSentMessage) {
   Send(0, L"GiveAddressesFromSentItems");
-  Answer(1, {{{"to", {"X <a@x>", "b@x"}}, {"cc", Json::array()}, {"bcc", {"c@x"}}},
+  Answer(1, {{{"to", {"X <a@x>", "b@x"}}, {"cc", {"d@x"}}, {"bcc", {"c@x"}}},
              {{"to", Json::array()}, {"cc", Json::array()}, {"bcc", Json::array()}}});
-  EXPECT_EQ(Take(0), (Texts{L"IncreaseProgressBar", L"a@x, b@x", L"c@x", L"IncreaseProgressBar",
-                            L"#####GiveAddressesFromSentItems"}));
+  EXPECT_EQ(Take(0), (Texts{L"IncreaseProgressBar", L"a@x, b@x", L"d@x", L"c@x",
+                            L"IncreaseProgressBar", L"#####GiveAddressesFromSentItems"}));
+}
+
+TEST_F(BridgeTest, LeavesOutItemsOfAnotherCommand) {
+  Send(0, L"GiveContacts");
+  const Json none = Json::array();
+  Answer(1, {{{"path", {"A"}}, {"id", "i"}, {"store", "s"}},
+             {{"to", {"a@x"}}, {"cc", none}, {"bcc", none}},
+             7,
+             "b@x"});
+  EXPECT_EQ(Take(0), (Texts{L"b@x", L"#####GiveContacts"}));
+  ASSERT_EQ(lines.size(), 1U);
+  EXPECT_NE(lines[0].find("3 entries"), std::string::npos) << lines[0];
+}
+
+TEST_F(BridgeTest, CountsRecipientsThatItLeavesOut) {
+  Send(0, L"GiveAddressesFromSentItems");
+  Answer(1, {{{"to", {"nobody", "a@x"}}, {"cc", {"nobody"}}, {"bcc", Json::array()}}});
+  EXPECT_EQ(Take(0), (Texts{L"IncreaseProgressBar", L"a@x", L"#####GiveAddressesFromSentItems"}));
+  ASSERT_EQ(lines.size(), 1U);
+  EXPECT_NE(lines[0].find("2 entries"), std::string::npos) << lines[0];
 }
 
 TEST_F(BridgeTest, MakesAFolder) {

@@ -45,10 +45,11 @@ TEST(ExtensionMessages, CountsItemsOfNoKnownForm) {
     null, true, 1.5, [], ["a"], {}, {"path": "A", "id": "i", "store": "s"},
     {"path": ["A", 5], "id": "i", "store": "s"}, {"path": ["A"], "id": 1, "store": "s"},
     {"path": ["A"], "id": "i"}, {"to": ["a"], "cc": []}, {"to": ["a"], "cc": [], "bcc": [["z"]]},
+    {"to": ["a"], "cc": "b", "bcc": []},
     "good"]})");
   ASSERT_TRUE(answer);
   EXPECT_EQ(answer->items, std::vector<Item>{std::string("good")});
-  EXPECT_EQ(answer->unusable, 12U);
+  EXPECT_EQ(answer->unusable, 13U);
 }
 
 TEST(ExtensionMessages, RefusesWhatIsNoAnswer) {
@@ -90,6 +91,10 @@ TEST(ExtensionMessages, ReadsANumberThatIsTooLargeAsNoCount) {
   ASSERT_TRUE(answer);
   ASSERT_EQ(answer->items.size(), 1U);
   EXPECT_LT(std::get<int64_t>(answer->items[0]), 0);
+}
+
+TEST(ExtensionMessages, ReplacesWhatIsNoUtf8) {
+  EXPECT_EQ(Json::parse(NewFolderRequestText(4, {"A", "B\xFF"}, "s"))["path"][1], "B\xEF\xBF\xBD");
 }
 
 TEST(ExtensionMessages, WritesRequests) {

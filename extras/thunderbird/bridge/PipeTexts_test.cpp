@@ -37,6 +37,16 @@ TEST(PipeTexts, LeavesOutAFolderThatTheRecordCantHold) {
   }
 }
 
+TEST(PipeTexts, TakesIdsOfLettersDigitsAndFewOtherCharacters) {
+  FolderItem folder = Folder({"A"});
+  folder.id = "azAZ09.-_@:";
+  EXPECT_EQ(NewFolderText(folder), L"\\\\A######azAZ09.-_@:######account1");
+  for (const char* id : {"`", "{", "[", "/", ";", "~", "\x80"}) {
+    folder.id = id;
+    EXPECT_EQ(NewFolderText(folder), std::nullopt) << id;
+  }
+}
+
 TEST(PipeTexts, TellsARecordOfExactlyTheLimit) {
   const size_t rest = FolderText(Folder({"A"}))->size() - 1;
   const auto text = FolderText(Folder({std::string(kMaxPipeText - rest, 'x')}));
@@ -79,6 +89,22 @@ TEST(PipeTexts, CutsRecipientsBetweenEntriesAlone) {
   EXPECT_TRUE(texts[0].ends_with(L"@y"));
   EXPECT_TRUE(texts[1].starts_with(L"x"));
   EXPECT_TRUE(texts[1].ends_with(L"@y, @z"));
+}
+
+TEST(PipeTexts, TellsARecipientAsLongAsAMessageByItself) {
+  const std::string longest = std::string(kMaxPipeText - 1, 'x') + "@";
+  std::vector<std::wstring> texts;
+  EXPECT_EQ(AppendRecipientTexts({longest, "a@b"}, &texts), 0U);
+  ASSERT_EQ(texts.size(), 2U);
+  EXPECT_EQ(texts[0].size(), kMaxPipeText);
+  EXPECT_EQ(texts[1], L"a@b");
+}
+
+TEST(PipeTexts, CutsRecipientsThatWouldFitWithoutWhatStandsBetween) {
+  const std::string half = std::string(kMaxPipeText / 2 - 1, 'x') + "@";
+  std::vector<std::wstring> texts;
+  EXPECT_EQ(AppendRecipientTexts({half, half}, &texts), 0U);
+  EXPECT_EQ(texts.size(), 2U);
 }
 
 TEST(PipeTexts, CountsRecipientsThatHaveNoText) {
