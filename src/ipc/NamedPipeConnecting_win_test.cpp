@@ -11,6 +11,7 @@
 
 #include "ipc/ObjectSecurity_win.h"
 #include "ipc/PipeOwner_win.h"
+#include "support/ImportPatch_win.h"
 #include "support/NamedPipeFixture_win.h"
 #include "support/ObjectCount_win.h"
 
@@ -273,6 +274,21 @@ TEST(PipeOwner, ProcessThatRefusesToBeLookedAtIsAnotherUsers) {
   const KernelHandle thread(info.hThread);
   EXPECT_EQ(OwnerOfProcess(info.dwProcessId), PipeOwner::kAnotherUser);
   EXPECT_TRUE(::TerminateProcess(process.Get(), 0));
+}
+
+DWORD g_flagsOfOpening = 0;
+HANDLE WINAPI TellFlagsOfOpening(const wchar_t*, DWORD, DWORD, SECURITY_ATTRIBUTES*, DWORD,
+                                 DWORD flags, HANDLE) {
+  g_flagsOfOpening = flags;
+  ::SetLastError(ERROR_FILE_NOT_FOUND);
+  return INVALID_HANDLE_VALUE;
+}
+
+TEST_F(NamedPipeConnectingTest, ClientAsksTheSystemToLetTheServerOnlyKnowIt) {
+  ASSERT_TRUE(m_client.Init(m_name.c_str(), kBufferChars, 0));
+  const test::ImportPatch patch(::GetModuleHandleW(nullptr), "CreateFileW", &TellFlagsOfOpening);
+  EXPECT_FALSE(m_client.Open());
+  EXPECT_EQ(g_flagsOfOpening, DWORD{SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION});
 }
 
 // How far a server may act in the name of the client that `callAndWrite` lets call and write.

@@ -223,35 +223,33 @@ class OutlookAddInHangTest : public OutlookHangTest {
     m_addIn.emplace(StartPeer(PeerPath(L"hookmodule\\hookmodule.exe"), {state}));
   }
 
+  // Cancel on `page` of a wizard that `start` leads there.
+  template <class Start>
+  void ExpectCancelAtOnce(Page page, Start start) {
+    EXPECT_LT(Quickest([&] {
+                const auto session = start();
+                session->WaitForPage(page);
+                const milliseconds time =
+                    TimeOfClick(*session, IDCANCEL, [&] { return IsGone(*session); });
+                EXPECT_EQ(session->Result(), kWizardCancelled);
+                return time;
+              }),
+              kAtOnce);
+  }
+
  private:
   std::optional<PeerProcess> m_addIn;
 };
 
 TEST_F(OutlookAddInHangTest, CancelEndsTheWizardAtOnceWhileTheFoldersAreAwaited) {
   StartAddIn(1);
-  EXPECT_LT(Quickest([this] {
-              const auto session = StartOnFolderPage();
-              session->WaitForPage(Page::kFolders);
-              const milliseconds time =
-                  TimeOfClick(*session, IDCANCEL, [&] { return IsGone(*session); });
-              EXPECT_EQ(session->Result(), kWizardCancelled);
-              return time;
-            }),
-            kAtOnce);
+  ExpectCancelAtOnce(Page::kFolders, [this] { return StartOnFolderPage(); });
   EXPECT_EQ(m_outlook.Peer().CallsOf("NameSpace.GetFolderFromID"), 0);
 }
 
 TEST_F(OutlookAddInHangTest, CancelEndsTheWizardAtOnceWhileTheAddressesAreAwaited) {
   StartAddIn(4);
-  EXPECT_LT(Quickest([this] {
-              const auto session = StartAtAddresses();
-              session->WaitForPage(Page::kPrefill);
-              const milliseconds time =
-                  TimeOfClick(*session, IDCANCEL, [&] { return IsGone(*session); });
-              EXPECT_EQ(session->Result(), kWizardCancelled);
-              return time;
-            }),
-            kAtOnce);
+  ExpectCancelAtOnce(Page::kPrefill, [this] { return StartAtAddresses(); });
   EXPECT_EQ(m_outlook.Peer().CallsOf("Items.Item"), 0);
 }
 

@@ -145,12 +145,16 @@ inline std::vector<HostileShape> HeaderShapes() {
 
 // Senders whose words are counted again for each address. A byte of them has up to 400 bytes of
 // features.
+inline HostileShape LongSenderShape() {
+  return {"senders of a long header", [](size_t size) {
+            return SendersOfManyAddresses("from" + std::string(1017, 'x'), 780, size);
+          }};
+}
+
 inline std::vector<HostileShape> SenderShapes() {
   return {{"senders of many addresses",
            [](size_t size) { return SendersOfManyAddresses("from", 510, size); }},
-          {"senders of a long header", [](size_t size) {
-             return SendersOfManyAddresses("from" + std::string(1017, 'x'), 780, size);
-           }}};
+          LongSenderShape()};
 }
 
 inline std::vector<HostileShape> EntityShapes() {

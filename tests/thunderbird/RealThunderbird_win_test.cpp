@@ -7,7 +7,9 @@
 #include <filesystem>
 #include <memory>
 
+#include "clients/thunderbird/TbCommands.h"
 #include "clients/thunderbird/TbInstallation_win.h"
+#include "clients/thunderbird/ThunderbirdConnection_win.h"
 #include "module/ModuleFixture_win.h"
 #include "settings/FilterSettings.h"
 
@@ -24,9 +26,9 @@ constexpr int kProgressBar = 10041;
 constexpr int kMoveBox = 13029;
 constexpr wchar_t kSuiteKey[] = L"Software\\Kestrelon Ltd.";
 // After so long a silence ends the wizard's wait for sent mail, and what came by then counts.
-constexpr milliseconds kCommandLimit{20'000};
+constexpr milliseconds kCommandLimit{kThunderbirdCommandSeconds * 1000};
 // So long the wizard waits for a Thunderbird that it has started.
-constexpr milliseconds kStartLimit{15'000};
+constexpr milliseconds kStartLimit{kThunderbirdStartMilliseconds};
 
 // The addresses in the sample mail.
 constexpr int kSentMessages = 2000;
@@ -90,15 +92,20 @@ class RealThunderbirdTest : public testing::Test {
   }
 
   // The same with a Thunderbird that doesn't run. False if this machine was too slow today for the
-  // time that the wizard gives it.
+  // time that the wizard gives it: each try started one, and that served the pipe, but late.
   bool StartClosed() {
     for (int attempt = 0; attempt < 3; ++attempt) {
       m_thunderbird->End();
+      const int starts = m_thunderbird->Starts();
       const auto start = std::chrono::steady_clock::now();
       Start();
-      if (TimeSince(start) < kStartLimit) {
+      const bool isInTime = TimeSince(start) < kStartLimit;
+      EXPECT_EQ(m_thunderbird->Starts(), starts + 1);
+      if (isInTime) {
         return true;
       }
+      Require(&RealThunderbird::IsServed, "the Thunderbird that was started serves no pipe");
+      RecordProperty("start_ms", static_cast<int>(TimeSince(start).count()));
       Cancel();
     }
     return false;
@@ -130,6 +137,19 @@ class RealThunderbirdTest : public testing::Test {
     m_session->WaitForPage(Page::kPrefill);
     Require([this] { return ::IsWindowVisible(m_session->AddressGrid()) != FALSE; },
             "no addresses");
+  }
+  // What Thunderbird tells somebody who waits for all of it.
+  static AddressSet AddressesForThePatient() {
+    constexpr auto kSeconds = static_cast<int32_t>(kThunderbirdPatience.count() / 1000);
+    ThunderbirdConnection connection;
+    EXPECT_EQ(ConnectOrLaunch(&connection, kThunderbirdStartMilliseconds), kOk);
+    EXPECT_EQ(connection.alreadyRunning, 1);
+    AddressSet addresses;
+    EXPECT_EQ(thunderbird::GiveContacts(&connection, kSeconds, &addresses), kOk);
+    EXPECT_EQ(
+        thunderbird::GiveAddressesFromSentItems(&connection, 0, nullptr, kSeconds, &addresses),
+        kOk);
+    return addresses;
   }
   [[nodiscard]] AddressSet Addresses() const {
     const std::vector<std::wstring> rows = m_session->Addresses();
@@ -205,11 +225,10 @@ TEST_F(RealThunderbirdTest, TellsItsFoldersMakesOneTellsAllAddressesAndStaysOpen
   EXPECT_EQ(Whitelist(), addresses);
   EXPECT_EQ(m_thunderbird->Ask("window"), "normal");
   EXPECT_EQ(m_thunderbird->Starts(), starts);
-  if (addresses.size() < AllAddresses().size() && time >= kCommandLimit) {
-    GTEST_SKIP() << "after " << time.count() << " ms the wizard took the " << addresses.size()
-                 << " addresses that had come";
+  if (addresses != AllAddresses()) {
+    EXPECT_GE(time, kCommandLimit) << "no silence was long enough to end the harvest";
   }
-  EXPECT_EQ(addresses, AllAddresses());
+  EXPECT_EQ(AddressesForThePatient(), AllAddresses());
 }
 
 TEST_F(RealThunderbirdTest, MovesMarkedMailWhileTheWizardHasToldItTo) {
@@ -253,7 +272,7 @@ TEST_F(RealThunderbirdTest, ClosedInTheMiddleOfTheHarvestLeavesWhatCameAndIsStar
 
 TEST_F(RealThunderbirdTest, OneThatDoesNotRunIsStartedHiddenServesTheRunAndIsEnded) {
   if (!StartClosed()) {
-    GTEST_SKIP() << "Thunderbird's start takes longer than the wizard waits";
+    GTEST_SKIP() << "Thunderbird's start, which works, takes longer than the wizard waits";
   }
   const int starts = m_thunderbird->Starts();
   Require([this] { return m_thunderbird->Ask("window") == "minimized"; }, "it is not hidden");
@@ -271,7 +290,7 @@ TEST_F(RealThunderbirdTest, OneThatDoesNotRunIsStartedHiddenServesTheRunAndIsEnd
 
 TEST_F(RealThunderbirdTest, KilledInTheMiddleOfTheHarvestLeavesWhatCame) {
   if (!StartClosed()) {
-    GTEST_SKIP() << "Thunderbird's start takes longer than the wizard waits";
+    GTEST_SKIP() << "Thunderbird's start, which works, takes longer than the wizard waits";
   }
   HarvestHalfWay(L"Büro");
   m_thunderbird->End();
