@@ -79,7 +79,7 @@ void BeginResult(JsonWriter* json, ResultCode result, std::string_view member) {
 
 void ShowTables(JetDbWrapper* database, JsonWriter* json) {
   std::set<std::wstring> names;
-  const ResultCode result = database->Status == kOk ? database->GetTableNames(&names) : kFail;
+  const ResultCode result = Succeeded(database->Status) ? database->GetTableNames(&names) : kFail;
   if (json != nullptr) {
     BeginResult(json, result, "tables");
     json->BeginArray();
@@ -93,7 +93,7 @@ void ShowTables(JetDbWrapper* database, JsonWriter* json) {
 void ShowColumns(JetDbWrapper* database, const std::wstring& table, JsonWriter* json) {
   JetColumns columns;
   const ResultCode result =
-      database->Status == kOk ? database->GetTableColumns(table, &columns) : kFail;
+      Succeeded(database->Status) ? database->GetTableColumns(table, &columns) : kFail;
   if (json == nullptr) {
     return;
   }
@@ -112,7 +112,7 @@ void ShowColumns(JetDbWrapper* database, const std::wstring& table, JsonWriter* 
 void ShowIndexes(JetDbWrapper* database, const std::wstring& table, JsonWriter* json) {
   JetIndexes indexes;
   const ResultCode result =
-      database->Status == kOk ? database->GetTableIndexes(table, &indexes) : kFail;
+      Succeeded(database->Status) ? database->GetTableIndexes(table, &indexes) : kFail;
   if (json == nullptr) {
     return;
   }
@@ -131,7 +131,7 @@ void ShowIndexes(JetDbWrapper* database, const std::wstring& table, JsonWriter* 
 ResultCode QueryAll(JetDbWrapper* database, const std::wstring& table, const JetRow& filter,
                     const JetRow& required, std::vector<JetRow>* rows) {
   JetColumns columns;
-  if (database->Status != kOk || Failed(database->GetTableColumns(table, &columns))) {
+  if (Failed(database->Status) || Failed(database->GetTableColumns(table, &columns))) {
     return kFail;
   }
   // The client declares this column for bytes and keeps UTF-16 in it.

@@ -15,7 +15,7 @@ namespace {
 constexpr DWORD kTextRoom = 260;
 constexpr DWORD kExpandedRoom = 2049;
 constexpr DWORD kPathRoom = 260;
-constexpr DWORD kLongestKeyName = 256;
+constexpr DWORD kMaxKeyNameChars = 256;
 
 HKEY RootKey(RegistryRoot root) {
   return root == RegistryRoot::kUser ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE;
@@ -84,7 +84,7 @@ class WindowsMachine final : public MachineView {
     std::vector<std::wstring> names;
     const RegistryKey key = OpenKey(root, path);
     for (DWORD i = 0; key; ++i) {
-      std::array<wchar_t, kLongestKeyName> name = {};
+      std::array<wchar_t, kMaxKeyNameChars> name = {};
       auto length = static_cast<DWORD>(std::min<size_t>(room, name.size()));
       const LSTATUS status =
           ::RegEnumKeyExW(key.Get(), i, name.data(), &length, nullptr, nullptr, nullptr, nullptr);

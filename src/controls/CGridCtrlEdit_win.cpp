@@ -7,7 +7,7 @@
 namespace postmarker {
 namespace {
 
-// While an edit is being ended. Ending it moves the focus, which says the same once more.
+// While an edit is being ended. Ending it moves the focus, which says the same again.
 bool g_finishing = false;
 
 class FinishingGuard {

@@ -121,7 +121,8 @@ class CGridCtrl : public CListCtrl {
   // Runs once when the list view was taken over.
   virtual void OnAttached() {}
 
-  // Cell hooks. The base has no kinds, takes the press as told at each, and otherwise does nothing.
+  // Cell hooks. The base has no kinds, takes the press as each one says, and otherwise does
+  // nothing.
   [[nodiscard]] virtual CellKind GetCellKind(int row, int col) const;
   [[nodiscard]] virtual std::wstring CellText(int row, int col) const;
   // Moves the focus there; without a control or shift key it acts on the cell. True: the list view
@@ -196,7 +197,7 @@ class CGridCtrl : public CListCtrl {
   static const MessageTable kMessages;
   static const MessageEntry kEntries[];
 
-  // Paints a cell anew.
+  // Repaints a cell.
   void InvalidateCell(GridCell cell) const;
 
   // A size given for 96 pixels per inch, in pixels of this screen.

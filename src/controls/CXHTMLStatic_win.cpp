@@ -11,7 +11,7 @@ namespace postmarker {
 namespace {
 
 // No sensible distance is larger, in pixels.
-constexpr int kLargestDistance = 1 << 20;
+constexpr int kMaxDistancePx = 1 << 20;
 
 SystemLinkShell& SystemShell() {
   static SystemLinkShell shell;
@@ -79,13 +79,13 @@ CXNamedColors CXHTMLStatic::SetBackColor(const CXNamedColors& color) {
 }
 
 void CXHTMLStatic::SetMargins(int left, int right) {
-  m_area.leftMargin = std::clamp(left, 0, kLargestDistance);
-  m_area.rightMargin = std::clamp(right, 0, kLargestDistance);
+  m_area.leftMargin = std::clamp(left, 0, kMaxDistancePx);
+  m_area.rightMargin = std::clamp(right, 0, kMaxDistancePx);
   ForgetLayout();
 }
 
 void CXHTMLStatic::SetLineSpacing(int pixels) {
-  m_area.lineSpacing = std::clamp(pixels, 0, kLargestDistance);
+  m_area.lineSpacing = std::clamp(pixels, 0, kMaxDistancePx);
   ForgetLayout();
 }
 

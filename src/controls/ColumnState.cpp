@@ -6,9 +6,9 @@
 namespace postmarker {
 namespace {
 
-constexpr size_t kShortestText = 4;
+constexpr size_t kMinTextChars = 4;
 constexpr size_t kPrefixLength = 2;
-constexpr size_t kMostDigits = 5;
+constexpr size_t kMaxDigits = 5;
 
 wchar_t OrderLetter(SortOrder order) {
   switch (order) {
@@ -39,10 +39,10 @@ std::optional<std::vector<int32_t>> ReadNumbers(std::wstring_view text, size_t m
   for (;;) {
     const size_t start = pos;
     int32_t number = 0;
-    for (; pos < text.size() && IsDigit(text[pos]) && pos - start <= kMostDigits; ++pos) {
+    for (; pos < text.size() && IsDigit(text[pos]) && pos - start <= kMaxDigits; ++pos) {
       number = number * 10 + static_cast<int32_t>(text[pos] - L'0');
     }
-    if (pos == start || pos - start > kMostDigits || numbers.size() == most) {
+    if (pos == start || pos - start > kMaxDigits || numbers.size() == most) {
       return std::nullopt;
     }
     numbers.push_back(number);
@@ -73,7 +73,7 @@ std::wstring FormatColumnState(const ColumnState& state) {
 
 std::optional<ColumnState> ParseColumnState(std::wstring_view text, size_t columnCount) {
   // Every number takes two characters of the text, so a larger count can't be in it.
-  if (text.size() < kShortestText || columnCount > text.size()) {
+  if (text.size() < kMinTextChars || columnCount > text.size()) {
     return std::nullopt;
   }
   const size_t expected = 2 * columnCount + 1;

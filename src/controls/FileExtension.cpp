@@ -7,7 +7,7 @@
 namespace postmarker {
 namespace {
 
-constexpr size_t kLongestName = 64;
+constexpr size_t kMaxNameChars = 64;
 constexpr std::wstring_view kForbidden = L"\\/:*?\"<>|";
 
 bool MayStandInName(wchar_t unit) {
@@ -24,7 +24,7 @@ std::optional<std::wstring> FileExtensionForm(std::wstring_view typed) {
   if (name.starts_with(L'.')) {
     name.remove_prefix(1);
   }
-  if (name.empty() || name.size() > kLongestName || name.back() == L'.' ||
+  if (name.empty() || name.size() > kMaxNameChars || name.back() == L'.' ||
       !std::all_of(name.begin(), name.end(), MayStandInName)) {
     return std::nullopt;
   }

@@ -19,7 +19,7 @@ constexpr UINT kTipMs = 8000;
 // than to take it. The timer's message comes when no other waits.
 constexpr UINT_PTR kPaintTimer = 0x4750;
 constexpr UINT kPaintDelayMs = 10;
-constexpr ULONGLONG kLongestHoldMs = 100;
+constexpr ULONGLONG kMaxHoldMs = 100;
 
 bool IsDown(int key) {
   return ::GetKeyState(key) < 0;
@@ -100,7 +100,7 @@ int KsEmailAddressGridCtrl::AddAddress(const std::wstring& text) {
 
 void KsEmailAddressGridCtrl::HoldPainting() {
   const ULONGLONG now = ::GetTickCount64();
-  if (m_heldSince != 0 && now - m_heldSince > kLongestHoldMs) {
+  if (m_heldSince != 0 && now - m_heldSince > kMaxHoldMs) {
     ReleasePainting();
   }
   if (m_heldSince == 0) {

@@ -51,7 +51,7 @@ class KsEmailAddressGridCtrl : public CGridCtrl {
   // Adds the lower-case form of a text at its sorted place, unless it is there; returns its row. -1
   // for an empty text. The text is not validated. Rows come by this function and by the person's
   // edits alone, so that they are always in order and one lookup takes the logarithm of their
-  // number. The window is painted anew when no message waits, or after a tenth of a second.
+  // number. The window is repainted when no message waits, or after a tenth of a second.
   int AddAddress(const std::wstring& text);
 
   // The row of exactly this text, or -1.

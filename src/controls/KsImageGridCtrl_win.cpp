@@ -10,7 +10,7 @@ namespace postmarker {
 namespace {
 
 constexpr int kDefaultImageSize = 32;  // at 96 pixels per inch
-constexpr int kLeastColumnWidth = 10;
+constexpr int kMinColumnWidth = 10;
 constexpr int kSkinMark = 7028;
 
 constexpr COLORREF kBorderColor = 13224908;
@@ -95,7 +95,7 @@ bool KsImageGridCtrl::Initialise(int columnWidth) {
       return false;
     }
   }
-  if (!SetColumnState(TileColumnState(m_columnCount, columnWidth), kLeastColumnWidth, true)) {
+  if (!SetColumnState(TileColumnState(m_columnCount, columnWidth), kMinColumnWidth, true)) {
     return false;
   }
   UpdateRowHeight();

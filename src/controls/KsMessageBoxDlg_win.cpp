@@ -20,7 +20,7 @@ constexpr int kMargin = 7;
 constexpr int kIconSize = 21;
 constexpr int kWidestText = 220;
 constexpr int kButtonHeight = 14;
-constexpr int kLeastButtonWidth = 50;
+constexpr int kMinButtonWidth = 50;
 constexpr int kButtonGap = 4;
 
 constexpr MessageBoxButton kOkButton = {IDOK, IDS_BUTTON_OK, L"OK"};
@@ -102,7 +102,7 @@ const DLGTEMPLATE* KsMessageBoxDlg::MemoryTemplate() {
   const int textLeft = kMargin + (icon ? kIconSize + kMargin : 0);
   const SIZE text = units.TextSize(m_text, kWidestText, false);
   std::vector<std::wstring> labels;
-  int buttonWidth = kLeastButtonWidth;
+  int buttonWidth = kMinButtonWidth;
   for (const MessageBoxButton& button : m_buttons) {
     labels.push_back(ButtonText(button));
     const SIZE label = units.TextSize(labels.back(), kWidestText, true);

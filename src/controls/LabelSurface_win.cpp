@@ -8,21 +8,21 @@ namespace postmarker {
 namespace {
 
 // The platform takes no longer texts at a time.
-constexpr size_t kLongestText = 8192;
+constexpr size_t kMaxTextChars = 8192;
 
 // Fonts are made again beyond so many: a process has few thousands of them.
-constexpr size_t kMostFonts = 32;
+constexpr size_t kMaxFonts = 32;
 
 // Heights of characters, in pixels.
-constexpr LONG kSmallestHeight = 4;
-constexpr LONG kLargestHeight = 2000;
+constexpr LONG kMinHeightPx = 4;
+constexpr LONG kMaxHeightPx = 2000;
 
 // More space between letters than this helps nobody.
-constexpr int kMostSpacing = 100;
+constexpr int kMaxSpacing = 100;
 
 // The part of a text that the platform takes at a time. Pairs of surrogates are kept together.
 std::wstring_view NextPart(std::wstring_view text) {
-  std::wstring_view part = text.substr(0, kLongestText);
+  std::wstring_view part = text.substr(0, kMaxTextChars);
   if (part.size() < text.size() && (part.back() & 0xFC00) == 0xD800) {
     part.remove_suffix(1);
   }
@@ -57,7 +57,7 @@ HFONT GdiLabelSurface::FontLike(const LOGFONTW& description) {
   if (known != m_fonts.end()) {
     return known->font.Get();
   }
-  if (m_fonts.size() == kMostFonts) {
+  if (m_fonts.size() == kMaxFonts) {
     ::SelectObject(m_dc, ::GetStockObject(SYSTEM_FONT));  // owner: m_saved
     m_fonts.clear();
   }
@@ -68,7 +68,7 @@ HFONT GdiLabelSurface::FontLike(const LOGFONTW& description) {
 LabelFontMetrics GdiLabelSurface::SelectFont(const std::wstring& face, const LabelFont& font) {
   LOGFONTW description = m_base;
   const LONG height = Scale(font.size) - m_base.lfHeight;
-  description.lfHeight = -std::clamp(height, kSmallestHeight, kLargestHeight);
+  description.lfHeight = -std::clamp(height, kMinHeightPx, kMaxHeightPx);
   description.lfWidth = 0;
   description.lfWeight = font.bold ? FW_BOLD : FW_NORMAL;
   description.lfItalic = font.italic ? TRUE : FALSE;
@@ -82,7 +82,7 @@ LabelFontMetrics GdiLabelSurface::SelectFont(const std::wstring& face, const Lab
     description.lfPitchAndFamily = face == kCodeFace ? FIXED_PITCH | FF_MODERN : DEFAULT_PITCH;
   }
   ::SelectObject(m_dc, FontLike(description));  // owner: m_saved
-  ::SetTextCharacterExtra(m_dc, Scale(std::min(font.spacing, kMostSpacing)));
+  ::SetTextCharacterExtra(m_dc, Scale(std::min(font.spacing, kMaxSpacing)));
   TEXTMETRICW metrics = {};
   ::GetTextMetricsW(m_dc, &metrics);
   return {static_cast<int>(Extent(m_dc, L"abcdefgABCDEFG").cy), static_cast<int>(metrics.tmAscent)};

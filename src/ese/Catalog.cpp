@@ -114,8 +114,8 @@ std::optional<Column> ReadColumn(const CatalogRow& row) {
 std::vector<KeyColumn> ReadKeyColumns(std::string_view bytes, bool isWide) {
   constexpr uint32_t kDescending = 0x40;
   constexpr uint32_t kTemplate = 0x80;
-  constexpr size_t kMostKeyColumns = 16;
-  bytes = bytes.substr(0, kMostKeyColumns * (isWide ? 4 : 2));
+  constexpr size_t kMaxKeyColumns = 16;
+  bytes = bytes.substr(0, kMaxKeyColumns * (isWide ? 4 : 2));
   std::vector<KeyColumn> columns;
   if (isWide) {
     for (size_t place = 0; place + 4 <= bytes.size(); place += 4) {

@@ -100,9 +100,9 @@ class Lz77Reader {
   // A length that does not fit into the match goes on in half a byte, whose other half serves the
   // next such match, then in a byte, then in the whole number.
   std::optional<size_t> ReadLength(uint32_t inMatch) {
-    constexpr size_t kShortest = 3;
+    constexpr size_t kMinMatchBytes = 3;
     if (inMatch < 7) {
-      return inMatch + kShortest;
+      return inMatch + kMinMatchBytes;
     }
     uint32_t half = 0;
     if (m_halfPlace != 0) {
@@ -117,11 +117,11 @@ class Lz77Reader {
       half = *byte & 15U;
     }
     if (half < 15) {
-      return inMatch + half + kShortest;
+      return inMatch + half + kMinMatchBytes;
     }
     const auto byte = Next<uint8_t>();
     if (!byte || *byte < 255) {
-      return byte ? std::optional<size_t>(inMatch + half + *byte + kShortest) : std::nullopt;
+      return byte ? std::optional<size_t>(inMatch + half + *byte + kMinMatchBytes) : std::nullopt;
     }
     size_t whole = 0;
     if (const auto word = Next<uint16_t>(); word && *word != 0) {
@@ -129,7 +129,7 @@ class Lz77Reader {
     } else if (const auto longWord = word ? Next<uint32_t>() : std::nullopt) {
       whole = *longWord;
     }
-    return whole == 0 ? std::nullopt : std::optional<size_t>(whole + kShortest);
+    return whole == 0 ? std::nullopt : std::optional<size_t>(whole + kMinMatchBytes);
   }
 
   std::string_view m_bytes;

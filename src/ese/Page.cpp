@@ -35,7 +35,7 @@ constexpr uint32_t kLargeMask = 0x7FFF;
 constexpr uint32_t kFlagShift = 13;
 
 bool HasRightNewChecksum(std::string_view page, uint32_t number) {
-  if (page.size() <= kLargestSmallPage) {
+  if (page.size() <= kMaxSmallPageBytes) {
     return LoadAt<uint32_t>(page, kChecksum) == XorWords(page.substr(kChecksumSize), number);
   }
   const size_t blockSize = page.size() / kBlocks;

@@ -8,13 +8,13 @@
 
 namespace postmarker::ese {
 
-inline constexpr uint32_t kSmallestPage = 2048;
-inline constexpr uint32_t kLargestPage = 32768;
-inline constexpr uint32_t kLargestSmallPage = 8192;  // larger ones have a longer header
+inline constexpr uint32_t kMinPageBytes = 2048;
+inline constexpr uint32_t kMaxPageBytes = 32768;
+inline constexpr uint32_t kMaxSmallPageBytes = 8192;  // larger ones have a longer header
 
 // 2, 4, 8, 16 or 32 KiB.
 constexpr bool IsPageSize(uint32_t size) {
-  return size >= kSmallestPage && size <= kLargestPage && (size & (size - 1)) == 0;
+  return size >= kMinPageBytes && size <= kMaxPageBytes && (size & (size - 1)) == 0;
 }
 
 // True if the page's checksum is right for a page of this number. `page` has one of the page sizes.
@@ -49,7 +49,7 @@ class Page {
   [[nodiscard]] bool IsOutOfUse() const;
   // Which of the two layouts the tagged columns of its records have.
   [[nodiscard]] bool HasNewRecords() const;
-  [[nodiscard]] bool IsLarge() const { return m_bytes.size() > kLargestSmallPage; }
+  [[nodiscard]] bool IsLarge() const { return m_bytes.size() > kMaxSmallPageBytes; }
 
   // Entries are numbered from FirstEntry to EndEntry - 1, in the order of their keys.
   [[nodiscard]] uint32_t FirstEntry() const { return m_firstEntry; }

@@ -32,7 +32,7 @@ struct ReadHeader {
 
 // The header that begins at `place`, if it is whole.
 std::optional<ReadHeader> ReadHeaderAt(std::string_view file, size_t place) {
-  const auto start = TrySlice(file, place, kSmallestPage);
+  const auto start = TrySlice(file, place, kMinPageBytes);
   if (!start || LoadAt<uint32_t>(*start, kSignaturePlace) != kSignature) {
     return std::nullopt;
   }
@@ -61,7 +61,7 @@ std::optional<ReadHeader> FindHeader(std::string_view file) {
   if (auto header = ReadHeaderAt(file, 0)) {
     return header;
   }
-  for (uint32_t size = kSmallestPage; size <= kLargestPage; size *= 2) {
+  for (uint32_t size = kMinPageBytes; size <= kMaxPageBytes; size *= 2) {
     auto header = ReadHeaderAt(file, size);
     if (header && header->header.pageSize == size) {
       return header;

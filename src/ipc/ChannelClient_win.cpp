@@ -13,7 +13,7 @@ namespace {
 
 constexpr DWORD kEventAccess = SYNCHRONIZE | EVENT_MODIFY_STATE;
 constexpr DWORD kMutexAccess = SYNCHRONIZE | MUTEX_MODIFY_STATE;
-constexpr DWORD kPauseBetweenAttempts = 100;
+constexpr DWORD kPauseBetweenAttemptsMs = 100;
 
 // A mutex while this thread owns it.
 class HeldMutex {
@@ -188,7 +188,7 @@ bool ChannelConnectRetry(const wchar_t* name, std::unique_ptr<ShmChannel>* chann
     if (elapsed.IsMoreThan(options.timeout) || IsCancelled(options.cancel, options.stop)) {
       return false;
     }
-    ::Sleep(kPauseBetweenAttempts);
+    ::Sleep(kPauseBetweenAttemptsMs);
   }
   return true;
 }

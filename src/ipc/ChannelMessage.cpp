@@ -13,7 +13,7 @@ constexpr uint32_t kNumberType = 2;
 constexpr size_t kUnitSize = 2;
 constexpr size_t kNameOffset = 4;
 constexpr size_t kPrivateNameRoom = 2046;
-constexpr size_t kLongestPrivateName = 243;
+constexpr size_t kMaxPrivateNameChars = 243;
 
 void Put32(std::span<std::byte> at, uint32_t value) {
   for (size_t i = 0; i < sizeof(value); ++i) {
@@ -123,7 +123,7 @@ std::optional<std::wstring> TakePrivateName(std::span<const std::byte> region,
   const uint32_t bytes = Take32(region);
   const size_t length = bytes / kUnitSize;
   if (bytes % kUnitSize != 0 || bytes > region.size() - kAround ||
-      length != rendezvous.size() + kPrivateNameGrowth || length > kLongestPrivateName) {
+      length != rendezvous.size() + kPrivateNameGrowth || length > kMaxPrivateNameChars) {
     return std::nullopt;
   }
   // The name is what stands before the terminator, and must be as long as was said.

@@ -17,7 +17,7 @@ namespace postmarker {
 inline constexpr size_t kMessageHeaderSize = 8;
 
 // The least size of a private region, and the size of a rendezvous region.
-inline constexpr size_t kLeastRegionSize = 4096;
+inline constexpr size_t kMinRegionBytes = 4096;
 inline constexpr size_t kRendezvousSize = 4096;
 
 // Does a text of `length` units fit into a region of this size.

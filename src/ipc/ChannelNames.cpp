@@ -23,7 +23,7 @@ bool IsRendezvousName(const wchar_t* name) {
   if (name == nullptr) {
     return false;
   }
-  const wchar_t* const limit = name + kLongestRendezvousName + 1;
+  const wchar_t* const limit = name + kMaxRendezvousNameChars + 1;
   const wchar_t* const end = std::find(name, limit, L'\0');
   return end != name && end != limit;
 }

@@ -17,7 +17,7 @@ enum class ChannelKind : int32_t {
 };
 
 // A rendezvous' name has 1 to this many units.
-inline constexpr size_t kLongestRendezvousName = 210;
+inline constexpr size_t kMaxRendezvousNameChars = 210;
 
 // How many random characters a private name ends with, and by how much that makes it longer than
 // the rendezvous' name.

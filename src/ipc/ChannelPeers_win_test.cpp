@@ -31,7 +31,7 @@ using test::PatientConnecting;
 using test::PatientListening;
 using test::PeerProcess;
 
-constexpr uint32_t kShortTime = 200;
+constexpr uint32_t kShortTimeMs = 200;
 
 // An end in a process of its own, which stops after a step.
 class StoppingEnd {
@@ -73,12 +73,12 @@ TEST_P(ServerKilledTest, ClientFailsWithinItsTimeAndTheRendezvousIsUsableAgain) 
   const ElapsedTime elapsed;
   ChannelEnd client;
   const bool connected =
-      ChannelConnect(name.c_str(), &client, {nullptr, kPatience / 4, kShortTime});
+      ChannelConnect(name.c_str(), &client, {nullptr, kPatience / 4, kShortTimeMs});
   killer.join();
   if (GetParam() == ServerStep::kConnected) {
     // It has said yes and is gone: what shows it is the first message that nobody takes.
     EXPECT_TRUE(connected);
-    EXPECT_FALSE(client->SendNumber(1, kShortTime));
+    EXPECT_FALSE(client->SendNumber(1, kShortTimeMs));
   } else {
     EXPECT_FALSE(connected);
   }
@@ -104,7 +104,7 @@ TEST_P(EarlyServerKilledTest, ClientFailsWithinItsTimeAndTheRendezvousIsUsableAg
   server.Kill();
   const ElapsedTime elapsed;
   ChannelEnd client;
-  EXPECT_FALSE(ChannelConnect(name.c_str(), &client, {nullptr, kShortTime, kShortTime}));
+  EXPECT_FALSE(ChannelConnect(name.c_str(), &client, {nullptr, kShortTimeMs, kShortTimeMs}));
   EXPECT_FALSE(elapsed.IsMoreThan(5'000));
   EXPECT_TRUE(IsUsable(name));
 }
@@ -134,12 +134,12 @@ class ServerHangsTest : public testing::TestWithParam<ServerStep> {
 
 // The server is there, so that it is the handshake's limit that ends the attempt.
 TEST_P(ServerHangsTest, ClientFailsWithinTheTimeOfTheHandshake) {
-  EXPECT_FALSE(ChannelConnect(m_name.c_str(), &m_client, {nullptr, kPatience, kShortTime}));
+  EXPECT_FALSE(ChannelConnect(m_name.c_str(), &m_client, {nullptr, kPatience, kShortTimeMs}));
   EXPECT_FALSE(m_elapsed.IsMoreThan(5'000));
 }
 
 TEST_P(ServerHangsTest, RetriesEndAfterTheTimeOfTheLastAttempt) {
-  EXPECT_FALSE(ChannelConnectRetry(m_name.c_str(), &m_client, {nullptr, 500, kShortTime}));
+  EXPECT_FALSE(ChannelConnectRetry(m_name.c_str(), &m_client, {nullptr, 500, kShortTimeMs}));
   EXPECT_TRUE(m_elapsed.IsMoreThan(499)) << "there is more than one attempt";
   EXPECT_FALSE(m_elapsed.IsMoreThan(5'000));
 }
@@ -156,7 +156,7 @@ class ClientKilledTest : public testing::TestWithParam<ClientStep> {};
 TEST_P(ClientKilledTest, ServerServesTheNextClient) {
   const std::wstring name = FreshObjectName();
   ListenOptions options = PatientListening();
-  options.handshakeTimeout = kShortTime;
+  options.handshakeTimeout = kShortTimeMs;
   auto listen = [=] {
     ChannelEnd end;
     ChannelListenRetry(name.c_str(), &end, options);
@@ -170,7 +170,7 @@ TEST_P(ClientKilledTest, ServerServesTheNextClient) {
     // The server has its channel; that nobody is there is seen by the first message.
     ChannelEnd gone = server.get();
     ASSERT_NE(gone, nullptr);
-    EXPECT_FALSE(gone->SendNumber(1, kShortTime));
+    EXPECT_FALSE(gone->SendNumber(1, kShortTimeMs));
     server = std::async(std::launch::async, listen);
   }
   ChannelEnd second;
@@ -198,7 +198,7 @@ TEST(ClientThatCalledAndEnded, NextClientWaitsForTheNextRendezvous) {
   auto second = std::async(std::launch::async, [&] {
     return ChannelConnectRetry(name.c_str(), &client, PatientConnecting());
   });
-  EXPECT_EQ(second.wait_for(std::chrono::milliseconds(kShortTime)), std::future_status::timeout);
+  EXPECT_EQ(second.wait_for(std::chrono::milliseconds(kShortTimeMs)), std::future_status::timeout);
   server.Kill();
   const ElapsedTime elapsed;
   ChannelEnd next;
@@ -211,7 +211,7 @@ TEST(ClientThatHangs, OneAttemptOfTheServerFailsWithinItsTime) {
   const std::wstring name = FreshObjectName();
   const StoppingEnd client(L"connect", name, static_cast<int>(ClientStep::kAnswered));
   ListenOptions options = PatientListening();
-  options.handshakeTimeout = kShortTime;
+  options.handshakeTimeout = kShortTimeMs;
   ChannelEnd end;
   const ElapsedTime elapsed;
   EXPECT_FALSE(ChannelListen(name.c_str(), &end, options));
@@ -222,10 +222,10 @@ TEST(ClientThatHangs, ItsMutexKeepsTheNextServerFromServingUntilItIsKilled) {
   const std::wstring name = FreshObjectName();
   StoppingEnd client(L"connect", name, static_cast<int>(ClientStep::kAnswered));
   ListenOptions options = PatientListening();
-  options.handshakeTimeout = kShortTime;
+  options.handshakeTimeout = kShortTimeMs;
   ChannelEnd end;
   EXPECT_FALSE(ChannelListen(name.c_str(), &end, options));
-  options.timeout = kShortTime;
+  options.timeout = kShortTimeMs;
   EXPECT_FALSE(ChannelListen(name.c_str(), &end, options));
   client.Kill();
   EXPECT_TRUE(IsUsable(name));

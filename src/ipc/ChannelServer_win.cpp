@@ -150,7 +150,7 @@ class Listener {
 bool ChannelListen(const wchar_t* name, std::unique_ptr<ShmChannel>* channel,
                    const ListenOptions& options) {
   channel->reset();
-  if (!IsRendezvousName(name) || options.size < kLeastRegionSize) {
+  if (!IsRendezvousName(name) || options.size < kMinRegionBytes) {
     return false;
   }
   Listener listener(name, options);

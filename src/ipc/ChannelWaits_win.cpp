@@ -4,7 +4,7 @@ namespace postmarker {
 namespace {
 
 // Half of what is promised, as the system's clock may tick only every 16 ms.
-constexpr uint32_t kStopPoll = 50;
+constexpr uint32_t kStopPollMs = 50;
 
 }  // namespace
 
@@ -21,7 +21,7 @@ bool WaitUnlessCancelled(HANDLE event, uint32_t timeout, HANDLE cancel, const St
   const ElapsedTime elapsed;
   while (!ShouldStop(stop)) {
     const uint32_t left = elapsed.Left(timeout);
-    const uint32_t slice = stop ? std::min(left, kStopPoll) : left;
+    const uint32_t slice = stop ? std::min(left, kStopPollMs) : left;
     const DWORD state = ::WaitForMultipleObjects(cancel != nullptr ? 2 : 1, objects, FALSE, slice);
     if (state != WAIT_TIMEOUT || left == 0) {
       return state == WAIT_OBJECT_0;

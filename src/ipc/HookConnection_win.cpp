@@ -52,9 +52,9 @@ class HookConnection::Conversation {
   [[nodiscard]] bool IsInTime() const { return m_elapsed.Left(m_limits.commandMilliseconds) > 0; }
 
   [[nodiscard]] uint32_t TimeFor(uint32_t steps) const {
-    constexpr uint32_t kLongest = std::numeric_limits<uint32_t>::max() - 1;
+    constexpr uint32_t kMaxMs = std::numeric_limits<uint32_t>::max() - 1;
     const uint32_t step = m_limits.stepMilliseconds;
-    return std::min(step > kLongest / steps ? kLongest : step * steps,
+    return std::min(step > kMaxMs / steps ? kMaxMs : step * steps,
                     m_elapsed.Left(m_limits.commandMilliseconds));
   }
 

@@ -228,10 +228,10 @@ TEST_F(HookLimitsTest, BytesAreCountedForEachCommand) {
 TEST(HookLimits, UsualOnesLetAModuleWith50000AddressesPass) {
   constexpr uint32_t kAddresses = 50'000;
   constexpr uint32_t kCoarseTick = 16;
-  constexpr size_t kLongestAddress = 254;
+  constexpr size_t kMaxAddressChars = 254;
   EXPECT_GE(HookLimits().commandMilliseconds / kAddresses, kCoarseTick);
   EXPECT_GE(HookLimits().commandBytes / kAddresses,
-            kHookTextCost + kLongestAddress * sizeof(wchar_t));
+            kHookTextCost + kMaxAddressChars * sizeof(wchar_t));
   EXPECT_EQ(HookLimits().stepMilliseconds, 2'000U);
 }
 

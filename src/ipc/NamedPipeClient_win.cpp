@@ -5,13 +5,13 @@
 namespace postmarker {
 namespace {
 
-constexpr DWORD kBusyPoll = 5;
-constexpr DWORD kShutdownGrace = 20;
-constexpr DWORD kAnswerPoll = 5;
-constexpr DWORD kInstanceWait = 1000;
-constexpr DWORD kPauseWithoutServer = 1000;
-constexpr DWORD kPauseWithServer = 100;
-constexpr DWORD kStopPoll = 50;  // half of what is promised, for a clock with coarse ticks
+constexpr DWORD kBusyPollMs = 5;
+constexpr DWORD kShutdownGraceMs = 20;
+constexpr DWORD kAnswerPollMs = 5;
+constexpr DWORD kInstanceWaitMs = 1000;
+constexpr DWORD kPauseWithoutServerMs = 1000;
+constexpr DWORD kPauseWithServerMs = 100;
+constexpr DWORD kStopPollMs = 50;  // half of what is promised, for a clock with coarse ticks
 
 // Whoever serves the pipe may know who is calling, and no more: by default a server may act in the
 // name of its client.
@@ -50,10 +50,10 @@ void NamedPipeClient::Shutdown() {
   if (m_stopEvent) {
     RequestStop();
     while (m_busyCount >= 1) {
-      ::Sleep(kBusyPoll);
+      ::Sleep(kBusyPollMs);
     }
     // For a call that has seen no stop yet and is about to take its mark.
-    ::Sleep(kShutdownGrace);
+    ::Sleep(kShutdownGraceMs);
     Close();
     m_stopEvent.Reset();
   }
@@ -102,11 +102,11 @@ NamedPipeClient::Opening NamedPipeClient::TryOpen() {
 
 bool NamedPipeClient::PauseUntilStop(DWORD milliseconds, const StopQuery& stop) const {
   DWORD left = milliseconds;
-  while (!ShouldStop(stop) && !WaitForStop(std::min(left, kStopPoll))) {
-    if (left <= kStopPoll) {
+  while (!ShouldStop(stop) && !WaitForStop(std::min(left, kStopPollMs))) {
+    if (left <= kStopPollMs) {
       return false;
     }
-    left -= kStopPoll;
+    left -= kStopPollMs;
   }
   return true;
 }
@@ -140,10 +140,10 @@ bool NamedPipeClient::ConnectBlocking() {
     }
     // An unusable pipe is as none, or the loop would never rest while that one is free.
     if (opening == Opening::kUnusable) {
-      (void)WaitForStop(kPauseWithoutServer);
-    } else if (!::WaitNamedPipeW(m_name.c_str(), kInstanceWait)) {
+      (void)WaitForStop(kPauseWithoutServerMs);
+    } else if (!::WaitNamedPipeW(m_name.c_str(), kInstanceWaitMs)) {
       const bool isServed = ::GetLastError() != ERROR_FILE_NOT_FOUND;
-      (void)WaitForStop(isServed ? kPauseWithServer : kPauseWithoutServer);
+      (void)WaitForStop(isServed ? kPauseWithServerMs : kPauseWithoutServerMs);
     }
   }
   Close();
@@ -173,7 +173,7 @@ bool NamedPipeClient::Transact(const std::wstring& text, std::wstring* answer) {
     return false;
   }
   while (!HasMessage()) {
-    ::Sleep(kAnswerPoll);
+    ::Sleep(kAnswerPollMs);
   }
   return Read(answer);
 }

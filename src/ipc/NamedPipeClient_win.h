@@ -16,8 +16,8 @@
 namespace postmarker {
 
 // One conversation over a pipe in message mode. Each message is one NUL-terminated text; a received
-// one is cut at NamedPipeMessages::kMessageLimit characters. Nothing throws but for want of memory;
-// every failure is a false.
+// one is cut at NamedPipeMessages::kMaxMessageChars characters. Nothing throws but for want of
+// memory; every failure is a false.
 //
 // For one thread, except that RequestStop and Shutdown may be called on another one while
 // TryConnect, ConnectBlocking, Transact or Flush runs. A client that was told to stop stays so
@@ -30,7 +30,7 @@ class NamedPipeClient {
   NamedPipeClient& operator=(const NamedPipeClient&) = delete;
   ~NamedPipeClient() { Shutdown(); }
 
-  // Prepares for the pipe of this full name, of at least kShortestPipeName characters, with a
+  // Prepares for the pipe of this full name, of at least kMinPipeNameChars characters, with a
   // transfer buffer of `bufferChars` wide characters, more than 0. `overlapped` must be 0: all
   // calls are synchronous. What an earlier Init made is shut down first, as it is on failure.
   bool Init(const wchar_t* name, int32_t bufferChars, uint8_t overlapped);

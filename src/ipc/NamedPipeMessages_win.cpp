@@ -14,12 +14,12 @@ bool IsHandle(HANDLE pipe) {
 }  // namespace
 
 bool ArePipeArgumentsValid(const wchar_t* name, int32_t bufferChars) {
-  return name != nullptr && std::wcslen(name) >= kShortestPipeName && bufferChars > 0;
+  return name != nullptr && std::wcslen(name) >= kMinPipeNameChars && bufferChars > 0;
 }
 
 bool NamedPipeMessages::Allocate(int32_t chars) {
   // A small buffer has room for the cut all the same.
-  const size_t room = std::max(static_cast<size_t>(chars), kMessageLimit + 1);
+  const size_t room = std::max(static_cast<size_t>(chars), kMaxMessageChars + 1);
   m_buffer.reset(static_cast<wchar_t*>(std::calloc(room, sizeof(wchar_t))));
   m_chars = m_buffer ? chars : 0;
   m_dirtyBytes = 0;
@@ -63,7 +63,7 @@ bool NamedPipeMessages::Read(HANDLE pipe, std::wstring* text) {
     return false;
   }
   m_dirtyBytes = std::min(bytes, Size());
-  m_buffer[kMessageLimit] = L'\0';
+  m_buffer[kMaxMessageChars] = L'\0';
   *text = m_buffer.get();
   return true;
 }

@@ -12,7 +12,7 @@
 namespace postmarker {
 
 // A pipe name with fewer characters is refused.
-inline constexpr size_t kShortestPipeName = 10;
+inline constexpr size_t kMinPipeNameChars = 10;
 
 // True for a pipe name and a buffer size that both ends take.
 bool ArePipeArgumentsValid(const wchar_t* name, int32_t bufferChars);
@@ -24,7 +24,7 @@ class NamedPipeMessages {
  public:
   // Characters of a received message that are kept. Deliberate: a longer message arrives cut to
   // them, and not as an error. The other side of the pipe knows and relies on it.
-  static constexpr size_t kMessageLimit = 1023;
+  static constexpr size_t kMaxMessageChars = 1023;
 
   // Makes a buffer of `chars` wide characters; false if there is no memory for it. REQUIRES:
   // chars > 0.

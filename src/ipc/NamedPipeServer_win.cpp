@@ -5,9 +5,9 @@
 namespace postmarker {
 namespace {
 
-constexpr DWORD kDefaultTimeout = 1000;
-constexpr DWORD kAnswerPoll = 5;
-constexpr DWORD kPauseAfterFailure = 100;
+constexpr DWORD kDefaultTimeoutMs = 1000;
+constexpr DWORD kAnswerPollMs = 5;
+constexpr DWORD kPauseAfterFailureMs = 100;
 
 }  // namespace
 
@@ -41,7 +41,7 @@ bool NamedPipeServer::Create() {
       m_name.c_str(), PIPE_ACCESS_DUPLEX,
       PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_NOWAIT |
           (isPrivate ? PIPE_REJECT_REMOTE_CLIENTS : PIPE_ACCEPT_REMOTE_CLIENTS),
-      PIPE_UNLIMITED_INSTANCES, size, size, kDefaultTimeout, security.Attributes()));
+      PIPE_UNLIMITED_INSTANCES, size, size, kDefaultTimeoutMs, security.Attributes()));
   if (!m_pipe) {
     Close();
     return false;
@@ -60,7 +60,7 @@ bool NamedPipeServer::Accept() {
   if (error != ERROR_PIPE_LISTENING) {
     Close();
     if (!Create()) {
-      ::Sleep(kPauseAfterFailure);
+      ::Sleep(kPauseAfterFailureMs);
     }
   }
   return false;
@@ -76,7 +76,7 @@ bool NamedPipeServer::Transact(const std::wstring& text, std::wstring* answer) {
     return false;
   }
   while (!HasMessage()) {
-    ::Sleep(kAnswerPoll);
+    ::Sleep(kAnswerPollMs);
   }
   return Read(answer);
 }

@@ -21,7 +21,7 @@ enum class PipeClients {
 // NamedPipeClient. For one thread; every failure is a false.
 class NamedPipeServer {
  public:
-  // Makes the pipe with this full name, of at least kShortestPipeName characters, and a transfer
+  // Makes the pipe with this full name, of at least kMinPipeNameChars characters, and a transfer
   // buffer of `bufferChars` wide characters, more than 0. What an earlier Init made is released.
   bool Init(const wchar_t* name, int32_t bufferChars, PipeClients clients = PipeClients::kEveryone);
 
@@ -29,8 +29,8 @@ class NamedPipeServer {
   // as a client that is still connected must see the pipe break first.
   bool Create();
 
-  // Is a client there; doesn't wait for one. After an error, such as a client that has left, the
-  // end is made anew for the next one.
+  // Is a client there; doesn't wait for one. After an error, such as a client that has left, it
+  // makes a new end for the next one.
   bool Accept();
 
   [[nodiscard]] bool IsConnected() const;

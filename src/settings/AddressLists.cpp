@@ -9,7 +9,7 @@ constexpr ResultCode kNoList = -1;
 constexpr ResultCode kNothingToAdd = 1;
 constexpr uint32_t kDataRoom = 260;
 constexpr uint32_t kNameRoom = 260;
-constexpr uint32_t kMostEntries = 10'000;
+constexpr uint32_t kMaxEntries = 10'000;
 
 ResultCode AddTo(const wchar_t* list, const wchar_t* other, const std::wstring& entry,
                  bool removeFromOther, SettingsStore& store) {
@@ -60,7 +60,7 @@ void ReadList(ListEntries* entries, const std::wstring& list, const SettingsStor
   if (!key) {
     return;
   }
-  for (uint32_t i = 0; i < kMostEntries; ++i) {
+  for (uint32_t i = 0; i < kMaxEntries; ++i) {
     const auto name = key->NameAt(i, kNameRoom);
     if (!name) {
       return;

@@ -14,7 +14,7 @@ constexpr wchar_t kLastConfigured[] = L"LastConfigured";
 constexpr wchar_t kLastEditGlobal[] = L"LastEditGlobal";
 
 constexpr uint32_t kTextRoom = 256;
-constexpr size_t kLongestText = kTextRoom / 2 - 1;
+constexpr size_t kMaxTextChars = kTextRoom / 2 - 1;
 
 constexpr local_days kNeverEdited{std::chrono::year(1980) / std::chrono::January / 1};
 
@@ -23,7 +23,7 @@ std::wstring ReadText(const SettingsStore& store, const wchar_t* name) {
   const auto bytes = key ? key->Read(name, kTextRoom) : std::nullopt;
   std::wstring text = bytes ? DecodeTextValue(*bytes) : std::wstring();
   // Without its terminator a text one unit too long would still fit into the room.
-  return text.size() <= kLongestText ? text : std::wstring();
+  return text.size() <= kMaxTextChars ? text : std::wstring();
 }
 
 bool WriteText(SettingsStore& store, const wchar_t* name, const std::wstring& text) {
@@ -46,12 +46,12 @@ int LeadingNumber(std::wstring_view text) {
   if (pos < text.size() && (text[pos] == L'-' || text[pos] == L'+')) {
     ++pos;
   }
-  constexpr int64_t kMost = std::numeric_limits<int>::max();
+  constexpr int64_t kMax = std::numeric_limits<int>::max();
   int64_t number = 0;
   for (; pos < text.size() && text[pos] >= L'0' && text[pos] <= L'9'; ++pos) {
-    number = std::min<int64_t>(number * 10 + (text[pos] - L'0'), kMost + 1);
+    number = std::min<int64_t>(number * 10 + (text[pos] - L'0'), kMax + 1);
   }
-  return static_cast<int>(negative ? -number : std::min(number, kMost));
+  return static_cast<int>(negative ? -number : std::min(number, kMax));
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 namespace postmarker {
 namespace {
 
-constexpr size_t kLongestPath = 260;
+constexpr size_t kMaxPathChars = 260;
 
 struct Macro {
   std::wstring_view beginning;
@@ -42,7 +42,7 @@ std::wstring ExpandLogPath(std::wstring_view text,
     path.pop_back();
   }
   path.append(text.substr(colon + 1));
-  path.resize(std::min(path.size(), kLongestPath));
+  path.resize(std::min(path.size(), kMaxPathChars));
   return path;
 }
 

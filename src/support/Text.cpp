@@ -91,8 +91,8 @@ char32_t NextUtf8(std::string_view text, size_t* pos) {
     }
     code = (code << 6) | (static_cast<unsigned char>(text[(*pos)++]) & 0x3F);
   }
-  constexpr char32_t kLeast[] = {0, 0x80, 0x800, 0x10000};
-  const bool valid = code >= kLeast[more] && code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
+  constexpr char32_t kMinCode[] = {0, 0x80, 0x800, 0x10000};
+  const bool valid = code >= kMinCode[more] && code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
   return valid ? code : kIllFormed;
 }
 

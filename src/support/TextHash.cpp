@@ -20,8 +20,8 @@ uint64_t MakeSeed(const void* code) {
 
 TextHash::Powers::Powers() {
   // A small base would leave the hashes of short texts close together.
-  constexpr uint32_t kLeastBase = 1U << 16;
-  const uint64_t base = kLeastBase + MakeSeed(&kPowers) % (kPrime - kLeastBase);
+  constexpr uint32_t kMinBase = 1U << 16;
+  const uint64_t base = kMinBase + MakeSeed(&kPowers) % (kPrime - kMinBase);
   uint64_t value = 1;
   for (uint32_t& entry : power) {
     entry = static_cast<uint32_t>(value);

@@ -17,7 +17,7 @@ namespace postmarker {
 // of addresses: it is no secret for programs of the same machine.
 class TextHash {
  public:
-  static constexpr size_t kLongestTail = 1023;
+  static constexpr size_t kMaxTailBytes = 1023;
 
   TextHash() = default;
   explicit TextHash(std::string_view text) {
@@ -28,7 +28,7 @@ class TextHash {
   }
 
   // The hash of this text followed by another. REQUIRES: `tailLength` is the length of that text,
-  // and at most kLongestTail.
+  // and at most kMaxTailBytes.
   [[nodiscard]] TextHash Joined(TextHash tail, size_t tailLength) const {
     TextHash joined;
     joined.m_value = Reduced(uint64_t{m_value} * kPowers.power[tailLength] + tail.m_value);
@@ -44,7 +44,7 @@ class TextHash {
 
   struct Powers {
     Powers();
-    std::array<uint32_t, kLongestTail + 1> power;
+    std::array<uint32_t, kMaxTailBytes + 1> power;
   };
   static const Powers kPowers;
 

@@ -21,7 +21,7 @@ TEST(TextHash, JoinsTextsOfAllLengths) {
     text.push_back(static_cast<char>(i * 7 + i / 256));
   }
   for (const size_t head : {1U, 63U, 64U, 65U, 977U, 2000U - 1023U}) {
-    const std::string_view tail = std::string_view(text).substr(head, TextHash::kLongestTail);
+    const std::string_view tail = std::string_view(text).substr(head, TextHash::kMaxTailBytes);
     const std::string_view whole = std::string_view(text).substr(0, head + tail.size());
     EXPECT_EQ(TextHash(whole.substr(0, head)).Joined(TextHash(tail), tail.size()).Bits(),
               TextHash(whole).Bits())

@@ -28,8 +28,8 @@ inline uint64_t SortPrefix(std::string_view text) {
 // are compared beside the number.
 template <class TextOf>
 void SortByText(std::vector<uint32_t>* numbers, TextOf textOf) {
-  constexpr size_t kMostPlaces = 32768;
-  if (numbers->size() > kMostPlaces) {
+  constexpr size_t kMaxPlaces = 32768;
+  if (numbers->size() > kMaxPlaces) {
     // The places of so many would take more memory than what is sorted.
     std::sort(numbers->begin(), numbers->end(),
               [&](uint32_t a, uint32_t b) { return textOf(a) < textOf(b); });

@@ -18,7 +18,7 @@ ActivationContext CreateModuleContext() {
   return ActivationContext(::CreateActCtxW(&description));
 }
 
-// Made at the first use and kept until the module goes: making it reads the manifest anew, and the
+// Made at the first use and kept until the module goes: making it reads the manifest again, and the
 // callbacks of a long operation pass a guard each time.
 const ActivationContext& ModuleContext() {
   static const ActivationContext context = CreateModuleContext();

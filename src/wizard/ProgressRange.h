@@ -17,7 +17,7 @@ struct ProgressRange {
 // wraps at the end, so such a bar fills several times.
 ProgressRange RangeFor(int32_t total);
 
-// How many single steps move a bar of the range 0 to `upper` as far as `steps` do. It begins anew
+// How many single steps move a bar of the range 0 to `upper` as far as `steps` do. It begins again
 // after its end, so rounds are left out; a number below 1 moves nothing.
 int32_t StepsToTake(int64_t steps, int32_t upper);
 

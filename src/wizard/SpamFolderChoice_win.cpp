@@ -10,11 +10,11 @@
 namespace postmarker {
 namespace {
 
-constexpr uint32_t kStoreIdLimit = 4095;
+constexpr uint32_t kMaxStoreIdBytes = 4095;
 
 std::string SavedStoreId(const FilterSettings& settings) {
-  std::array<char, kStoreIdLimit + 1> id = {};
-  uint32_t size = kStoreIdLimit;
+  std::array<char, kMaxStoreIdBytes + 1> id = {};
+  uint32_t size = kMaxStoreIdBytes;
   settings.GetMessageStoreId(id.data(), &size);
   return id.data();  // up to the first zero byte
 }

@@ -13,7 +13,7 @@ namespace postmarker::fuzz {
 // The size of pages that the header tells, 0 if it can't be one.
 inline size_t PageSizeOf(const std::string& file) {
   uint32_t size = 0;
-  if (file.size() >= ese::kSmallestPage) {
+  if (file.size() >= ese::kMinPageBytes) {
     std::memcpy(&size, file.data() + 236, sizeof(size));
   }
   return ese::IsPageSize(size) ? size : 0;

@@ -9,7 +9,7 @@
 namespace postmarker::fuzz {
 namespace {
 
-constexpr int kMostPlainEntries = 2000;
+constexpr int kMaxPlainEntries = 2000;
 constexpr wchar_t kRoot[] = L"root";
 
 std::wstring IdOf(const std::string& id) {
@@ -33,7 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace postmarker;
   const std::string_view bytes = fuzz::Bytes(data, size);
   ImContainerMap map = ParseFolderFile(bytes, fuzz::kRoot);
-  test::PlainFolderReader plain(bytes, fuzz::kMostPlainEntries);
+  test::PlainFolderReader plain(bytes, fuzz::kMaxPlainEntries);
   plain.Read();
   if (plain.isTooLong) {
     return 0;

@@ -10,7 +10,7 @@
 namespace postmarker::test {
 
 // Many tables and indexes can name one tree, so a walk over all of them has an end of its own.
-inline constexpr size_t kMostEseRows = 20000;
+inline constexpr size_t kMaxEseRows = 20000;
 
 struct EseWalk {
   ese::FileStatus status = ese::FileStatus::kNotADatabase;
@@ -23,7 +23,7 @@ struct EseWalk {
 inline void WalkEseRows(const ese::Table& table, ese::TableCursor* cursor, EseWalk* walk) {
   const std::vector<const ese::Column*> columns = table.AllColumns();
   std::string value;
-  for (bool isThere = cursor->MoveFirst(); isThere && walk->rows < kMostEseRows;
+  for (bool isThere = cursor->MoveFirst(); isThere && walk->rows < kMaxEseRows;
        isThere = cursor->MoveNext()) {
     ++walk->rows;
     for (const ese::Column* const column : columns) {

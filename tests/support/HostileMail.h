@@ -90,8 +90,8 @@ inline std::string ManyAddresses(size_t size) {
 // name. All are as long as what is read of a header may be.
 inline std::string SendersOfManyAddresses(const std::string& header, size_t displayLength,
                                           size_t size) {
-  constexpr size_t kLongest = 1020;
-  const std::string addresses = "<" + ManyAddresses(kLongest - displayLength) + ">\r\n";
+  constexpr size_t kMaxFieldBytes = 1020;
+  const std::string addresses = "<" + ManyAddresses(kMaxFieldBytes - displayLength) + ">\r\n";
   std::string words = ManyWords(2, size);
   for (size_t i = 2; i < words.size(); i += 6) {
     words[i] = '.';

@@ -99,7 +99,7 @@ TEST_F(BusyTest, PageShowsTheWaitCursorWhileTheWorkerReads) {
   session.WaitForPage(Page::kFolders);
   EXPECT_TRUE(WaitUntil([&] { return isReading.load(); }));
   EXPECT_TRUE(WaitUntil([&] { return ShowsWaitCursor(session.CurrentPage()); }));
-  EXPECT_FALSE(ShowsWaitCursor(session.Sheet())) << "the sheet can still be cancelled";
+  EXPECT_FALSE(ShowsWaitCursor(session.Sheet())) << "the sheet can still be canceled";
   go = true;
   session.WaitForTree();
   EXPECT_TRUE(WaitUntil([&] { return !ShowsWaitCursor(session.CurrentPage()); }));

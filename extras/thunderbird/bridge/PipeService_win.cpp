@@ -51,7 +51,7 @@ bool PipeService::Serve(Instance* instance, size_t number, Bridge* bridge) {
     hasWorked = true;
   }
   if (!isThere) {
-    // Accept makes the pipe's end anew.
+    // Accept makes a new end of the pipe.
     bridge->Reset(number);
     instance->hasClient = false;
     hasWorked = true;

@@ -68,7 +68,7 @@ namespace {
 constexpr size_t kMiB = size_t{1} << 20;
 constexpr size_t kFixed = 2 * kMiB;
 constexpr size_t kFactor = 6;
-constexpr size_t kMostMemory = 256 * kMiB;
+constexpr size_t kMaxMemoryBytes = 256 * kMiB;
 
 // Where it is set, messages of up to 16 MiB are read.
 constexpr char kAllSizes[] = "POSTMARKER_LARGE_MESSAGES";
@@ -129,7 +129,7 @@ void ExpectBounded(const test::HostileShape& shape, size_t size) {
   const std::string message = shape.make(size);
   const Peaks peaks = PeaksOf(message);
   EXPECT_LE(peaks.parse, kFactor * message.size() + kFixed);
-  EXPECT_LE(peaks.all + message.size(), kMostMemory);
+  EXPECT_LE(peaks.all + message.size(), kMaxMemoryBytes);
   std::printf("%-40s %9zu bytes: parse %5.2f times, all %6.1f MiB%s\n", shape.name, message.size(),
               static_cast<double>(peaks.parse) / static_cast<double>(message.size()),
               static_cast<double>(peaks.all) / static_cast<double>(kMiB),
@@ -200,7 +200,7 @@ TEST(FeatureLimitTest, MessagesThatReachItStayBelow256MiB) {
       message.append(test::Repeated(":b\r\n", size - std::min(size, message.size())));
       const Peaks peaks = PeaksOf(message);
       EXPECT_EQ(peaks.complete, size == 0);
-      EXPECT_LE(peaks.all + message.size(), kMostMemory);
+      EXPECT_LE(peaks.all + message.size(), kMaxMemoryBytes);
       std::printf("%s: %.1f MiB\n", shape.name,
                   static_cast<double>(peaks.all) / static_cast<double>(kMiB));
     }

@@ -98,20 +98,20 @@ class HeaderStore {
 class LineText {
  public:
   void Put(char c) {
-    if (m_length < kLongestHeaderText) {
+    if (m_length < kMaxHeaderTextBytes) {
       m_bytes[m_length++] = c;
     }
   }
   void Clear() { m_length = 0; }
   void Put(std::string_view text) {
-    const size_t fitting = std::min(text.size(), kLongestHeaderText - m_length);
+    const size_t fitting = std::min(text.size(), kMaxHeaderTextBytes - m_length);
     std::memcpy(m_bytes.data() + m_length, text.data(), fitting);
     m_length += fitting;
   }
   [[nodiscard]] std::string_view View() const { return {m_bytes.data(), m_length}; }
 
  private:
-  std::array<char, kLongestHeaderText> m_bytes;
+  std::array<char, kMaxHeaderTextBytes> m_bytes;
   size_t m_length = 0;
 };
 
@@ -204,7 +204,7 @@ class BlockReader {
   void Commit() {
     const std::string name = LowerText(TrimByte(m_name.View(), ' '));
     const std::string_view value = TrimByte(m_value.View(), ' ');
-    std::array<char, kLongestHeaderText + 1> decoded;
+    std::array<char, kMaxHeaderTextBytes + 1> decoded;
     size_t length = 0;
     if (value.find("=?") != std::string_view::npos &&
         DecodeEncodedWords(value, decoded.data(), &length) > 0) {

@@ -9,7 +9,7 @@
 namespace postmarker {
 
 // The most bytes that are kept of a name and of a value; the rest of the line is passed over.
-inline constexpr size_t kLongestHeaderText = 1022;
+inline constexpr size_t kMaxHeaderTextBytes = 1022;
 
 // Reads the header block at the start of `bytes` and returns the length of what belongs to it, its
 // empty line included; all bytes where there is none. A header that is cut off by the end of the

@@ -12,8 +12,7 @@ namespace {
 
 constexpr uint32_t kFewRecords = 12;  // up to so many are found by walking them
 constexpr size_t kFirstPlaces = 64;
-constexpr uint32_t kSpareDead =
-    64;  // replaced records that are carried before the map is made anew
+constexpr uint32_t kSpareDead = 64;  // replaced records that are kept before the map is rebuilt
 
 }  // namespace
 

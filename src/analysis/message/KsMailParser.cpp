@@ -11,9 +11,9 @@
 namespace postmarker {
 namespace {
 
-constexpr size_t kLongestDelimiter = 512;    // a longer line is no delimiter
-constexpr size_t kMostTextParts = 3;         // of a kind
-constexpr size_t kLongestCapture = 0x1FFFF;  // bytes that are kept of one body
+constexpr size_t kMaxDelimiterBytes = 512;    // a longer line is no delimiter
+constexpr size_t kMaxTextParts = 3;           // of a kind
+constexpr size_t kMaxCaptureBytes = 0x1FFFF;  // bytes that are kept of one body
 constexpr size_t kDecodedRun = 4096;
 
 // The line that ends a body.
@@ -35,13 +35,13 @@ Delimiter FindDelimiter(std::string_view body, std::string_view boundary) {
       continue;
     }
     const std::string_view line = body.substr(start, lf + 1 - start);
-    if (line.front() == '-' && line.size() <= kLongestDelimiter && search.FoundIn(line)) {
+    if (line.front() == '-' && line.size() <= kMaxDelimiterBytes && search.FoundIn(line)) {
       return {start, line.size(), line.size() < 3 || line[line.size() - 3] != '-'};
     }
     start = lf + 1;
   }
   const std::string_view last = body.substr(start);
-  if (last.size() > kLongestDelimiter || !search.FoundIn(last)) {
+  if (last.size() > kMaxDelimiterBytes || !search.FoundIn(last)) {
     return {body.size()};
   }
   const bool dashes = last.size() >= 3 && last.substr(last.size() - 3).find('-') != last.npos;
@@ -294,7 +294,7 @@ void KsMailParser::CaptureBytes(std::string_view bytes) {
   if (m_capturing == Capture::kNothing || m_captureFull) {
     return;
   }
-  const std::string_view fitting = bytes.substr(0, kLongestCapture - m_captureBuffer->size());
+  const std::string_view fitting = bytes.substr(0, kMaxCaptureBytes - m_captureBuffer->size());
   m_captureFull = fitting.size() < bytes.size();
   if (m_captureFull && m_capturing == Capture::kBlob) {
     m_blob = std::string();
@@ -304,7 +304,7 @@ void KsMailParser::CaptureBytes(std::string_view bytes) {
 }
 
 void KsMailParser::BeginTextCapture(std::vector<std::string>* parts) {
-  if (parts->size() < kMostTextParts) {
+  if (parts->size() < kMaxTextParts) {
     m_captureBuffer = &parts->emplace_back();
     m_capturing = Capture::kText;
   }

@@ -12,8 +12,8 @@ namespace postmarker {
 // through them included. One thread at a time.
 class FeatureLimit {
  public:
-  static constexpr size_t kMostKeys = 2500000;
-  static constexpr size_t kMostText = size_t{84} << 20;
+  static constexpr size_t kMaxKeys = 2500000;
+  static constexpr size_t kMaxTextBytes = size_t{84} << 20;
 
   // Thrown when something does not fit; nothing was taken then.
   struct Reached {};
@@ -39,8 +39,8 @@ class FeatureLimit {
   }
 
  private:
-  size_t m_keys = kMostKeys;
-  size_t m_text = kMostText;
+  size_t m_keys = kMaxKeys;
+  size_t m_text = kMaxTextBytes;
 };
 
 }  // namespace postmarker

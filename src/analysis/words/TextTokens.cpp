@@ -11,12 +11,13 @@
 namespace postmarker {
 namespace {
 
-constexpr size_t kLongestWord = 64;  // what is longer is cut there, and its rest belongs to no word
+// What is longer is cut there, and its rest belongs to no word.
+constexpr size_t kMaxWordBytes = 64;
 constexpr size_t kWindow = 100;
-constexpr size_t kLeastCapitals = 2;
+constexpr size_t kMinCapitals = 2;
 
 struct Word {
-  std::string_view text;      // at most kLongestWord bytes
+  std::string_view text;      // at most kMaxWordBytes bytes
   std::string_view previous;  // the word before it, empty for the first one
   uint8_t anyOf;              // classes that any of its bytes has
   uint8_t allOf;              // classes that all of its bytes have
@@ -75,7 +76,7 @@ void WalkWords(std::string_view text, Emit emit) {
       word.allOf &= classes;
     }
     if (i > start) {
-      word.text = text.substr(start, std::min(i - start, kLongestWord));
+      word.text = text.substr(start, std::min(i - start, kMaxWordBytes));
       emit(word);
       previous = word.text;
     }
@@ -124,7 +125,7 @@ class DottedWords {
  private:
   TokenCountMap* m_urls;
   TokenCountMap* m_addresses;
-  std::array<char, kLongestWord> m_lower = {};
+  std::array<char, kMaxWordBytes> m_lower = {};
 };
 
 // Counts the words and the pieces of dotted words.
@@ -134,9 +135,9 @@ class WordCounter {
 
   void CountToken(std::string_view text) {
     m_tokens->Add(text, 1);
-    std::array<char, kLongestWord> capitals;
+    std::array<char, kMaxWordBytes> capitals;
     const size_t count = CopyCapitals(text, capitals.data());
-    if (count >= kLeastCapitals) {
+    if (count >= kMinCapitals) {
       m_tokens->Add({capitals.data(), count}, 1);
     }
   }

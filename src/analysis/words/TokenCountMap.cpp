@@ -14,8 +14,8 @@ namespace postmarker {
 namespace {
 
 constexpr size_t kFirstPlaces = 64;
-constexpr size_t kKeptPlaces = 8192;     // a larger index is released by Clear
-constexpr size_t kMostReserved = 16384;  // words
+constexpr size_t kKeptPlaces = 8192;         // a larger index is released by Clear
+constexpr size_t kMaxReservedWords = 16384;  // words
 
 }  // namespace
 
@@ -61,7 +61,7 @@ class TokenCountMap::SequenceText {
 
   std::array<char, 4096> m_bytes;
   char* m_end = m_bytes.data();
-  std::array<char, 2 * WordList::kLongestWord> m_outer;
+  std::array<char, 2 * WordList::kMaxWordBytes> m_outer;
 };
 
 TokenCountMap::Iterator::Iterator(const TokenCountMap* map) : m_map(map), m_order(map->Size()) {
@@ -145,7 +145,7 @@ void TokenCountMap::Insert(const TokenCountMap& other) {
 
 void TokenCountMap::AddWordSequences(const WordList& words) {
   // Most sequences are new.
-  Reserve(Size() + 3 * std::min(words.Size(), kMostReserved));
+  Reserve(Size() + 3 * std::min(words.Size(), kMaxReservedWords));
   SequenceText text;
   for (const std::string_view word : words) {
     text.Append(word);

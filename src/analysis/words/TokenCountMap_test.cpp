@@ -162,7 +162,7 @@ TEST(TokenCountMap, KeysOfAnyLengthAreFound) {
 
 TEST(TokenCountMap, StopsAtTheLimitAndKeepsWhatItHas) {
   FeatureLimit limit;
-  limit.TakeKey(FeatureLimit::kMostText - 10);
+  limit.TakeKey(FeatureLimit::kMaxTextBytes - 10);
   TokenCountMap map;
   map.SetLimit(&limit);
   map.Add("four", 1);
@@ -176,7 +176,7 @@ TEST(TokenCountMap, StopsAtTheLimitOfKeys) {
   FeatureLimit limit;
   TokenCountMap map;
   map.SetLimit(&limit);
-  for (size_t i = 0; i < FeatureLimit::kMostKeys - 1; ++i) {
+  for (size_t i = 0; i < FeatureLimit::kMaxKeys - 1; ++i) {
     limit.TakeKey(0);
   }
   map.Add("a", 1);

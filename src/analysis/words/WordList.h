@@ -15,7 +15,7 @@ namespace postmarker {
 // list is cleared. One thread at a time.
 class WordList {
  public:
-  static constexpr size_t kLongestWord = 255;
+  static constexpr size_t kMaxWordBytes = 255;
 
   struct End {};
 
@@ -50,7 +50,7 @@ class WordList {
   // FeatureLimit::Reached; the words appended so far stay.
   void SetLimit(FeatureLimit* limit) { m_limit = limit; }
 
-  // Adds a word at the end; an empty one is no word. REQUIRES: it has at most kLongestWord bytes.
+  // Adds a word at the end; an empty one is no word. REQUIRES: it has at most kMaxWordBytes bytes.
   void Append(std::string_view word);
 
   // Adds all words of another list.

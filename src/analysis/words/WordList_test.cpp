@@ -34,7 +34,7 @@ TEST(WordList, KeepsLongListsOfWordsOfAllLengths) {
   WordList words;
   std::string expected;
   for (size_t i = 0; i < 3000; ++i) {
-    const std::string word(i % WordList::kLongestWord + 1, static_cast<char>('a' + i % 26));
+    const std::string word(i % WordList::kMaxWordBytes + 1, static_cast<char>('a' + i % 26));
     words.Append(word);
     expected.append(word).append(",");
   }
@@ -44,7 +44,7 @@ TEST(WordList, KeepsLongListsOfWordsOfAllLengths) {
 
 TEST(WordList, StopsAtTheLimitAndKeepsWhatItHas) {
   FeatureLimit limit;
-  limit.TakeKey(FeatureLimit::kMostText - 10);
+  limit.TakeKey(FeatureLimit::kMaxTextBytes - 10);
   WordList words;
   words.SetLimit(&limit);
   words.Append("four");

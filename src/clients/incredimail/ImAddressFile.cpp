@@ -12,7 +12,7 @@ constexpr wchar_t kReadContacts[] = L"SELECT Email, DisplayName FROM Contacts;";
 
 constexpr size_t kFirstSlot = 470;
 constexpr size_t kSlotSize = 4916;
-constexpr size_t kLongestEntry = 1023;
+constexpr size_t kMaxEntryBytes = 1023;
 
 // Takes bytes up to two zeros in a row, wherever the slot ends.
 std::string ReadEntry(std::string_view bytes) {
@@ -25,7 +25,7 @@ std::string ReadEntry(std::string_view bytes) {
     } else if (++zeros == 2) {
       break;
     }
-    if (entry.size() == kLongestEntry) {
+    if (entry.size() == kMaxEntryBytes) {
       break;
     }
   }

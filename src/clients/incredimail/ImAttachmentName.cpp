@@ -10,7 +10,7 @@ namespace postmarker {
 namespace {
 
 // What no file system of the client's takes in one name.
-constexpr size_t kLongestName = 255;
+constexpr size_t kMaxNameBytes = 255;
 
 constexpr auto kDevices =
     std::to_array<std::wstring_view>({L"con", L"prn", L"aux", L"nul", L"conin$", L"conout$"});
@@ -34,7 +34,7 @@ bool IsDevice(std::wstring_view name) {
 }  // namespace
 
 bool IsAttachmentName(std::string_view name) {
-  if (name.size() > kLongestName) {
+  if (name.size() > kMaxNameBytes) {
     return false;
   }
   // The code page decides which bytes are separators.

@@ -22,7 +22,7 @@ bool HasClientClass(HWND window) {
   return ToLower(name).starts_with(kClassPrefix);
 }
 
-// The path of the program that the window belongs to; empty if it can't be had.
+// The path of the program that the window belongs to; empty if it can't be read.
 std::wstring ProgramPath(HWND window) {
   DWORD processId = 0;
   ::GetWindowThreadProcessId(window, &processId);

@@ -18,7 +18,7 @@ constexpr uint64_t kNameToCount = 8;   // from the name's end to the number of c
 constexpr uint64_t kCountToNext = 12;  // from there to the next entry
 constexpr uint64_t kCountToTightEnd =
     8;  // the client ends some lists before the entry's last bytes
-constexpr uint64_t kSmallestEntry = 46;
+constexpr uint64_t kMinEntryBytes = 46;
 constexpr wchar_t kZeroId[] = L"{00000000-0000-0000-0000-000000000000}";
 
 // Lengths that lead back make entries that are read again and again. This many may be, beyond what
@@ -30,7 +30,7 @@ class EntryReader : public ImFieldReader {
  public:
   explicit EntryReader(std::string_view bytes)
       : ImFieldReader(bytes, kFirstEntry),
-        m_entriesLeft(bytes.size() / kSmallestEntry + kEntriesReadAgain) {}
+        m_entriesLeft(bytes.size() / kMinEntryBytes + kEntriesReadAgain) {}
 
   // Call before each entry.
   bool BeginEntry() {

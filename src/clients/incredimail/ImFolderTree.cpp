@@ -23,7 +23,7 @@ std::wstring_view StartingPath(const ImContainer& container, std::wstring_view r
 
 }  // namespace
 
-void LocaliseLabels(ImContainerMap* containers, std::span<const std::wstring> names) {
+void LocalizeLabels(ImContainerMap* containers, std::span<const std::wstring> names) {
   const auto all = containers->Containers();
   for (uint32_t position = 0; position < all.size(); ++position) {
     const uint32_t index = all[position].IndexInParent;

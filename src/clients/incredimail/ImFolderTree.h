@@ -13,7 +13,7 @@ namespace postmarker {
 
 // Gives the client's special folders the names of the person's language: the root's child with
 // IndexInParent n gets the n-th name as its label. Other folders keep theirs.
-void LocaliseLabels(ImContainerMap* containers, std::span<const std::wstring> names);
+void LocalizeLabels(ImContainerMap* containers, std::span<const std::wstring> names);
 
 // Sets every Path. A folder without an id or a label has `rootLabel` itself as its path, any other
 // its parent's path, a backslash and its label. A folder that does not hang on the root (its

@@ -173,32 +173,32 @@ TEST(ImFolderTree, FoldersAreAppendedWithPathIdsAndFlag) {
   EXPECT_EQ(folders[2], (MailFolderRef{L"\\\\Ann\\Entw\u00FCrfe", "{a}", "{identity}", 1}));
 }
 
-TEST(ImFolderTree, LocalisedNamesGoToTheRootsChildrenByTheirIndex) {
+TEST(ImFolderTree, LocalizedNamesGoToTheRootsChildrenByTheirIndex) {
   ImContainerMap map = MapOf({{L"r", L"", 0, L""},
                               {L"a", L"r", 1, L"Outbox"},
                               {L"b", L"r", 0, L"Inbox"},
                               {L"c", L"r", 2, L"Private"},
                               {L"d", L"b", 0, L"Bills"}});
   const std::vector<std::wstring> names = {L"Posteingang", L"Postausgang"};
-  LocaliseLabels(&map, names);
+  LocalizeLabels(&map, names);
   FillPaths(&map, kRootLabel);
   EXPECT_EQ(ListedNames(map),
             (Names{L"\\\\Ann", L"\\\\Ann\\Posteingang", L"\\\\Ann\\Posteingang\\Bills",
                    L"\\\\Ann\\Postausgang", L"\\\\Ann\\Private"}));
 }
 
-TEST(ImFolderTree, LocalisedNamesLeaveFoldersWithoutAParentInTheMapAlone) {
+TEST(ImFolderTree, LocalizedNamesLeaveFoldersWithoutAParentInTheMapAlone) {
   ImContainerMap map = MapOf({{L"r", L"", 0, L"Kept"}, {L"a", L"gone", 0, L"Lost"}});
   const std::vector<std::wstring> names = {L"New"};
-  LocaliseLabels(&map, names);
+  LocalizeLabels(&map, names);
   EXPECT_EQ(map.Find(L"r")->Label, L"Kept");
   EXPECT_EQ(map.Find(L"a")->Label, L"Lost");
 }
 
-TEST(ImFolderTree, LocalisedNamesGoToTheChildrenOfALostFolderToo) {
+TEST(ImFolderTree, LocalizedNamesGoToTheChildrenOfALostFolderToo) {
   ImContainerMap map = MapOf({{L"a", L"gone", 0, L"Lost"}, {L"b", L"a", 0, L"Below"}});
   const std::vector<std::wstring> names = {L"New"};
-  LocaliseLabels(&map, names);
+  LocalizeLabels(&map, names);
   EXPECT_EQ(map.Find(L"b")->Label, L"New");
 }
 

@@ -17,7 +17,7 @@ constexpr std::string_view kMarker = "----------[%ImFilePath%]----------";
 constexpr std::string_view kEncodingHeader = "Content-Transfer-Encoding:";
 constexpr std::string_view kBase64 = "base64";
 constexpr int64_t kSpareRoom = 4096;
-constexpr uint32_t kMostAddedReturns = 4096;
+constexpr uint32_t kMaxAddedReturns = 4096;
 constexpr size_t kNone = std::string_view::npos;
 
 // A claimed size beyond this is not believed: the buffer then grows with what really comes.
@@ -178,7 +178,7 @@ class MessageAssembler {
         break;
       }
       const char c = m_source[m_position];
-      if (c == '\n' && m_addedReturns < kMostAddedReturns) {
+      if (c == '\n' && m_addedReturns < kMaxAddedReturns) {
         CopyLineFeed();
       } else if (c == '-' && IsAtMarker()) {
         TakeAttachment();
@@ -193,7 +193,7 @@ class MessageAssembler {
   // Copies a byte and what follows up to the next hyphen or line feed to look at.
   void CopyRun() {
     size_t end = m_hyphens.From(m_position + 1);
-    if (m_addedReturns < kMostAddedReturns) {
+    if (m_addedReturns < kMaxAddedReturns) {
       const size_t lineFeed = m_lineFeeds.From(m_position + 1);
       // Most line feeds have their carriage return.
       end = std::min(end, m_source[lineFeed - 1] == '\r' ? lineFeed + 1 : lineFeed);

@@ -30,7 +30,7 @@ constexpr std::string_view kCopies = "cc";
 // More lists than most people have written. A long one is rare, and splitting it takes longer than
 // finding it would.
 constexpr size_t kRecentLists = 16384;
-constexpr size_t kLongestRecentList = 512;
+constexpr size_t kMaxRecentListBytes = 512;
 
 // Addresses of this size are sorted before there are more, so that a store that repeats itself
 // takes no memory. Few stores have as many.
@@ -83,7 +83,7 @@ ResultCode Rebuild(const MappedFile& file, const ImMessagePlace& place, ImMessag
   return kOk;
 }
 
-// The tokenizer is made anew for each message.
+// Each message gets a new tokenizer.
 void AddCopies(std::string_view mail, const ListSink& add) {
   const auto tokenizer = std::make_unique<KsMailTokenizer>();
   tokenizer->Parse(mail.data(), static_cast<uint32_t>(mail.size()), nullptr, nullptr);
@@ -174,7 +174,7 @@ void ImAddressCollector::AddList(std::string_view recipients) {
 // No texts make this slow: lists that share a place are split, which costs the same each time. So
 // the hash needs no secret.
 bool ImAddressCollector::IsRecent(std::string_view recipients) {
-  if (recipients.size() > kLongestRecentList) {
+  if (recipients.size() > kMaxRecentListBytes) {
     return false;
   }
   const size_t hash = std::hash<std::string_view>()(recipients);

@@ -25,12 +25,12 @@ std::wstring Quoted(const std::wstring& text) {
 
 }  // namespace
 
-ImContainerMap ReadContainerRows(const std::wstring& database) {
+ImContainerMap ReadContainerRows(const std::wstring& database, const StopQuery& stop) {
   if (!CanOpenForReading(database)) {
     return {};
   }
   ImContainerRows rows;
-  for (ImSqlCursor cursor(database, kReadFolders); cursor.HasRow(); cursor.Next()) {
+  for (ImSqlCursor cursor(database, kReadFolders, stop); cursor.HasRow(); cursor.Next()) {
     ImContainer row;
     row.ContainerID = rows.Keep(cursor.Text(0));
     row.ParentContainerID = rows.Keep(cursor.Text(1));
@@ -44,10 +44,10 @@ ImContainerMap ReadContainerRows(const std::wstring& database) {
 }
 
 ImContainerMap ReadStoredContainers(const std::wstring& identityDirectory,
-                                    const std::wstring& rootLabel) {
+                                    const std::wstring& rootLabel, const StopQuery& stop) {
   const std::wstring database = ContainersDatabasePath(identityDirectory);
   if (CanOpenForReading(database)) {
-    return ReadContainerRows(database);
+    return ReadContainerRows(database, stop);
   }
   ImContainerMap containers;
   ReadFolderFile(&containers, rootLabel, FolderFilePath(identityDirectory));

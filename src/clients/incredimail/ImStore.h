@@ -7,18 +7,20 @@
 #include <string_view>
 
 #include "clients/incredimail/ImContainerMap.h"
+#include "support/StopQuery.h"
 
 namespace postmarker {
 
-// The rows of a folder database, without paths. A file that can't be opened, read whole or
-// understood gives an empty map. The database may be open in the running client.
-ImContainerMap ReadContainerRows(const std::wstring& database);
+// The rows of a folder database, without paths. A file that can't be opened or understood gives an
+// empty map; one that can't be read to its end, and a reading that is stopped, the rows before. The
+// database may be open in the running client.
+ImContainerMap ReadContainerRows(const std::wstring& database, const StopQuery& stop = {});
 
 // The folders of an identity, without paths: from its database if there is a file of that name,
 // otherwise from the older store, whose root gets `rootLabel` as its id. Empty if neither can be
 // read. `identityDirectory` has no separator at its end.
 ImContainerMap ReadStoredContainers(const std::wstring& identityDirectory,
-                                    const std::wstring& rootLabel);
+                                    const std::wstring& rootLabel, const StopQuery& stop = {});
 
 // A new folder's row.
 struct ImNewFolder {

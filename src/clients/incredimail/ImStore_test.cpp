@@ -134,6 +134,23 @@ TEST_F(ImStoreTest, RowsOfNullsAndNumbersAreRead) {
   EXPECT_NE(map.Find(L"5"), nullptr);
 }
 
+TEST_F(ImStoreTest, StopEndsTheReadingOfALongTreeBetweenItsRows) {
+  constexpr size_t kRows = 50'000;
+  {
+    ImDatabase database(m_path);
+    database.AddContainersTable();
+    database.Run(
+        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 50000)"
+        " INSERT INTO Containers(ContainerID, Label) SELECT i, 'Folder' FROM n");
+  }
+  int asked = 0;
+  const StopQuery stop = [&asked] { return ++asked >= 2; };
+  const size_t size = ReadContainerRows(m_path, stop).Size();
+  EXPECT_GT(size, 0U);
+  EXPECT_LT(size, kRows);
+  EXPECT_EQ(ReadContainerRows(m_path).Size(), kRows);
+}
+
 TEST_F(ImStoreTest, LockedDatabaseGivesAnEmptyTree) {
   test::MakeContainersDatabase(m_path, SmallTree());
   ImDatabase client(m_path);

@@ -51,15 +51,15 @@ std::wstring FreeFileName(const std::wstring& label) {
 }  // namespace
 
 ResultCode ReadContainers(const std::wstring& identityName, const std::wstring& identityDirectory,
-                          uint32_t language, ImContainerMap* containers) {
+                          uint32_t language, const StopQuery& stop, ImContainerMap* containers) {
   const std::wstring rootLabel = RootLabel(identityName);
-  *containers = ReadStoredContainers(identityDirectory, rootLabel);
+  *containers = ReadStoredContainers(identityDirectory, rootLabel, stop);
   ResultCode result = kOk;
   if (language != kEnglish) {
     std::vector<std::wstring> names;
     result = ReadLocalisedFolderNames(language, &names);
     if (Succeeded(result)) {
-      LocaliseLabels(containers, names);
+      LocalizeLabels(containers, names);
     }
   }
   FillPaths(containers, rootLabel);
@@ -69,9 +69,12 @@ ResultCode ReadContainers(const std::wstring& identityName, const std::wstring& 
 ResultCode ListFolders(const std::wstring& identityFilter, const StopQuery& stop,
                        MailFolderList* folders) {
   for (ImIdentityWalker walker; Succeeded(walker.Status()) && !ShouldStop(stop); walker.Next()) {
-    if (PassesFilter(walker.Name(), identityFilter)) {
-      ImContainerMap containers;
-      ReadContainers(walker.Name(), walker.Path(), walker.Language(), &containers);
+    if (!PassesFilter(walker.Name(), identityFilter)) {
+      continue;
+    }
+    ImContainerMap containers;
+    ReadContainers(walker.Name(), walker.Path(), walker.Language(), stop, &containers);
+    if (!ShouldStop(stop)) {
       AppendFolders(containers, walker.Name(), folders);
     }
   }
@@ -127,7 +130,7 @@ ResultCode FindWellKnownContainer(uint32_t index, const std::wstring& identityFi
       continue;
     }
     ImContainerMap containers;
-    ReadContainers(walker.Name(), walker.Path(), walker.Language(), &containers);
+    ReadContainers(walker.Name(), walker.Path(), walker.Language(), {}, &containers);
     *id = FindRootChild(containers, index);
     if (!id->empty()) {
       break;

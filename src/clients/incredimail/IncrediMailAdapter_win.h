@@ -1,6 +1,6 @@
 // IncrediMail: the operations on its store, and the adapter that the wizard calls.
-// Each operation reads the registry and the store anew and keeps nothing; all of them may be called
-// from any thread.
+// Each operation reads the registry and the store again and keeps nothing; all of them may be
+// called from any thread.
 #pragma once
 
 #include <cstdint>
@@ -16,13 +16,15 @@ namespace incredimail {
 // Reads the whole folder tree of one identity, from its database or its older store, with paths and
 // with the special folders' names in the identity's language. Every path begins with two
 // backslashes and the identity's display name, or the client's if it has none. A store that can't
-// be read gives an empty tree. A failure means that the names could not be had; the tree then
-// stands with the names of the store.
+// be read gives an empty tree. A failure means that the names could not be read; the tree then
+// stands with the names of the store. `stop` may be empty, and is asked while a database is read;
+// a yes leaves the tree with what was read.
 ResultCode ReadContainers(const std::wstring& identityName, const std::wstring& identityDirectory,
-                          uint32_t language, ImContainerMap* containers);
+                          uint32_t language, const StopQuery& stop, ImContainerMap* containers);
 
 // Appends the folders of the identity with this name, whatever its case, or of all identities for
-// an empty name. `stop` is asked before each identity, and may be empty. Always 0.
+// an empty name. `stop` may be empty, and is asked before each identity and while its folders are
+// read; of an identity whose reading it ends none is appended. Always 0.
 ResultCode ListFolders(const std::wstring& identityFilter, const StopQuery& stop,
                        MailFolderList* folders);
 

@@ -168,6 +168,18 @@ TEST_F(IncrediMailTest, SpecialFoldersHaveTheNamesOfTheIdentitysLanguage) {
                    L"\\\\Ann\\Gel\u00F6schte Objekte"}));
 }
 
+TEST_F(IncrediMailTest, ListingThatIsStoppedAppendsNoPartOfAnIdentity) {
+  AddIdentity(L"{1}", L"Ann", L"Inbox");
+  ASSERT_FALSE(List().empty());
+  int asked = 0;
+  MailFolderList folders;
+  EXPECT_EQ(incredimail::ListFolders(
+                L"", [&asked] { return ++asked > 1; }, &folders),
+            kOk);
+  EXPECT_GE(asked, 2);
+  EXPECT_TRUE(folders.empty());
+}
+
 TEST_F(IncrediMailTest, IdentityInEnglishNeverTouchesTheMessages) {
   InstallMessages();  // has English names that differ from those of the store
   AddIdentity(L"{1}", L"Ann", L"In");
@@ -177,7 +189,7 @@ TEST_F(IncrediMailTest, IdentityInEnglishNeverTouchesTheMessages) {
 TEST_F(IncrediMailTest, WithoutTheMessagesTheNamesOfTheStoreStay) {
   AddIdentity(L"{1}", L"Ann", L"Inbox", 7);
   ImContainerMap containers;
-  EXPECT_EQ(incredimail::ReadContainers(L"{1}", m_client.DataFolder() + L"\\Identities\\{1}", 7,
+  EXPECT_EQ(incredimail::ReadContainers(L"{1}", m_client.DataFolder() + L"\\Identities\\{1}", 7, {},
                                         &containers),
             kFail);
   EXPECT_EQ(containers.Find(ImGuid(2))->Path, L"\\\\Ann\\Inbox");

@@ -9,8 +9,8 @@
 namespace postmarker {
 namespace {
 
-constexpr uint32_t kNameLimit = 1023;
-constexpr uint32_t kValueLimit = 2047;
+constexpr uint32_t kMaxNameBytes = 1023;
+constexpr uint32_t kMaxValueBytes = 2047;
 
 // Types of columns.
 enum JetType : uint32_t {
@@ -38,7 +38,7 @@ Number NumberOf(const std::string& bytes) {
 
 // At most `limit` bytes of a column; nothing if it can't be read as a whole.
 std::optional<std::string> Retrieve(JetTableRef table, jet::ColumnId column, uint32_t limit) {
-  std::array<char, kValueLimit> buffer = {};
+  std::array<char, kMaxValueBytes> buffer = {};
   uint32_t length = 0;
   const jet::Code code = table.api->JetRetrieveColumn(table.session, table.id, column,
                                                       buffer.data(), limit, &length, 0, nullptr);
@@ -73,7 +73,7 @@ jet::Code MakeKey(JetTableRef table, const std::vector<std::wstring>& indexColum
     const auto info = columns.find(column);
     const std::string content =
         ContentOf(value, info != columns.end() && info->second.CodePage == kUtf16);
-    // Deliberate: each column begins the key anew, so that of several only the last one stays.
+    // Deliberate: each column begins a new key, so that of several only the last one stays.
     code =
         table.api->JetMakeKey(table.session, table.id, value.IsNothing() ? nullptr : content.data(),
                               static_cast<uint32_t>(content.size()), jet::kNewKey);
@@ -113,7 +113,7 @@ jet::Code MoveToFiltered(JetTableRef table, const std::wstring& index,
 }
 
 std::optional<std::wstring> ReadName(JetTableRef table, jet::ColumnId column) {
-  const std::optional<std::string> name = Retrieve(table, column, kNameLimit);
+  const std::optional<std::string> name = Retrieve(table, column, kMaxNameBytes);
   return name ? std::optional(Widen(name->substr(0, name->find('\0')))) : std::nullopt;
 }
 
@@ -139,11 +139,11 @@ std::optional<JetValue> ReadColumn(JetTableRef table, const JetColumnInfo& colum
       return bytes ? std::optional(JetValue(NumberOf<int64_t>(*bytes))) : std::nullopt;
     case kBinary:
     case kLongBinary:
-      bytes = read(kValueLimit);
+      bytes = read(kMaxValueBytes);
       return bytes ? std::optional(TextFromBinary(*bytes)) : std::nullopt;
     case kText:
     case kLongText:
-      bytes = read(kValueLimit);
+      bytes = read(kMaxValueBytes);
       if (!bytes) {
         return std::nullopt;
       }

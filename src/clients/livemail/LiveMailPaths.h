@@ -1,4 +1,4 @@
-// Where Windows Live Mail and its store are. The registry is read anew each time. Any thread.
+// Where Windows Live Mail and its store are. The registry is read each time. Any thread.
 #pragma once
 
 #include <optional>

@@ -73,7 +73,7 @@ TEST_F(OutlookAdapterTest, CollectionThatIsCancelledReadsNoContacts) {
   EXPECT_EQ(Peer().CallsOf("NameSpace.GetDefaultFolder"), 0);
   Peer().ResetCalls();
   EXPECT_EQ(OutlookAdapter().CollectSentAddresses(Session(), &progress.callbacks, &addresses), kOk);
-  EXPECT_EQ(Peer().Calls(), 0) << "it was cancelled before it began";
+  EXPECT_EQ(Peer().Calls(), 0) << "it was canceled before it began";
 }
 
 TEST_F(OutlookAdapterTest, FailureOfEitherHalfIsTheResult) {

@@ -8,15 +8,15 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-AddressSet Normalised(std::wstring_view text) {
+AddressSet Normalized(std::wstring_view text) {
   AddressSet addresses;
   EXPECT_EQ(NormaliseOutlookAddress(text, &addresses), kOk);
   return addresses;
 }
 
 TEST(OutlookAddressTest, IsLoweredAndTrimmed) {
-  EXPECT_THAT(Normalised(L"A@B.Org"), ElementsAre(L"a@b.org"));
-  EXPECT_THAT(Normalised(L" \t\xC4nn@B.Org\r\n"), ElementsAre(L"\xE4nn@b.org"));
+  EXPECT_THAT(Normalized(L"A@B.Org"), ElementsAre(L"a@b.org"));
+  EXPECT_THAT(Normalized(L" \t\xC4nn@B.Org\r\n"), ElementsAre(L"\xE4nn@b.org"));
 }
 
 TEST(OutlookAddressTest, EmptyTextFailsAndABlankOneIsDropped) {
@@ -27,25 +27,25 @@ TEST(OutlookAddressTest, EmptyTextFailsAndABlankOneIsDropped) {
 }
 
 TEST(OutlookAddressTest, TextWithoutAnAtSignIsDropped) {
-  EXPECT_THAT(Normalised(L"Ann Smith"), IsEmpty());
+  EXPECT_THAT(Normalized(L"Ann Smith"), IsEmpty());
 }
 
 TEST(OutlookAddressTest, ExchangeAddressCountsOnlyWithAnInternetAddressAtItsEnd) {
-  EXPECT_THAT(Normalised(L"/o=org/ou=first/cn=recipients/cn=jdoe"), IsEmpty());
-  EXPECT_THAT(Normalised(L"/o=org/cn=recipients/cn=a@b.org"), ElementsAre(L"a@b.org"));
-  EXPECT_THAT(Normalised(L" /O=ORG/CN=RECIPIENTS/CN=A@B.ORG "), ElementsAre(L"a@b.org"));
+  EXPECT_THAT(Normalized(L"/o=org/ou=first/cn=recipients/cn=jdoe"), IsEmpty());
+  EXPECT_THAT(Normalized(L"/o=org/cn=recipients/cn=a@b.org"), ElementsAre(L"a@b.org"));
+  EXPECT_THAT(Normalized(L" /O=ORG/CN=RECIPIENTS/CN=A@B.ORG "), ElementsAre(L"a@b.org"));
 }
 
 TEST(OutlookAddressTest, OnlyWhatFollowsTheSecondCommonNameIsKept) {
-  EXPECT_THAT(Normalised(L"/o=a@b.org/cn=recipients/cn=jdoe"), IsEmpty());
-  EXPECT_THAT(Normalised(L"/o=org/cn=a/cn=b/cn=c@d.org"), ElementsAre(L"b/cn=c@d.org"));
-  EXPECT_THAT(Normalised(L"/o=org/cn=a/cn="), IsEmpty());
+  EXPECT_THAT(Normalized(L"/o=a@b.org/cn=recipients/cn=jdoe"), IsEmpty());
+  EXPECT_THAT(Normalized(L"/o=org/cn=a/cn=b/cn=c@d.org"), ElementsAre(L"b/cn=c@d.org"));
+  EXPECT_THAT(Normalized(L"/o=org/cn=a/cn="), IsEmpty());
 }
 
 TEST(OutlookAddressTest, ExchangeAddressWithOneCommonNameStaysWhole) {
-  EXPECT_THAT(Normalised(L"/o=org/cn=a@b.org"), ElementsAre(L"/o=org/cn=a@b.org"));
-  EXPECT_THAT(Normalised(L"/o=org/cn=/c@d.org"), ElementsAre(L"/o=org/cn=/c@d.org"));
-  EXPECT_THAT(Normalised(L"x/o=org/cn=a/cn=b@c.org"), ElementsAre(L"x/o=org/cn=a/cn=b@c.org"));
+  EXPECT_THAT(Normalized(L"/o=org/cn=a@b.org"), ElementsAre(L"/o=org/cn=a@b.org"));
+  EXPECT_THAT(Normalized(L"/o=org/cn=/c@d.org"), ElementsAre(L"/o=org/cn=/c@d.org"));
+  EXPECT_THAT(Normalized(L"x/o=org/cn=a/cn=b@c.org"), ElementsAre(L"x/o=org/cn=a/cn=b@c.org"));
 }
 
 TEST(OutlookVersionTest, ReleaseIsFoundByTheLeadingNumber) {

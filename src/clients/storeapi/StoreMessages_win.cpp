@@ -21,8 +21,8 @@ int32_t CountMessages(IStoreFolder* folder) {
   FolderPropsQuery query;
   const HRESULT result = query.AskEitherForm(
       [folder](StoreFolderProps* props) { return folder->GetFolderProps(0, props); });
-  constexpr uint32_t kMost = std::numeric_limits<int32_t>::max();
-  return SUCCEEDED(result) ? static_cast<int32_t>(std::min(query.Props().cMessage, kMost)) : 0;
+  constexpr uint32_t kMax = std::numeric_limits<int32_t>::max();
+  return SUCCEEDED(result) ? static_cast<int32_t>(std::min(query.Props().cMessage, kMax)) : 0;
 }
 
 void SetTotal(const ProgressCallbacks* callbacks, int32_t total) {

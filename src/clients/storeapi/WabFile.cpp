@@ -15,12 +15,12 @@ constexpr size_t kEntrySize = 68;
 
 // An entry has half of this many units. Deliberate: one without a terminator runs on into the next
 // entry, as the address book's own count of bytes is taken for one of characters.
-constexpr size_t kLongestAddress = 68;
+constexpr size_t kMaxAddressChars = 68;
 
 // Deliberate: the high bytes are ignored. Mail addresses of that time are ASCII.
 std::string ReadEntry(std::string_view bytes) {
   std::string address;
-  for (size_t at = 0; at < bytes.size() && bytes[at] != '\0' && address.size() < kLongestAddress;
+  for (size_t at = 0; at < bytes.size() && bytes[at] != '\0' && address.size() < kMaxAddressChars;
        at += sizeof(char16_t)) {
     address.push_back(bytes[at]);
   }

@@ -11,7 +11,7 @@ using test::ScriptedTbChannel;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr int32_t kLimit = 20;
+constexpr int32_t kLimitSeconds = 20;
 
 // Notes what is reported and stops when it is told to.
 struct Progress {
@@ -58,7 +58,8 @@ class TbCommandsTest : public testing::Test {
     }
     m_channel.Say(L"#####GiveAddressesFromSentItems");
     AddressSet addresses;
-    EXPECT_EQ(GiveAddressesFromSentItems(&m_channel, total, callbacks, kLimit, &addresses), kOk);
+    EXPECT_EQ(GiveAddressesFromSentItems(&m_channel, total, callbacks, kLimitSeconds, &addresses),
+              kOk);
     return addresses;
   }
 
@@ -72,7 +73,7 @@ TEST_F(TbCommandsTest, FoldersArriveInTheirOrderUntilTheEndMarker) {
   m_channel.Say(L"A######2######s######false");
   m_channel.Say(L"#####GiveAllFolders");
   m_channel.Say(L"C######3######s######true");
-  EXPECT_EQ(GiveAllFolders(&m_channel, kLimit, &m_folders), kOk);
+  EXPECT_EQ(GiveAllFolders(&m_channel, kLimitSeconds, &m_folders), kOk);
   EXPECT_THAT(m_folders,
               ElementsAre(MailFolderRef{L"B", "1", "s", 1}, MailFolderRef{L"A", "2", "s", 0}));
   EXPECT_THAT(m_channel.sent, ElementsAre(L"GiveAllFolders"));
@@ -82,7 +83,7 @@ TEST_F(TbCommandsTest, FoldersAreAppendedToWhatTheListHolds) {
   m_folders = {{L"old", "0", "s", 1}};
   m_channel.Say(L"new######1######s######true");
   m_channel.Say(L"#####GiveAllFolders");
-  GiveAllFolders(&m_channel, kLimit, &m_folders);
+  GiveAllFolders(&m_channel, kLimitSeconds, &m_folders);
   EXPECT_EQ(m_folders.size(), 2U);
 }
 
@@ -91,7 +92,7 @@ TEST_F(TbCommandsTest, EndMarkerOfAnotherCommandOrCaseIsARecord) {
   m_channel.Say(L"#####giveallfolders");
   m_channel.Say(L"#####GiveAllFolders ");
   m_channel.Say(L"#####GiveAllFolders");
-  GiveAllFolders(&m_channel, kLimit, &m_folders);
+  GiveAllFolders(&m_channel, kLimitSeconds, &m_folders);
   EXPECT_THAT(m_folders, ElementsAre(MailFolderRef{L"GiveContacts", "", "", 1},
                                      MailFolderRef{L"giveallfolders", "", "", 1},
                                      MailFolderRef{L"GiveAllFolders ", "", "", 1}));
@@ -102,13 +103,14 @@ TEST_F(TbCommandsTest, CommandThatCannotBeSentFailsAndReadsNothing) {
   m_channel.Say(L"x");
   AddressSet addresses;
   int32_t count = 5;
-  EXPECT_EQ(GiveAllFolders(&m_channel, kLimit, &m_folders), kFail);
-  EXPECT_EQ(GiveContacts(&m_channel, kLimit, &addresses), kFail);
-  EXPECT_EQ(SentItemsEntries(&m_channel, kLimit, &count), kFail);
-  EXPECT_EQ(GiveAddressesFromSentItems(&m_channel, 3, &m_progress.record, kLimit, &addresses),
-            kFail);
-  EXPECT_EQ(AddNewFolder(&m_channel, L"x", {}, kLimit, &m_folders), kFail);
-  EXPECT_EQ(SetMoveMails(&m_channel, true, kLimit), kFail);
+  EXPECT_EQ(GiveAllFolders(&m_channel, kLimitSeconds, &m_folders), kFail);
+  EXPECT_EQ(GiveContacts(&m_channel, kLimitSeconds, &addresses), kFail);
+  EXPECT_EQ(SentItemsEntries(&m_channel, kLimitSeconds, &count), kFail);
+  EXPECT_EQ(
+      GiveAddressesFromSentItems(&m_channel, 3, &m_progress.record, kLimitSeconds, &addresses),
+      kFail);
+  EXPECT_EQ(AddNewFolder(&m_channel, L"x", {}, kLimitSeconds, &m_folders), kFail);
+  EXPECT_EQ(SetMoveMails(&m_channel, true, kLimitSeconds), kFail);
   EXPECT_EQ(m_channel.looks, 0);
   EXPECT_EQ(count, 5);
   EXPECT_THAT(m_progress.totals, IsEmpty());
@@ -117,7 +119,7 @@ TEST_F(TbCommandsTest, CommandThatCannotBeSentFailsAndReadsNothing) {
 TEST_F(TbCommandsTest, SilenceEndsWithWhatArrivedAfterTheLimitInWholeSeconds) {
   m_channel.Say(L"A######1######s");
   const int64_t start = m_channel.Clock();
-  EXPECT_EQ(GiveAllFolders(&m_channel, kLimit, &m_folders), kOk);
+  EXPECT_EQ(GiveAllFolders(&m_channel, kLimitSeconds, &m_folders), kOk);
   EXPECT_EQ(m_folders.size(), 1U);
   // Elapsed seconds are rounded, so half a second before the limit counts as it.
   EXPECT_EQ(m_channel.Clock() - start, 19'500);
@@ -129,7 +131,7 @@ TEST_F(TbCommandsTest, LimitRunsFromTheStartAndIsNotRenewedByTraffic) {
     m_channel.Say(L"A######1######s");
   }
   const int64_t start = m_channel.Clock();
-  GiveAllFolders(&m_channel, kLimit, &m_folders);
+  GiveAllFolders(&m_channel, kLimitSeconds, &m_folders);
   EXPECT_EQ(m_folders.size(), 3U);
   EXPECT_EQ(m_channel.Clock() - start, 19'500);
 }
@@ -148,7 +150,7 @@ TEST_F(TbCommandsTest, SilenceIsLookedIntoEveryTenthOfASecond) {
   m_channel.Pause(950);
   m_channel.Say(L"#####GiveAllFolders");
   const int64_t start = m_channel.Clock();
-  GiveAllFolders(&m_channel, kLimit, &m_folders);
+  GiveAllFolders(&m_channel, kLimitSeconds, &m_folders);
   EXPECT_EQ(m_channel.Clock() - start, 1'000);
   EXPECT_EQ(m_channel.looks, 11);
 }
@@ -156,21 +158,21 @@ TEST_F(TbCommandsTest, SilenceIsLookedIntoEveryTenthOfASecond) {
 TEST_F(TbCommandsTest, BrokenChannelEndsWithWhatArrived) {
   m_channel.Say(L"A######1######s");
   m_channel.Break();
-  EXPECT_EQ(GiveAllFolders(&m_channel, kLimit, &m_folders), kOk);
+  EXPECT_EQ(GiveAllFolders(&m_channel, kLimitSeconds, &m_folders), kOk);
   EXPECT_EQ(m_folders.size(), 1U);
 }
 
 TEST_F(TbCommandsTest, AbandonedCommandEndsWithinOnePoll) {
   m_channel.isAbandoned = true;
   m_channel.Say(L"A######1######s");
-  EXPECT_EQ(GiveAllFolders(&m_channel, kLimit, &m_folders), kOk);
+  EXPECT_EQ(GiveAllFolders(&m_channel, kLimitSeconds, &m_folders), kOk);
   EXPECT_EQ(m_channel.reads, 0);
 }
 
 TEST_F(TbCommandsTest, EndlessListOfNewTextsEndsAt64MebibytesHeld) {
   m_channel.SayNumberedForEver(std::wstring(1000, L'x'));
   AddressSet addresses;
-  EXPECT_EQ(GiveContacts(&m_channel, kLimit, &addresses), kOk);
+  EXPECT_EQ(GiveContacts(&m_channel, kLimitSeconds, &addresses), kOk);
   size_t held = 0;
   for (const std::wstring& address : addresses) {
     held += address.size() * sizeof(wchar_t) + 64;
@@ -178,7 +180,7 @@ TEST_F(TbCommandsTest, EndlessListOfNewTextsEndsAt64MebibytesHeld) {
   EXPECT_GE(held, size_t{64} * 1024 * 1024);
   EXPECT_LT(held, size_t{65} * 1024 * 1024);
   addresses.clear();
-  EXPECT_EQ(GiveAllFolders(&m_channel, kLimit, &m_folders), kOk);
+  EXPECT_EQ(GiveAllFolders(&m_channel, kLimitSeconds, &m_folders), kOk);
   EXPECT_LT(m_folders.size(), size_t{64} * 1024 * 1024 / (1000 * sizeof(wchar_t)));
 }
 
@@ -188,18 +190,18 @@ TEST_F(TbCommandsTest, ListThatRepeatsWhatIsHeldIsNotCut) {
   m_channel.Say(L"last@x");
   m_channel.Say(L"#####GiveContacts");
   AddressSet addresses;
-  EXPECT_EQ(GiveContacts(&m_channel, kLimit, &addresses), kOk);
+  EXPECT_EQ(GiveContacts(&m_channel, kLimitSeconds, &addresses), kOk);
   EXPECT_THAT(addresses, ElementsAre(L"last@x", list));
 }
 
 TEST_F(TbCommandsTest, EndlessAnswerThatHoldsNothingEndsSoon) {
   m_channel.SayForEver(L"OK");
-  EXPECT_EQ(SetMoveMails(&m_channel, true, kLimit), kOk);
+  EXPECT_EQ(SetMoveMails(&m_channel, true, kLimitSeconds), kOk);
   EXPECT_EQ(m_channel.reads, 8'192);
-  EXPECT_EQ(AddNewFolder(&m_channel, L"New", {}, kLimit, &m_folders), kOk);
+  EXPECT_EQ(AddNewFolder(&m_channel, L"New", {}, kLimitSeconds, &m_folders), kOk);
   EXPECT_EQ(m_channel.reads, 16'384);
   int32_t count = 0;
-  EXPECT_EQ(SentItemsEntries(&m_channel, kLimit, &count), kOk);
+  EXPECT_EQ(SentItemsEntries(&m_channel, kLimitSeconds, &count), kOk);
   EXPECT_EQ(m_channel.reads, 24'576);
 }
 
@@ -209,7 +211,7 @@ TEST_F(TbCommandsTest, ContactsAreTakenUnchanged) {
   m_channel.Say(L"#not a record# <x>");
   m_channel.Say(L"");
   m_channel.Say(L"#####GiveContacts");
-  EXPECT_EQ(GiveContacts(&m_channel, kLimit, &addresses), kOk);
+  EXPECT_EQ(GiveContacts(&m_channel, kLimitSeconds, &addresses), kOk);
   EXPECT_THAT(addresses, ElementsAre(L"", L"#not a record# <x>", L"Anna@Post.Example"));
 }
 
@@ -218,14 +220,14 @@ TEST_F(TbCommandsTest, LaterCountOverwritesTheEarlier) {
   m_channel.Say(L"12");
   m_channel.Say(L"34");
   m_channel.Say(L"#####SentItemsEntries");
-  EXPECT_EQ(SentItemsEntries(&m_channel, kLimit, &count), kOk);
+  EXPECT_EQ(SentItemsEntries(&m_channel, kLimitSeconds, &count), kOk);
   EXPECT_EQ(count, 34);
 }
 
 TEST_F(TbCommandsTest, CountWithoutAnAnswerIsAsItWas) {
   int32_t count = 9;
   m_channel.Say(L"#####SentItemsEntries");
-  SentItemsEntries(&m_channel, kLimit, &count);
+  SentItemsEntries(&m_channel, kLimitSeconds, &count);
   EXPECT_EQ(count, 9);
 }
 
@@ -233,7 +235,7 @@ TEST_F(TbCommandsTest, NonNumericCountIsZero) {
   int32_t count = 9;
   m_channel.Say(L"lots");
   m_channel.Say(L"#####SentItemsEntries");
-  SentItemsEntries(&m_channel, kLimit, &count);
+  SentItemsEntries(&m_channel, kLimitSeconds, &count);
   EXPECT_EQ(count, 0);
 }
 
@@ -294,7 +296,7 @@ TEST_F(TbCommandsTest, NewFolderIsNamedAfterTheAnswerOk) {
   m_channel.Say(L"Local Folders\\Spam######7######s");
   m_channel.Say(L"#####AddNewFolder");
   const MailFolderRef parent = {L"Local Folders", "1", "store", 0};
-  EXPECT_EQ(AddNewFolder(&m_channel, L"Spam", parent, kLimit, &m_folders), kOk);
+  EXPECT_EQ(AddNewFolder(&m_channel, L"Spam", parent, kLimitSeconds, &m_folders), kOk);
   EXPECT_THAT(m_channel.sent, ElementsAre(L"AddNewFolder", L"Local Folders\\Spam######store"));
   EXPECT_THAT(m_folders, ElementsAre(MailFolderRef{L"Local Folders\\Spam", "7", "s", 0}));
 }
@@ -304,7 +306,7 @@ TEST_F(TbCommandsTest, OkCountsInItsOwnCaseAndAsOftenAsItComes) {
   m_channel.Say(L"OK");
   m_channel.Say(L"OK");
   m_channel.Say(L"#####AddNewFolder");
-  AddNewFolder(&m_channel, L"B", {L"A", "", "s", 1}, kLimit, &m_folders);
+  AddNewFolder(&m_channel, L"B", {L"A", "", "s", 1}, kLimitSeconds, &m_folders);
   EXPECT_EQ(m_channel.sent.size(), 3U);
   EXPECT_THAT(m_folders, ElementsAre(MailFolderRef{L"ok", "", "", 1}));
 }
@@ -314,7 +316,7 @@ TEST_F(TbCommandsTest, MoveSwitchIsTheWordTrueOrFalseAfterOk) {
     m_channel.sent.clear();
     m_channel.Say(L"OK");
     m_channel.Say(L"#####SetMoveMails");
-    EXPECT_EQ(SetMoveMails(&m_channel, move, kLimit), kOk);
+    EXPECT_EQ(SetMoveMails(&m_channel, move, kLimitSeconds), kOk);
     EXPECT_THAT(m_channel.sent, ElementsAre(L"SetMoveMails", move ? L"true" : L"false"));
   }
 }
@@ -324,7 +326,7 @@ TEST_F(TbCommandsTest, OtherRepliesToTheMoveSwitchAreSkippedWithoutAnAnswer) {
   m_channel.Say(L"ok");
   m_channel.Say(L"");
   m_channel.Say(L"#####SetMoveMails");
-  EXPECT_EQ(SetMoveMails(&m_channel, true, kLimit), kOk);
+  EXPECT_EQ(SetMoveMails(&m_channel, true, kLimitSeconds), kOk);
   EXPECT_THAT(m_channel.sent, ElementsAre(L"SetMoveMails"));
 }
 

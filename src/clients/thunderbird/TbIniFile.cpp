@@ -7,7 +7,7 @@
 namespace postmarker::thunderbird {
 namespace {
 
-constexpr size_t kLongestLine = 259;
+constexpr size_t kMaxLineChars = 259;
 constexpr std::wstring_view kPathKey = L"Path=";
 
 // The lines of a text file, each up to its first NUL. A file that is well-formed UTF-8, as today's
@@ -27,7 +27,7 @@ class TextLines {
     std::string piece;
     for (size_t characters = 0; !m_rest.empty();) {
       characters += BeginsCharacter() ? 1 : 0;
-      if (characters > kLongestLine) {
+      if (characters > kMaxLineChars) {
         break;
       }
       const char c = TakeByte();

@@ -18,7 +18,7 @@ constexpr wchar_t kProgramKey[] = L"Software\\Mozilla\\Mozilla Thunderbird";
 constexpr REGSAM kReadAndWrite = 0x2001F;
 constexpr DWORD kTextRoom = 260;
 constexpr DWORD kExpandedRoom = 1024;
-constexpr size_t kLongestExtensionPath = 259;
+constexpr size_t kMaxExtensionPathChars = 259;
 
 std::optional<std::wstring> ReadProgramText(const MachineView& machine, const std::wstring& key,
                                             const wchar_t* name) {
@@ -42,7 +42,7 @@ std::optional<std::wstring> RegisteredExtension() {
   if (needed == 0 || needed > kExpandedRoom) {
     return std::nullopt;
   }
-  return std::wstring(expanded.data()).substr(0, kLongestExtensionPath);
+  return std::wstring(expanded.data()).substr(0, kMaxExtensionPathChars);
 }
 
 }  // namespace

@@ -36,7 +36,7 @@ class ThunderbirdHold final : public ClientHold {
   ThunderbirdHold() = default;
   ~ThunderbirdHold() override { Disconnect(); }
 
-  // Deliberate: called again it connects anew, and what the last call came to stands. A client that
+  // Deliberate: a second call connects again, and what the last call came to stands. A client that
   // was started by an earlier one is then taken for one that ran before.
   void Connect() override {
     try {

@@ -15,9 +15,9 @@ namespace {
 constexpr wchar_t kPipeName[] = L"\\\\.\\pipe\\TB_SPAMFILTER{47D90EE3-EF55-4f69-B0E9-BB740F0ADD6F}";
 constexpr int32_t kPipeBufferChars = 2'560'000;
 constexpr int32_t kRunningAttempts = 2;
-constexpr int32_t kRunningPause = 100;
+constexpr int32_t kRunningPauseMs = 100;
 constexpr int32_t kStartAttempts = 20;
-constexpr int32_t kCancelPoll = 50;  // in silence it is asked at each poll of the bridge
+constexpr int32_t kCancelPollMs = 50;  // in silence it is asked at each poll of the bridge
 
 bool StartHidden(const std::wstring& program) {
   SHELLEXECUTEINFOW start = {};
@@ -44,7 +44,7 @@ bool ThunderbirdConnection::IsAbandoned() {
   if (!m_stop || Now() < m_nextLook) {
     return false;
   }
-  m_nextLook = Now() + kCancelPoll;
+  m_nextLook = Now() + kCancelPollMs;
   return m_stop();
 }
 
@@ -55,7 +55,7 @@ ResultCode ConnectOrLaunch(ThunderbirdConnection* connection, int32_t limitMilli
     return kFail;
   }
   const StopQuery& stop = connection->Stop();
-  if (pipe.TryConnect(kRunningAttempts, kRunningPause, stop)) {
+  if (pipe.TryConnect(kRunningAttempts, kRunningPauseMs, stop)) {
     connection->alreadyRunning = 1;
     return kOk;
   }

@@ -46,14 +46,14 @@ class ThunderbirdHarvestTest : public ThunderbirdTest {
   // harvest, false if it took the end of the client: a harvest that does not look at Cancel would
   // go on for ever, or until its own 20 s are over.
   bool EndsByCancelDuring(const std::wstring& line, DWORD pressedAfter = 0) {
-    constexpr DWORD kPatience = 10'000;
+    constexpr DWORD kPatienceMs = 10'000;
     const KernelHandle ended(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
     bool endsByCancel = false;
     std::thread person([&] {
       Client().Require(line, "the line did not come");
       ::Sleep(pressedAfter);
       ::SetEvent(m_stop.Get());
-      endsByCancel = ::WaitForSingleObject(ended.Get(), kPatience) == WAIT_OBJECT_0;
+      endsByCancel = ::WaitForSingleObject(ended.Get(), kPatienceMs) == WAIT_OBJECT_0;
       if (!endsByCancel) {
         Client().Kill();
       }

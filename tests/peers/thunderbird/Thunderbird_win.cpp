@@ -30,7 +30,7 @@ namespace {
 constexpr wchar_t kPipeName[] = L"\\\\.\\pipe\\TB_SPAMFILTER{47D90EE3-EF55-4f69-B0E9-BB740F0ADD6F}";
 constexpr DWORD kPipeBytes = 1 << 20;
 constexpr int kInstances = 6;
-constexpr size_t kLongestMessage = 65536;
+constexpr size_t kMaxMessageChars = 65536;
 constexpr UINT kHideMessage = WM_APP;
 
 std::wstring OwnFolder() {
@@ -91,7 +91,7 @@ class Conversation {
 
  private:
   std::wstring Receive() {
-    std::wstring message(kLongestMessage, L'\0');
+    std::wstring message(kMaxMessageChars, L'\0');
     DWORD bytes = 0;
     if (!::ReadFile(m_pipe, message.data(), static_cast<DWORD>(message.size() * sizeof(wchar_t)),
                     &bytes, nullptr)) {
