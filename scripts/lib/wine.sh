@@ -98,7 +98,7 @@ wine_make_prefix() {
 wine_start_server() {
   wine_make_prefix
   # Says no if there is a server already. One that was killed leaves its socket behind, which this replaces.
-  if wineserver -p >/dev/null 2>&1; then
+  if wineserver -p >/dev/null 2>>"$wine_state/wineserver.log"; then
     # Wine's services and desktop come with the first program and keep its output open: not that of the caller's.
     wine wineboot </dev/null >/dev/null 2>&1
   fi

@@ -5,9 +5,14 @@
 #include <thread>
 
 #include "controls/GridFixture_win.h"
+#include "support/WindowPixels_win.h"
 
 namespace postmarker::test {
 namespace {
+
+// Of the texts, if the person has chosen no colors.
+constexpr uint32_t kBlack = 0x000000;
+constexpr uint32_t kGray = 0x606060;
 
 class KsImageGridCtrlTest : public GridFixture {
  protected:
@@ -68,6 +73,17 @@ TEST_F(KsImageGridCtrlTest, EntriesStayWhenTheColumnsAreMadeAnew) {
   EXPECT_EQ(m_grid.ColumnCount(), 2);
   EXPECT_EQ(m_grid.ItemCount(), 3);
   EXPECT_EQ(m_grid.ItemText(2, 0), L"Epsilon, Not ready");
+}
+
+TEST_F(KsImageGridCtrlTest, NameOfATileIsBlack) {
+  m_grid.AddEntry(L"Alpha", L"", nullptr, true);
+  EXPECT_TRUE(PumpUntil([this] { return PixelsOf(m_grid.Handle(), kBlack) > 0; }));
+}
+
+TEST_F(KsImageGridCtrlTest, TextsOfATileThatCannotBeChosenAreGray) {
+  m_grid.AddEntry(L"Beta", L"Not found", nullptr, false);
+  EXPECT_TRUE(PumpUntil([this] { return PixelsOf(m_grid.Handle(), kGray) > 0; }));
+  EXPECT_EQ(PixelsOf(m_grid.Handle(), kBlack), 0U);
 }
 
 TEST_F(KsImageGridCtrlTest, NothingIsSelectedAtFirst) {

@@ -2,11 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 
 #include "module/ModuleFixture_win.h"
-#include "support/DeviceContext_win.h"
+#include "support/WindowPixels_win.h"
 #include "wizard/ClientGrid_win.h"
 #include "wizard/WindowHook_win.h"
 
@@ -104,27 +103,6 @@ TEST_F(WindowHookTest, ModuleHooksTheSheetThroughTheSuitesWindowHookModule) {
   EXPECT_EQ(calls(2), 1);
   Unload();
   EXPECT_EQ(::GetModuleHandleW(L"WndShim.dll"), nullptr);
-}
-
-// How many pixels of a color a window shows.
-size_t PixelsOf(HWND window, uint32_t color) {
-  RECT client = {};
-  ::GetClientRect(window, &client);
-  BITMAPINFO info = {};
-  info.bmiHeader = {
-      sizeof(info.bmiHeader), client.right, client.bottom, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-  void* bits = nullptr;
-  const WindowDc dc(window);
-  const MemoryDc memory(::CreateCompatibleDC(dc.Get()));
-  const BitmapHandle bitmap(::CreateDIBSection(dc.Get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0));
-  const ObjectSelection selection(memory.Get(), bitmap.Get());
-  ::BitBlt(memory.Get(), 0, 0, client.right, client.bottom, dc.Get(), 0, 0, SRCCOPY);
-  ::GdiFlush();
-  const auto* const pixels = static_cast<const uint32_t*>(bits);
-  const auto size = static_cast<ptrdiff_t>(client.right) * client.bottom;
-  const auto found = std::count_if(pixels, pixels + size,
-                                   [color](uint32_t pixel) { return (pixel & 0xFFFFFF) == color; });
-  return static_cast<size_t>(found);
 }
 
 // The stand-in's sign is 4 by 4 pixels of a color that nothing else has.

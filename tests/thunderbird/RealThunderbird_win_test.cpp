@@ -12,6 +12,7 @@
 #include "clients/thunderbird/ThunderbirdConnection_win.h"
 #include "module/ModuleFixture_win.h"
 #include "settings/FilterSettings.h"
+#include "support/Text.h"
 
 namespace postmarker::test {
 namespace {
@@ -149,7 +150,11 @@ class RealThunderbirdTest : public testing::Test {
     EXPECT_EQ(
         thunderbird::GiveAddressesFromSentItems(&connection, 0, nullptr, kSeconds, &addresses),
         kOk);
-    return addresses;
+    AddressSet lower;
+    for (const std::wstring& address : addresses) {
+      lower.insert(ToLower(address));  // as the page shows them
+    }
+    return lower;
   }
   [[nodiscard]] AddressSet Addresses() const {
     const std::vector<std::wstring> rows = m_session->Addresses();
