@@ -1,5 +1,5 @@
 // Which of the mail clients are there, and which of them this version can serve. Every function
-// looks at the machine again; a failure reads as absence. Any thread.
+// looks at the machine each time; a failure reads as absence. Any thread.
 #pragma once
 
 #include <optional>

@@ -24,7 +24,8 @@ enum class RegistryView {
   k32Bit,    // the one of 32-bit clients
 };
 
-// Each question looks again and nothing is kept. Whatever can't be read is not there. Any thread.
+// Each question looks at the machine, and nothing is kept. Whatever can't be read is not there. Any
+// thread.
 class MachineView {
  public:
   MachineView() = default;

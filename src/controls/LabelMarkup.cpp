@@ -12,7 +12,7 @@ namespace {
 
 // Pixels at 96 per inch.
 constexpr int kSizeStep = 2;
-constexpr int kMaxFontSize = 1000;
+constexpr int kMaxNumber = 1000;
 constexpr int kDefaultRuleHeight = 1;
 
 // Faces of fonts are at most this long on the platform.
@@ -26,7 +26,7 @@ void SkipBlanks(std::wstring_view* text) {
   text->remove_prefix(std::min(text->find_first_not_of(L' '), text->size()));
 }
 
-// The whole number that the text begins with, within +-kMaxFontSize; nothing if there is none.
+// The whole number that the text begins with, within +-kMaxNumber; nothing if there is none.
 std::optional<int> LeadingNumber(std::wstring_view text) {
   SkipBlanks(&text);
   const bool negative = text.starts_with(L'-');
@@ -38,7 +38,7 @@ std::optional<int> LeadingNumber(std::wstring_view text) {
     if (unit < L'0' || unit > L'9') {
       break;
     }
-    number = std::min(number.value_or(0) * 10 + (unit - L'0'), kMaxFontSize);
+    number = std::min(number.value_or(0) * 10 + (unit - L'0'), kMaxNumber);
   }
   return negative && number ? -*number : number;
 }
@@ -256,7 +256,7 @@ size_t LabelParser::FindTagEnd(size_t from) {
 LabelStyle LabelParser::Style() const {
   LabelStyle style;
   style.font.face = m_look.face;
-  style.font.size = static_cast<int>(std::clamp<int64_t>(m_look.size, -kMaxFontSize, kMaxFontSize));
+  style.font.size = static_cast<int>(std::clamp<int64_t>(m_look.size, -kMaxNumber, kMaxNumber));
   style.font.bold = m_bold > 0;
   style.font.italic = m_italic > 0;
   style.font.underline = m_underline > 0;

@@ -11,7 +11,7 @@ namespace {
 
 // How many addresses may stand in the queue of the page's thread: a click that a person makes
 // waits for these. The system itself would take 10,000 messages.
-constexpr int kMaxUnreadMessages = 50;
+constexpr int kMaxUnreadAddresses = 50;
 
 // How long the worker rests while there are more.
 constexpr DWORD kRestMs = 1;
@@ -35,7 +35,7 @@ bool PostSurely(const PrefillJob& job, UINT message, WPARAM wParam, LPARAM lPara
 }
 
 bool PostAddress(const PrefillJob& job, const std::wstring& address) {
-  while (*job.unreadAddresses >= kMaxUnreadMessages && !*job.abandoned) {
+  while (*job.unreadAddresses >= kMaxUnreadAddresses && !*job.abandoned) {
     ::Sleep(kRestMs);
   }
   Bstr text = MakeBstr(address);

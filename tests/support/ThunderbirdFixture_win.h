@@ -18,8 +18,6 @@
 
 namespace postmarker::test {
 
-// As in the product: on a busy machine a start takes seconds.
-inline constexpr int32_t kStartLimit = 15'000;
 inline constexpr int32_t kQuickLimit = 1;
 
 inline constexpr char kMailbox[] = R"({
@@ -75,7 +73,7 @@ class ThunderbirdTest : public testing::Test {
 
   static std::unique_ptr<ThunderbirdConnection> Connect() {
     auto connection = std::make_unique<ThunderbirdConnection>();
-    EXPECT_EQ(ConnectOrLaunch(connection.get(), kStartLimit), kOk);
+    EXPECT_EQ(ConnectOrLaunch(connection.get(), kThunderbirdStartMilliseconds), kOk);
     return connection;
   }
 

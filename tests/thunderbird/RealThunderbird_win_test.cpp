@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 
 #include "clients/thunderbird/TbCommands.h"
 #include "clients/thunderbird/TbInstallation_win.h"
@@ -30,6 +31,8 @@ constexpr wchar_t kSuiteKey[] = L"Software\\Kestrelon Ltd.";
 constexpr milliseconds kCommandLimit{kThunderbirdCommandSeconds * 1000};
 // So long the wizard waits for a Thunderbird that it has started.
 constexpr milliseconds kStartLimit{kThunderbirdStartMilliseconds};
+// Within this time it connects to a pipe that is served: it tries every 750 ms.
+constexpr milliseconds kTimeToConnect{5'000};
 
 // The addresses in the sample mail.
 constexpr int kSentMessages = 2000;
@@ -83,33 +86,47 @@ class RealThunderbirdTest : public testing::Test {
   WizardSession& Start() {
     m_request = {};
     m_request.clientName = L"Mozilla Thunderbird";
+    m_servedSince.reset();
     m_session = std::make_unique<WizardSession>(
         [this](WizardRequest* request) { return m_module->ShowWizard(request); }, &m_request);
     m_session->WaitForPage(Page::kWelcome);
     m_session->ClickButton(kNextButton);
     m_session->WaitForPage(Page::kFolders);
-    Require([this] { return ::IsWindowEnabled(m_session->Tree()) != FALSE; }, "no folders");
+    Require(
+        [this] {
+          if (!m_servedSince && RealThunderbird::IsServed()) {
+            m_servedSince = std::chrono::steady_clock::now();
+          }
+          return ::IsWindowEnabled(m_session->Tree()) != FALSE;
+        },
+        "no folders");
     return *m_session;
   }
 
   // The same with a Thunderbird that doesn't run. False if this machine was too slow today for the
-  // time that the wizard gives it: each try started one, and that served the pipe, but late.
+  // time that the wizard gives it: each try started one, and that served the pipe, but too late.
   bool StartClosed() {
     for (int attempt = 0; attempt < 3; ++attempt) {
       m_thunderbird->End();
       const int starts = m_thunderbird->Starts();
       const auto start = std::chrono::steady_clock::now();
       Start();
-      const bool isInTime = TimeSince(start) < kStartLimit;
       EXPECT_EQ(m_thunderbird->Starts(), starts + 1);
-      if (isInTime) {
+      if (!m_session->TreeLines().empty() || TimeSince(start) < kStartLimit) {
         return true;
       }
+      if (m_servedSince) {
+        EXPECT_LT(TimeSince(*m_servedSince), kTimeToConnect) << "the pipe was there";
+      }
       Require(&RealThunderbird::IsServed, "the Thunderbird that was started serves no pipe");
-      RecordProperty("start_ms", static_cast<int>(TimeSince(start).count()));
+      m_slowStart = TimeSince(start);
       Cancel();
     }
     return false;
+  }
+  [[nodiscard]] std::string WhyTooSlow() const {
+    return "Thunderbird's start works, and took " + std::to_string(m_slowStart.count()) + " of " +
+           std::to_string(kStartLimit.count()) + " ms that the wizard waits, the third time";
   }
 
   void Cancel() const {
@@ -197,6 +214,8 @@ class RealThunderbirdTest : public testing::Test {
 
   std::unique_ptr<RealThunderbird> m_thunderbird;
   WizardRequest m_request;
+  std::optional<std::chrono::steady_clock::time_point> m_servedSince;  // while Start waits
+  milliseconds m_slowStart{};
   std::unique_ptr<Module> m_module;
   std::unique_ptr<WizardSession> m_session;
 };
@@ -277,7 +296,7 @@ TEST_F(RealThunderbirdTest, ClosedInTheMiddleOfTheHarvestLeavesWhatCameAndIsStar
 
 TEST_F(RealThunderbirdTest, OneThatDoesNotRunIsStartedHiddenServesTheRunAndIsEnded) {
   if (!StartClosed()) {
-    GTEST_SKIP() << "Thunderbird's start, which works, takes longer than the wizard waits";
+    GTEST_SKIP() << WhyTooSlow();
   }
   const int starts = m_thunderbird->Starts();
   Require([this] { return m_thunderbird->Ask("window") == "minimized"; }, "it is not hidden");
@@ -295,7 +314,7 @@ TEST_F(RealThunderbirdTest, OneThatDoesNotRunIsStartedHiddenServesTheRunAndIsEnd
 
 TEST_F(RealThunderbirdTest, KilledInTheMiddleOfTheHarvestLeavesWhatCame) {
   if (!StartClosed()) {
-    GTEST_SKIP() << "Thunderbird's start, which works, takes longer than the wizard waits";
+    GTEST_SKIP() << WhyTooSlow();
   }
   HarvestHalfWay(L"Büro");
   m_thunderbird->End();

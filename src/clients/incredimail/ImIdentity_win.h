@@ -1,5 +1,5 @@
 // The client's installation and its identities, as the registry tells them.
-// Every function reads the registry again. All of them may be called from any thread.
+// Every function reads the registry each time. All of them may be called from any thread.
 #pragma once
 
 #include <windows.h>

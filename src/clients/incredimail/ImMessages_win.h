@@ -1,5 +1,5 @@
 // Single messages of the identities' stores.
-// Each operation reads the registry and the stores again and keeps nothing; all of them may be
+// Each operation reads the registry and the stores and keeps nothing; all of them may be
 // called from any thread. An identity filter is the name of an identity, whatever its case, or
 // empty for all.
 #pragma once

@@ -18,7 +18,8 @@ ImContainerMap ReadContainerRows(const std::wstring& database, const StopQuery& 
 
 // The folders of an identity, without paths: from its database if there is a file of that name,
 // otherwise from the older store, whose root gets `rootLabel` as its id. Empty if neither can be
-// read. `identityDirectory` has no separator at its end.
+// read. `identityDirectory` has no separator at its end. `stop` ends the reading of a database as
+// above.
 ImContainerMap ReadStoredContainers(const std::wstring& identityDirectory,
                                     const std::wstring& rootLabel, const StopQuery& stop = {});
 

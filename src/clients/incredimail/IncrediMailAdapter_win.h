@@ -1,5 +1,5 @@
 // IncrediMail: the operations on its store, and the adapter that the wizard calls.
-// Each operation reads the registry and the store again and keeps nothing; all of them may be
+// Each operation reads the registry and the store and keeps nothing; all of them may be
 // called from any thread.
 #pragma once
 

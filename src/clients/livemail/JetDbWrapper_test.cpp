@@ -276,10 +276,12 @@ TEST(JetSamples, EveryTableOfEveryFileCanBeQueried) {
   if (folder == nullptr || !std::filesystem::is_directory(samples)) {
     GTEST_SKIP() << "there is no folder ese in POSTMARKER_TESTDATA";
   }
+  int files = 0;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(samples)) {
     if (!entry.is_regular_file() || entry.path().extension() == ".md") {
       continue;
     }
+    ++files;
     JetDbWrapper wrapper(test::TempFolder::Wide(entry.path()), EseJetApi());
     ASSERT_EQ(wrapper.Status, kOk) << entry.path();
     std::set<std::wstring> names;
@@ -295,6 +297,7 @@ TEST(JetSamples, EveryTableOfEveryFileCanBeQueried) {
       EXPECT_EQ(wrapper.Query(name, columns, {}, {}, &rows), kOk);
     }
   }
+  EXPECT_GT(files, 0) << "there is no database in " << samples;
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ std::filesystem::path Sample(const char* name) {
 
 #define POSTMARKER_NEED_SAMPLE(path)                                             \
   if (std::error_code failed; !std::filesystem::is_regular_file(path, failed)) { \
-    GTEST_SKIP() << "the sample is not in POSTMARKER_TESTDATA";                  \
+    GTEST_SKIP() << (path) << " is not in POSTMARKER_TESTDATA";                  \
   }
 
 TEST(StoreSamples, FolderListOfARealStoreHasItsId) {

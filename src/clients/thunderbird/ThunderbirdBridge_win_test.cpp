@@ -46,7 +46,7 @@ TEST_F(ThunderbirdTest, SlowStartIsWaitedFor) {
   End();
   Client().SetMailbox(R"({"start": {"delayMs": 400}})");
   ThunderbirdConnection connection;
-  EXPECT_EQ(ConnectOrLaunch(&connection, kStartLimit), kOk);
+  EXPECT_EQ(ConnectOrLaunch(&connection, kThunderbirdStartMilliseconds), kOk);
   EXPECT_EQ(connection.alreadyRunning, 0);
 }
 
@@ -93,7 +93,7 @@ TEST_F(ThunderbirdTest, ProgramThatIsGoneFailsAndNewFolderGivesItsOwnCode) {
   {
     const BoxCloser closer;
     ThunderbirdConnection connection;
-    EXPECT_EQ(ConnectOrLaunch(&connection, kStartLimit), kFail);
+    EXPECT_EQ(ConnectOrLaunch(&connection, kThunderbirdStartMilliseconds), kFail);
     MailFolderRef created = {L"as before", "", "", 0};
     EXPECT_EQ(ThunderbirdAdapter().CreateFolder({}, L"x", {}, &created), kNullPointer);
     EXPECT_EQ(created.name, L"as before");
@@ -105,7 +105,7 @@ TEST_F(ThunderbirdTest, ClientThatIsNotInstalledFailsEvenWhileItServes) {
   RegistryKey::Open(HKEY_LOCAL_MACHINE, ThunderbirdInstallation::kClientKey, KEY_ALL_ACCESS)
       .DeleteValue(L"CurrentVersion");
   ThunderbirdConnection connection;
-  EXPECT_EQ(ConnectOrLaunch(&connection, kStartLimit), kFail);
+  EXPECT_EQ(ConnectOrLaunch(&connection, kThunderbirdStartMilliseconds), kFail);
   EXPECT_EQ(AllFolders(), MailFolderList());
   AddressSet addresses;
   EXPECT_EQ(ThunderbirdAdapter().CollectSentAddresses({}, nullptr, &addresses), kFail);
@@ -121,7 +121,7 @@ TEST_F(ThunderbirdTest, ConnectingTwiceConnectsTwiceAndTheSecondResultStands) {
   End();
   const auto connection = Connect();
   EXPECT_EQ(connection->alreadyRunning, 0);
-  EXPECT_EQ(ConnectOrLaunch(connection.get(), kStartLimit), kOk);
+  EXPECT_EQ(ConnectOrLaunch(connection.get(), kThunderbirdStartMilliseconds), kOk);
   EXPECT_EQ(connection->alreadyRunning, 1);
   MailFolderList folders;
   EXPECT_EQ(thunderbird::GiveAllFolders(connection.get(), kQuickLimit, &folders), kOk);
