@@ -15,6 +15,7 @@ class RemoteControl:
         self._socket.settimeout(ANSWER_SECONDS)
         self._file = self._socket.makefile("rb")
         self._last = 0
+        self._doing = "the greeting"
 
     def __enter__(self):
         self._read()  # a greeting
@@ -29,12 +30,13 @@ class RemoteControl:
         digits = b""
         while (byte := self._file.read(1)) != b":":
             if not byte:
-                raise OSError("Thunderbird has ended its remote control")
+                raise OSError(f"Thunderbird has ended its remote control at {self._doing}")
             digits += byte
         return json.loads(self._file.read(int(digits)))
 
     def _call(self, command, **arguments):
         self._last += 1
+        self._doing = command
         message = json.dumps([0, self._last, command, arguments]).encode()
         self._socket.sendall(b"%d:%s" % (len(message), message))
         _, _, error, result = self._read()
