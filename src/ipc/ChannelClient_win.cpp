@@ -15,43 +15,56 @@ constexpr DWORD kEventAccess = SYNCHRONIZE | EVENT_MODIFY_STATE;
 constexpr DWORD kMutexAccess = SYNCHRONIZE | MUTEX_MODIFY_STATE;
 constexpr DWORD kPauseBetweenAttemptsMs = 100;
 
-// A mutex while this thread owns it.
+// A named mutex while this thread owns it. Its handle may be closed before: as long as another
+// process keeps the mutex alive, it stays this thread's.
 class HeldMutex {
  public:
-  HeldMutex() = default;
+  explicit HeldMutex(std::wstring name) : m_name(std::move(name)) {}
   HeldMutex(const HeldMutex&) = delete;
   HeldMutex& operator=(const HeldMutex&) = delete;
   ~HeldMutex() { Release(); }
 
-  void Release() {
-    if (m_mutex) {
-      ::ReleaseMutex(m_mutex.Get());
-    }
-    m_mutex.Reset();
-  }
-
   // Takes the mutex if it exists and is free.
-  bool TryTake(const std::wstring& name) {
-    KernelHandle mutex(::OpenMutexW(kMutexAccess, FALSE, name.c_str()));
-    if (!mutex) {
-      return false;
-    }
-    const DWORD state = ::WaitForSingleObject(mutex.Get(), 0);
+  bool TryTake() {
+    Open();
+    const DWORD state = m_mutex ? ::WaitForSingleObject(m_mutex.Get(), 0) : WAIT_FAILED;
     if (state == WAIT_ABANDONED) {
       // Its holder ended. That does not count as holding it, but the system has made this thread
       // the owner: the mutex is put back, so that the next try, whoever's it is, finds it free.
-      ::ReleaseMutex(mutex.Get());
+      ::ReleaseMutex(m_mutex.Get());
     }
-    if (state == WAIT_OBJECT_0) {
-      m_mutex = std::move(mutex);
+    m_isOwned = state == WAIT_OBJECT_0;
+    if (!m_isOwned) {
+      DropHandle();
     }
-    return static_cast<bool>(m_mutex);
+    return m_isOwned;
   }
 
-  void CloseWithoutRelease() { m_mutex.Reset(); }
+  void DropHandle() { m_mutex.Reset(); }
+
+  // Puts the mutex back. If it is gone, another one of that name belongs to others and stays so.
+  void Release() {
+    if (m_isOwned && !m_mutex) {
+      Open();
+    }
+    if (m_isOwned && m_mutex) {
+      ::ReleaseMutex(m_mutex.Get());
+    }
+    Forget();
+  }
+
+  // For a mutex that has gone, or goes with its last handle.
+  void Forget() {
+    DropHandle();
+    m_isOwned = false;
+  }
 
  private:
+  void Open() { m_mutex.Reset(::OpenMutexW(kMutexAccess, FALSE, m_name.c_str())); }
+
+  std::wstring m_name;
   KernelHandle m_mutex;
+  bool m_isOwned = false;
 };
 
 // One attempt: what it opens is closed in the reverse order, on every way out.
@@ -60,14 +73,14 @@ class Connector {
   Connector(const std::wstring& name, const ConnectOptions& options)
       : m_name(name),
         m_options(options),
-        m_handshakeTimeout(std::min(options.timeout, options.handshakeTimeout)) {}
+        m_handshakeTimeout(std::min(options.timeout, options.handshakeTimeout)),
+        m_turn(DispatchMutexName(name)) {}
 
   // Each way round looks at time and cancel, whatever it finds at the rendezvous: a server that
   // hangs can leave a free turn and a call that it does not answer.
   bool Connect() {
-    const std::wstring mutex = DispatchMutexName(m_name);
     for (;;) {
-      if (m_turn.TryTake(mutex)) {
+      if (m_turn.TryTake()) {
         if (!OpenPrivateObjects()) {
           return false;
         }
@@ -138,6 +151,10 @@ class Connector {
       return false;  // before the server is troubled
     }
     ::SetEvent(m_clientEvent.Get());
+    // Before the wait: the mutex can be the one of the round before, which a client's look has kept
+    // alive. The server makes the one of this round first, and waits for the old one to go; this
+    // handle would be its last. The mutex of this round the server keeps alive, as this thread's.
+    m_turn.DropHandle();
     // Deliberate: a call that is not answered in time is not taken back. The server may have seen
     // it and answer late; it would then take the next client's call for the confirmation of this
     // one. As it stands, the next client leaves this round alone, and the server's next round is
@@ -146,9 +163,9 @@ class Connector {
                              m_options.stop)) {
       return false;
     }
-    // Deliberate: closed while owned. The server has let go of the mutex, so it ends here, and the
+    // Deliberate: not released. The server has let go of the mutex, so that it has ended, and the
     // server's next one of that name belongs to nobody.
-    m_turn.CloseWithoutRelease();
+    m_turn.Forget();
     ::ResetEvent(m_serverEvent.Get());
     ::SetEvent(m_clientEvent.Get());
     return WaitUntilTaken(m_clientEvent.Get(), m_handshakeTimeout, m_options.cancel,

@@ -26,11 +26,8 @@ using test::ListenInBackground;
 using test::ListenUntilItEnds;
 using test::PatientConnecting;
 using test::PatientListening;
+using test::SectionExists;
 using test::WaitForMutex;
-
-bool SectionExists(const std::wstring& name) {
-  return static_cast<bool>(KernelHandle(::OpenFileMappingW(FILE_MAP_READ, FALSE, name.c_str())));
-}
 
 bool EventExists(const std::wstring& name) {
   return static_cast<bool>(KernelHandle(::OpenEventW(SYNCHRONIZE, FALSE, name.c_str())));
@@ -232,89 +229,6 @@ TEST_F(ChannelHandshakeTest, CancelWakesAServerThatWaitsForAClient) {
   EXPECT_EQ(server.get(), nullptr);
   EXPECT_FALSE(elapsed.IsMoreThan(5'000));
   EXPECT_TRUE(IsUsable());
-}
-
-TEST_F(ChannelHandshakeTest, CancelEndsTheWaitForAMutexThatExists) {
-  const KernelHandle old = CreateExclusiveMutex(DispatchMutexName(m_name).c_str());
-  const KernelHandle cancel(::CreateEventW(nullptr, TRUE, TRUE, nullptr));
-  ListenOptions options = PatientListening();
-  options.cancel = cancel.Get();
-  EXPECT_TRUE(FailsAtOnce([&] { return Listen(options); }));
-  ::WaitForSingleObject(old.Get(), 0);
-  bool failed = false;
-  std::thread([&] {
-    failed = FailsAtOnce([&] { return Connect({cancel.Get(), kPatience, kPatience}); });
-  }).join();
-  EXPECT_TRUE(failed);
-}
-
-TEST_F(ChannelHandshakeTest, ServerWaitsForAnOldMutexToGo) {
-  KernelHandle old = CreateExclusiveMutex(DispatchMutexName(m_name).c_str());
-  ::WaitForSingleObject(old.Get(), 0);
-  auto server = ListenInBackground(m_name, PatientListening());
-  const ElapsedTime elapsed;
-  while (!SectionExists(m_name) && !elapsed.IsMoreThan(kPatience)) {
-    ::Sleep(1);
-  }
-  auto client = test::ConnectInBackground(m_name, PatientConnecting());
-  EXPECT_EQ(server.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
-  old.Reset();
-  EXPECT_NE(server.get(), nullptr);
-  EXPECT_NE(client.get(), nullptr);
-}
-
-TEST_F(ChannelHandshakeTest, ServerTakesAClientThatCameByTheOldMutex) {
-  // Somebody's handle keeps the mutex of the last round alive.
-  const KernelHandle old = CreateExclusiveMutex(DispatchMutexName(m_name).c_str());
-  auto server = ListenInBackground(m_name, PatientListening());
-  ChannelEnd client;
-  EXPECT_TRUE(ChannelConnectRetry(m_name.c_str(), &client, PatientConnecting()));
-  EXPECT_NE(server.get(), nullptr);
-}
-
-TEST_F(ChannelHandshakeTest, ServerGivesUpOnAnOldMutexAfterItsTime) {
-  const KernelHandle old = CreateExclusiveMutex(DispatchMutexName(m_name).c_str());
-  ListenOptions options = PatientListening();
-  options.timeout = 40;
-  EXPECT_TRUE(FailsAtOnce([&] { return Listen(options); }));
-  EXPECT_FALSE(SectionExists(m_name));
-}
-
-TEST_F(ChannelHandshakeTest, AbandonedMutexIsTakenAtALaterTry) {
-  auto server = ListenInBackground(m_name, PatientListening());
-  ASSERT_TRUE(WaitForMutex(m_name));
-  const KernelHandle mutex(::OpenMutexW(SYNCHRONIZE, FALSE, DispatchMutexName(m_name).c_str()));
-  std::thread([&] { ::WaitForSingleObject(mutex.Get(), 0); }).join();
-  ChannelEnd client;
-  EXPECT_TRUE(ChannelConnect(m_name.c_str(), &client, PatientConnecting()));
-  EXPECT_NE(server.get(), nullptr);
-}
-
-TEST_F(ChannelHandshakeTest, AbandonedMutexIsNotKeptByTheThreadThatFoundIt) {
-  // A mutex and no rendezvous: the client finds it abandoned, takes it at a later try and fails.
-  // Its thread lives on, so that the system does not free what it may still own.
-  const KernelHandle mutex = CreateExclusiveMutex(DispatchMutexName(m_name).c_str());
-  std::thread([&] { ::WaitForSingleObject(mutex.Get(), 0); }).join();
-  const KernelHandle failed(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
-  const KernelHandle over(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
-  std::thread client([&] {
-    EXPECT_FALSE(Connect({nullptr, 5'000, 5'000}));
-    ::SetEvent(failed.Get());
-    ::WaitForSingleObject(over.Get(), kPatience);
-  });
-  ::WaitForSingleObject(failed.Get(), kPatience);
-  EXPECT_TRUE(IsSignalled(mutex.Get())) << "the client's thread still owns the mutex";
-  ::SetEvent(over.Get());
-  client.join();
-}
-
-TEST_F(ChannelHandshakeTest, FailedClientPutsTheMutexBack) {
-  // A mutex and no rendezvous: the client takes it and then fails.
-  const KernelHandle mutex = CreateExclusiveMutex(DispatchMutexName(m_name).c_str());
-  EXPECT_TRUE(FailsAtOnce([&] { return Connect(PatientConnecting()); }));
-  bool free = false;
-  std::thread([&] { free = IsSignalled(mutex.Get()); }).join();
-  EXPECT_TRUE(free);
 }
 
 TEST_F(ChannelHandshakeTest, HandshakeTimeIsTheSmallerOfTheTwo) {

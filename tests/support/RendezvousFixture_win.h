@@ -23,6 +23,10 @@ inline bool FailsAtOnce(const std::function<bool()>& attempt) {
   return !attempt() && !elapsed.IsMoreThan(5'000);
 }
 
+inline bool SectionExists(const std::wstring& name) {
+  return static_cast<bool>(KernelHandle(::OpenFileMappingW(FILE_MAP_READ, FALSE, name.c_str())));
+}
+
 // Waits until clients can come.
 inline bool WaitForMutex(const std::wstring& rendezvous) {
   const ElapsedTime elapsed;

@@ -1,5 +1,6 @@
 #include "RawChannel_win.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 
@@ -43,10 +44,10 @@ bool WaitClear(const KernelHandle& event, uint32_t timeout) {
   return true;
 }
 
-bool WaitForClient(const RawEnd& end, const RawServerOptions& options) {
-  const HANDLE either[] = {end.receiveEvent.Get(), options.cancel};
-  return ::WaitForMultipleObjects(options.cancel != nullptr ? 2 : 1, either, FALSE,
-                                  options.timeout) == WAIT_OBJECT_0;
+bool WaitForClient(const RawEnd& end, HANDLE cancel, uint32_t timeout) {
+  const HANDLE either[] = {end.receiveEvent.Get(), cancel};
+  return ::WaitForMultipleObjects(cancel != nullptr ? 2 : 1, either, FALSE, timeout) ==
+         WAIT_OBJECT_0;
 }
 
 void WriteName(const RawServerOptions& options, const std::wstring& name, const FileView& view) {
@@ -176,7 +177,7 @@ std::optional<RawEnd> RawListen(const RawServerOptions& options) {
   KernelHandle mutex = MakeMutex(options.name + L".DispatchMtx");
   options.onStep(ServerStep::kListening);
 
-  if (!WaitForClient(end, options)) {
+  if (!WaitForClient(end, options.cancel, options.timeout)) {
     return std::nullopt;
   }
   options.onStep(ServerStep::kClaimed);
@@ -187,7 +188,7 @@ std::optional<RawEnd> RawListen(const RawServerOptions& options) {
   ::ResetEvent(end.receiveEvent.Get());
   ::SetEvent(end.sendEvent.Get());
   options.onStep(ServerStep::kAnswered);
-  if (!WaitForClient(end, options)) {
+  if (!WaitForClient(end, options.cancel, std::min(options.timeout, options.handshakeTimeout))) {
     return std::nullopt;
   }
   ::ResetEvent(end.receiveEvent.Get());

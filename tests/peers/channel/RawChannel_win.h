@@ -66,7 +66,8 @@ struct RawServerOptions {
   std::wstring name;
   uint32_t size = 4096;
   uint32_t timeout = INFINITE;
-  HANDLE cancel = nullptr;  // ends each waiting for the client; may be null
+  uint32_t handshakeTimeout = 10'000;  // for the confirmation; at most `timeout`
+  HANDLE cancel = nullptr;             // ends each waiting for the client; may be null
   std::function<void(ServerStep)> onStep = [](ServerStep) {};
   // Lies. The rendezvous says this length, holds this name, is under another name; memory of the
   // regions is reserved and not there.
