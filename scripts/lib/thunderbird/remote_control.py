@@ -23,6 +23,11 @@ class RemoteControl:
         return self
 
     def __exit__(self, *_):
+        """Thunderbird turns others away until the session is over, and sees too late that a connection was closed."""
+        try:
+            self._call("WebDriver:DeleteSession")
+        except OSError:
+            pass  # it has ended, and the session with it
         self._file.close()
         self._socket.close()
 
