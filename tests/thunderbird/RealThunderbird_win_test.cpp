@@ -119,7 +119,8 @@ class RealThunderbirdTest : public testing::Test {
         EXPECT_LT(TimeSince(*m_servedSince), kTimeToConnect) << "the pipe was there";
       }
       Require(&RealThunderbird::IsServed, "the Thunderbird that was started serves no pipe");
-      m_slowStart = TimeSince(start);
+      m_slowStart = std::chrono::duration_cast<milliseconds>(
+          m_servedSince.value_or(std::chrono::steady_clock::now()) - start);
       Cancel();
     }
     return false;

@@ -87,6 +87,10 @@ class BoxCloser {
   std::thread m_thread;
 };
 
+TEST(ThunderbirdStart, IsGivenFifteenSeconds) {
+  EXPECT_EQ(kThunderbirdStartMilliseconds, 15'000);
+}
+
 TEST_F(ThunderbirdTest, ProgramThatIsGoneFailsAndNewFolderGivesItsOwnCode) {
   End();
   Client().RegisterAs(L"C:\\no such folder\\thunderbird.exe");
