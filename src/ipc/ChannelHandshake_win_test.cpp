@@ -4,10 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <future>
 #include <set>
-#include <thread>
 
-#include "RawChannel_win.h"
 #include "ipc/ChannelNames.h"
 #include "ipc/ChannelWaits_win.h"
 #include "ipc/Mutexes_win.h"
@@ -235,42 +234,18 @@ TEST_F(ChannelHandshakeTest, HandshakeTimeIsTheSmallerOfTheTwo) {
   for (const ConnectOptions& options :
        {ConnectOptions{nullptr, kPatience, 30}, ConnectOptions{nullptr, 30, kPatience}}) {
     const std::wstring name = FreshObjectName();
-    peer::RawServerOptions server;
-    server.name = name;
-    // It does not answer until the client has given up.
-    const KernelHandle givenUp(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    server.cancel = givenUp.Get();
-    server.onStep = [&](peer::ServerStep step) {
-      if (step == peer::ServerStep::kClaimed) {
-        ::WaitForSingleObject(givenUp.Get(), kPatience);
-      }
-    };
-    std::thread serving([&] { peer::RawListen(server); });
+    const test::SilentServer server(name);
     ASSERT_TRUE(WaitForMutex(name));
     ChannelEnd end;
     EXPECT_TRUE(FailsAtOnce([&] { return ChannelConnect(name.c_str(), &end, options); }));
-    ::SetEvent(givenUp.Get());
-    serving.join();
   }
 }
 
 TEST_F(ChannelHandshakeTest, CancelWakesAClientThatWaitsForTheServer) {
   const KernelHandle cancel(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
-  peer::RawServerOptions server;
-  server.name = m_name;
-  const KernelHandle givenUp(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
-  server.cancel = givenUp.Get();
-  server.onStep = [&](peer::ServerStep step) {
-    if (step == peer::ServerStep::kClaimed) {
-      ::SetEvent(cancel.Get());
-      ::WaitForSingleObject(givenUp.Get(), kPatience);
-    }
-  };
-  std::thread serving([&] { peer::RawListen(server); });
+  const test::SilentServer server(m_name, cancel.Get());
   ASSERT_TRUE(WaitForMutex(m_name));
   EXPECT_TRUE(FailsAtOnce([&] { return Connect({cancel.Get(), kPatience, kPatience}); }));
-  ::SetEvent(givenUp.Get());
-  serving.join();
 }
 
 TEST_F(ChannelHandshakeTest, RetriesGoOnUntilTheOtherSideIsThere) {

@@ -9,7 +9,9 @@
 #include <functional>
 #include <future>
 #include <string>
+#include <thread>
 
+#include "RawChannel_win.h"
 #include "ipc/ChannelNames.h"
 #include "ipc/ChannelWaits_win.h"
 #include "ipc/Mutexes_win.h"
@@ -51,6 +53,35 @@ inline ChannelEnd ListenUntilItEnds(const std::wstring& name, ListenOptions opti
   }
   return server.get();
 }
+
+// A server that sees a client's call and does not answer it. It sets the event at the call, which
+// may be null, and gives up when it is destroyed.
+class SilentServer {
+ public:
+  explicit SilentServer(const std::wstring& rendezvous, HANDLE called = nullptr)
+      : m_thread([=, this] {
+          peer::RawServerOptions options;
+          options.name = rendezvous;
+          options.cancel = m_over.Get();
+          options.onStep = [&](peer::ServerStep step) {
+            if (step == peer::ServerStep::kClaimed) {
+              ::SetEvent(called);
+              ::WaitForSingleObject(m_over.Get(), INFINITE);
+            }
+          };
+          peer::RawListen(options);
+        }) {}
+  SilentServer(const SilentServer&) = delete;
+  SilentServer& operator=(const SilentServer&) = delete;
+  ~SilentServer() {
+    ::SetEvent(m_over.Get());
+    m_thread.join();
+  }
+
+ private:
+  KernelHandle m_over{::CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+  std::thread m_thread;
+};
 
 class RendezvousFixture : public testing::Test {
  protected:
