@@ -71,7 +71,8 @@ class ThunderbirdInstallation {
     PROCESS_INFORMATION info = {};
     if (!::CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
                           &startup, &info)) {
-      throw std::runtime_error("the stand-in can't be started");
+      throw std::runtime_error("the stand-in can't be started: " +
+                               std::to_string(::GetLastError()));
     }
     const KernelHandle process(info.hProcess);
     const KernelHandle thread(info.hThread);
