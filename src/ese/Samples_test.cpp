@@ -1,16 +1,15 @@
 // Real databases and generated ones, in the folder of large samples.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "support/EseReading.h"
 #include "support/EseWalk.h"
 #include "support/MappedFile.h"
+#include "support/Samples.h"
 #include "support/TempFolder.h"
 #include "support/Text.h"
 
@@ -20,22 +19,16 @@ namespace {
 using test::EseValueOf;
 using Texts = std::vector<std::string>;
 
-// A sample, or nothing.
-std::optional<std::string> Sample(const std::string& name) {
-  const char* const folder = std::getenv("POSTMARKER_TESTDATA");
-  if (folder == nullptr) {
-    return std::nullopt;
-  }
-  const std::wstring path = test::TempFolder::Wide(std::filesystem::path(folder) / "ese" / name);
-  if (!CanOpenForReading(path)) {
-    return std::nullopt;
-  }
+// A sample. Fails the test if there is none of that name.
+std::string Sample(const std::string& name) {
+  const std::wstring path = test::TempFolder::Wide(test::SampleFolder() / "ese" / name);
+  EXPECT_TRUE(CanOpenForReading(path)) << name << " is not in POSTMARKER_TESTDATA";
   return test::ReadFile(path);
 }
 
 // A value as the lists beside the samples write it.
 std::string Shown(const TableCursor& cursor, const Column& column) {
-  const std::string value = EseValueOf(cursor, column);
+  std::string value = EseValueOf(cursor, column);
   if (value == test::kEseNull || value == test::kEseDamaged) {
     return value;
   }
@@ -76,15 +69,10 @@ const std::vector<const char*> kFolderColumns = {"FLDCOL_ID", "FLDCOL_PARENT", "
 const std::vector<const char*> kMessageColumns = {"MSGCOL_ID", "MSGCOL_FOLDERID", "MSGCOL_STREAM",
                                                   "MSGCOL_EMAILFROM", "MSGCOL_EMAILTO"};
 
-#define ESE_SAMPLE(variable, name)                                               \
-  const std::optional<std::string> variable = Sample(name);                      \
-  if (!variable) {                                                               \
-    GTEST_SKIP() << "the sample " << (name) << " is not in POSTMARKER_TESTDATA"; \
-  }
-
 TEST(EseSamples, StoreOfOrdinaryShape) {
-  ESE_SAMPLE(bytes, "generated/realistic.MSMessageStore");
-  const Database database(*bytes);
+  POSTMARKER_NEED_SAMPLES();
+  const std::string bytes = Sample("generated/realistic.MSMessageStore");
+  const Database database(bytes);
   ASSERT_EQ(database.Status(), FileStatus::kOpen);
   EXPECT_TRUE(database.Header().isClean);
   EXPECT_EQ(database.FindTable("Folders")->AllColumns().size(), 22U);
@@ -104,8 +92,9 @@ TEST(EseSamples, StoreOfOrdinaryShape) {
 }
 
 TEST(EseSamples, StoreOfEdgeCases) {
-  ESE_SAMPLE(bytes, "generated/edges.MSMessageStore");
-  const Database database(*bytes);
+  POSTMARKER_NEED_SAMPLES();
+  const std::string bytes = Sample("generated/edges.MSMessageStore");
+  const Database database(bytes);
   const std::vector<Texts> folders = RowsOf(database, "Folders", kFolderColumns);
   ASSERT_EQ(folders.size(), 26U);
   EXPECT_EQ(folders[1], (Texts{"2", test::kEseNull, "Storage folders", "0", "2"}));
@@ -126,8 +115,9 @@ TEST(EseSamples, StoreOfEdgeCases) {
 }
 
 TEST(EseSamples, StoreOfManyMessages) {
-  ESE_SAMPLE(bytes, "generated/big.MSMessageStore");
-  const Database database(*bytes);
+  POSTMARKER_NEED_SAMPLES();
+  const std::string bytes = Sample("generated/big.MSMessageStore");
+  const Database database(bytes);
   const std::vector<Texts> messages = RowsOf(database, "Messages", {"MSGCOL_ID"});
   ASSERT_EQ(messages.size(), 2000U);
   for (size_t i = 0; i < messages.size(); ++i) {
@@ -137,8 +127,9 @@ TEST(EseSamples, StoreOfManyMessages) {
 }
 
 TEST(EseSamples, IndexFindsTheMessagesOfAFolder) {
-  ESE_SAMPLE(bytes, "generated/realistic.MSMessageStore");
-  const Database database(*bytes);
+  POSTMARKER_NEED_SAMPLES();
+  const std::string bytes = Sample("generated/realistic.MSMessageStore");
+  const Database database(bytes);
   const Table* const table = database.FindTable("Messages");
   ASSERT_NE(table, nullptr);
   const Index* const index = table->FindIndex("1");
@@ -156,8 +147,9 @@ TEST(EseSamples, IndexFindsTheMessagesOfAFolder) {
 }
 
 TEST(EseSamples, RealStore) {
-  ESE_SAMPLE(bytes, "windowsmail.msmessagestore");
-  const Database database(*bytes);
+  POSTMARKER_NEED_SAMPLES();
+  const std::string bytes = Sample("windowsmail.msmessagestore");
+  const Database database(bytes);
   ASSERT_EQ(database.Status(), FileStatus::kOpen);
   Texts tables;
   for (const Table& table : database.Tables()) {
@@ -165,7 +157,7 @@ TEST(EseSamples, RealStore) {
   }
   EXPECT_EQ(tables, (Texts{"MSysObjects", "MSysObjectsShadow", "MSysUnicodeFixupVer2", "Streams",
                            "UserDataTable", "Folders"}));
-  EXPECT_EQ(test::WalkEse(*bytes).damagedValues, 0U);
+  EXPECT_EQ(test::WalkEse(bytes).damagedValues, 0U);
   EXPECT_EQ(RowsOf(database, "UserDataTable", {"Id", "Table", "FolderId"}),
             (std::vector<Texts>{{"1", "Folders", "-1"}}));
   // The catalog tells of itself and all others: as many rows as there are in its index by name.
@@ -178,10 +170,11 @@ TEST(EseSamples, RealStore) {
 }
 
 TEST(EseSamples, RealFileOfCompressedColumns) {
-  ESE_SAMPLE(bytes, "compressed-columns-8k.edb");
-  const Database database(*bytes);
+  POSTMARKER_NEED_SAMPLES();
+  const std::string bytes = Sample("compressed-columns-8k.edb");
+  const Database database(bytes);
   ASSERT_EQ(database.Status(), FileStatus::kOpen);
-  EXPECT_EQ(test::WalkEse(*bytes).damagedValues, 0U);
+  EXPECT_EQ(test::WalkEse(bytes).damagedValues, 0U);
   const Texts texts = test::EseColumnOf(database, "test_table", "compressed_ascii");
   ASSERT_EQ(texts.size(), 10U);
   for (size_t i = 0; i < texts.size(); ++i) {
@@ -200,12 +193,13 @@ TEST(EseSamples, RealFileOfCompressedColumns) {
 }
 
 TEST(EseSamples, CutSamplesDoNoHarm) {
+  POSTMARKER_NEED_SAMPLES();
   for (const char* const name :
        {"windowsmail.msmessagestore", "generated/realistic.MSMessageStore"}) {
-    ESE_SAMPLE(bytes, name);
-    const size_t rows = test::WalkEse(*bytes).rows;
-    for (size_t length = 0; length < bytes->size() / 4; length += 3 * 8192) {
-      EXPECT_LE(test::WalkEse(std::string_view(*bytes).substr(0, length)).rows, rows) << length;
+    const std::string bytes = Sample(name);
+    const size_t rows = test::WalkEse(bytes).rows;
+    for (size_t length = 0; length < bytes.size() / 4; length += size_t{3} * 8192) {
+      EXPECT_LE(test::WalkEse(std::string_view(bytes).substr(0, length)).rows, rows) << length;
     }
   }
 }

@@ -15,8 +15,8 @@ constexpr DWORD kEventAccess = SYNCHRONIZE | EVENT_MODIFY_STATE;
 constexpr DWORD kMutexAccess = SYNCHRONIZE | MUTEX_MODIFY_STATE;
 constexpr DWORD kPauseBetweenAttemptsMs = 100;
 
-// A named mutex while this thread owns it. Its handle may be closed before: as long as another
-// process keeps the mutex alive, it stays this thread's.
+// A named mutex while this thread owns it. Its handle may be closed before: as long as somebody
+// else's handle keeps the mutex alive, it stays this thread's.
 class HeldMutex {
  public:
   explicit HeldMutex(std::wstring name) : m_name(std::move(name)) {}
@@ -152,8 +152,8 @@ class Connector {
     }
     ::SetEvent(m_clientEvent.Get());
     // Before the wait: the mutex can be the one of the round before, which a client's look has kept
-    // alive. The server makes the one of this round first, and waits for the old one to go; this
-    // handle would be its last. The mutex of this round the server keeps alive, as this thread's.
+    // alive. A server may wait for that one to go before it looks for a call, and this handle would
+    // be its last. The mutex of this round the server keeps alive, as this thread's.
     m_turn.DropHandle();
     // Deliberate: a call that is not answered in time is not taken back. The server may have seen
     // it and answer late; it would then take the next client's call for the confirmation of this

@@ -2,13 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "clients/livemail/EseJetApi.h"
 #include "support/EseFile.h"
+#include "support/Samples.h"
 #include "support/TempFolder.h"
 #include "support/Text.h"
 
@@ -270,12 +270,8 @@ TEST(JetValue, ValuesOfDifferentKindsDiffer) {
 }
 
 TEST(JetSamples, EveryTableOfEveryFileCanBeQueried) {
-  const char* const folder = std::getenv("POSTMARKER_TESTDATA");
-  const std::filesystem::path samples =
-      std::filesystem::path(folder == nullptr ? "" : folder) / "ese";
-  if (folder == nullptr || !std::filesystem::is_directory(samples)) {
-    GTEST_SKIP() << "there is no folder ese in POSTMARKER_TESTDATA";
-  }
+  POSTMARKER_NEED_SAMPLES();
+  const std::filesystem::path samples = test::SampleFolder() / "ese";
   int files = 0;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(samples)) {
     if (!entry.is_regular_file() || entry.path().extension() == ".md") {
